@@ -1,0 +1,55 @@
+#include "commands/identification.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "commands/command_block.h"
+#include "platform/result.h"
+
+namespace zem {
+namespace {
+
+constexpr CommandBlock kVersionCommand = {0x0B};
+constexpr CommandBlock kCheckSumCommand = {0x06};
+
+// Status by which the firmware says that its check sum is wrong.
+constexpr std::uint8_t kCheckSumWrong = 0x80;
+
+}  // namespace
+
+HRESULT GetFWVersion(IBaseFilter* filter, std::uint8_t* version) {
+  CommandBlock reply = {};
+  const HRESULT result = StandardCommand(kIspChannel, kVersionCommand, filter, &reply);
+  if (result == S_OK) {
+    std::copy(reply.begin() + 2, reply.end(), version);
+  }
+  return result;
+}
+
+HRESULT GetFWVersionReply(IBaseFilter* filter, char* version) {
+  CommandBlock reply = {};
+  const HRESULT result = StandardCommand(kIspChannel, kVersionCommand, filter, &reply);
+  if (result == S_OK) {
+    std::memcpy(version, reply.data(), reply.size());
+  }
+  // Deliberate: this form reports a refusal as kRefused, the other as kDeviceRefused.
+  return result == kDeviceRefused ? kRefused : result;
+}
+
+HRESULT GetCheckSumResult(IBaseFilter* filter) {
+  const Exchange<CommandBlock> exchange = SendCommand(kVcpChannel, kCheckSumCommand, filter);
+  const HRESULT result = StandardResult(exchange);
+  // Deliberate: any refusal but the wrong check sum is kRefused.
+  return result == kDeviceRefused && exchange.status() != kCheckSumWrong ? kRefused : result;
+}
+
+HRESULT GetDeviceInfo(IBaseFilter* filter, std::uint8_t* info) {
+  CommandBlock block = {};
+  if (FAILED(ReadBlock(vendor_selector::kDeviceInfo, block, filter))) {
+    return kNoDevice;
+  }
+  std::copy(block.begin(), block.end(), info);
+  return S_OK;
+}
+
+}  // namespace zem

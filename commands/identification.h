@@ -1,0 +1,24 @@
+// What the camera says of itself: firmware version, check sum, device information.
+//
+// Results are those of the exports of the same meaning in include/ZemUVCExtApi.h. `filter` is the
+// device; outputs must not be null and are written on success only.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/com.h"
+
+namespace zem {
+
+// Six version bytes.
+HRESULT GetFWVersion(IBaseFilter* filter, std::uint8_t* version);
+
+// The whole 8-byte reply to the version command; kRefused when the device refuses.
+HRESULT GetFWVersionReply(IBaseFilter* filter, char* version);
+
+HRESULT GetCheckSumResult(IBaseFilter* filter);
+
+// Eight bytes.
+HRESULT GetDeviceInfo(IBaseFilter* filter, std::uint8_t* info);
+
+}  // namespace zem

@@ -1,0 +1,45 @@
+#include "commands/raw_commands.h"
+
+#include <algorithm>
+
+#include "commands/command_block.h"
+
+namespace zem {
+namespace {
+
+// Sends the caller's block; the reply goes to the caller unless the block could not be written.
+template <class Block>
+Exchange<Block> SendRaw(const Channel<Block>& channel, IBaseFilter* filter,
+                        const std::uint8_t* command, std::uint8_t* reply) {
+  Block block = {};
+  std::copy_n(command, block.size(), block.begin());
+  const Exchange<Block> exchange = SendCommand(channel, block, filter);
+  if (SUCCEEDED(exchange.written)) {
+    std::copy(exchange.reply.begin(), exchange.reply.end(), reply);
+  }
+  return exchange;
+}
+
+HRESULT TransportResult(const Exchange<CommandBlock>& exchange) {
+  return FAILED(exchange.written) ? exchange.written : exchange.read;
+}
+
+}  // namespace
+
+HRESULT IspCommand(IBaseFilter* filter, const std::uint8_t* command, std::uint8_t* reply) {
+  return TransportResult(SendRaw(kIspChannel, filter, command, reply));
+}
+
+HRESULT VcpCommand(IBaseFilter* filter, const std::uint8_t* command, std::uint8_t* reply) {
+  return TransportResult(SendRaw(kVcpChannel, filter, command, reply));
+}
+
+HRESULT IspCommandEx(IBaseFilter* filter, const std::uint8_t* command, std::uint8_t* reply) {
+  return StandardResult(SendRaw(kIspExtendedChannel, filter, command, reply));
+}
+
+HRESULT VcpCommandEx(IBaseFilter* filter, const std::uint8_t* command, std::uint8_t* reply) {
+  return StandardResult(SendRaw(kVcpExtendedChannel, filter, command, reply));
+}
+
+}  // namespace zem

@@ -1,0 +1,60 @@
+// Everything the library asks of the operating system, besides the COM interfaces of
+// platform/com.h. The implementation is chosen at link time: platform/windows/ for the DLL,
+// platform/simulated/ for native tests and benchmarks.
+//
+// All functions act on the calling thread and may be called from any thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "platform/com.h"
+
+namespace zem::platform {
+
+// Number of wide characters, terminator included, that a path buffer of the library holds.
+inline constexpr std::size_t kPathCapacity = 260;
+
+// ---- COM ----
+
+// Initialises COM for the calling thread once more. The outcome is deliberately not reported: no
+// caller looks at it.
+void InitializeCom();
+void UninitializeCom();
+
+// Creates the system device enumerator, as an in-process server or handler.
+HRESULT CreateDeviceEnumerator(ICreateDevEnum** enumerator);
+
+// Frees memory that a COM call handed out, such as a display name.
+void FreeTaskMemory(void* memory);
+
+void InitVariant(VARIANT* value);
+void ClearVariant(VARIANT* value);
+
+// ---- Settings ----
+
+// Puts the folder of the host executable, without a trailing separator, into `folder`. An
+// executable whose path cannot be had leaves the text empty.
+void HostExecutableFolder(std::span<wchar_t, kPathCapacity> folder);
+
+// Reads an integer from a private profile file, decimal or 0x hexadecimal; `fallback` when the
+// file, the section or the key is missing.
+std::uint32_t PrivateProfileInt(const wchar_t* section, const wchar_t* key, std::uint32_t fallback,
+                                const wchar_t* path);
+
+// ---- Text ----
+
+// Formats with the platform's wide formatter, in which %s is a wide string. The text is cut to the
+// buffer and always terminated.
+void FormatWide(std::span<wchar_t> buffer, const wchar_t* format, ...);
+
+// Writes one text to the debugger output channel.
+void DebuggerOutput(const wchar_t* text);
+
+// The runtime's bounded string copy: a text that does not fit `size` bytes with its terminator sets
+// destination[0] to 0 and takes the runtime's invalid-parameter path, which by default ends the
+// process.
+void BoundedCopy(char* destination, std::size_t size, const char* text);
+
+}  // namespace zem::platform

@@ -1,0 +1,121 @@
+#include "platform/simulated/simulated_platform.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+
+#include "platform/portable/private_profile.h"
+
+namespace zem::platform {
+namespace {
+
+// Longest text a format of the library can give before it is cut to the caller's buffer.
+constexpr std::size_t kFormatCapacity = 4096;
+
+// In the library's formats %s is a wide string; the C library of this system calls that %ls.
+void TranslateFormat(const wchar_t* format, std::span<wchar_t> translated) {
+  std::size_t out = 0;
+  for (const wchar_t* in = format; *in != L'\0' && out + 2 < translated.size(); ++in) {
+    if (*in == L's' && in != format && in[-1] == L'%') {
+      translated[out++] = L'l';
+    }
+    translated[out++] = *in;
+  }
+  translated[out] = L'\0';
+}
+
+}  // namespace
+
+namespace simulated {
+
+System& TheSystem() {
+  static System system;
+  return system;
+}
+
+void Reset() { TheSystem() = System(); }
+
+wchar_t* AllocateTaskText(const std::wstring& text) {
+  const std::size_t size = (text.size() + 1) * sizeof(wchar_t);
+  void* copy = std::malloc(size);
+  if (copy != nullptr) {
+    std::memcpy(copy, text.c_str(), size);
+  }
+  return static_cast<wchar_t*>(copy);
+}
+
+}  // namespace simulated
+
+void InitializeCom() { ++simulated::TheSystem().comInitializations; }
+
+void UninitializeCom() { ++simulated::TheSystem().comUninitializations; }
+
+HRESULT CreateDeviceEnumerator(ICreateDevEnum** enumerator) {
+  constexpr auto kClassNotRegistered = static_cast<HRESULT>(0x80040154U);
+  const auto& create = simulated::TheSystem().createDeviceEnumerator;
+  return create ? create(enumerator) : kClassNotRegistered;
+}
+
+void FreeTaskMemory(void* memory) { std::free(memory); }
+
+void InitVariant(VARIANT* value) { *value = VARIANT{VT_EMPTY, nullptr}; }
+
+void ClearVariant(VARIANT* value) {
+  if (value->vt == VT_BSTR) {
+    std::free(value->bstrVal);
+  }
+  InitVariant(value);
+}
+
+void HostExecutableFolder(std::span<wchar_t, kPathCapacity> folder) {
+  const std::wstring& text = simulated::TheSystem().hostFolder;
+  const std::size_t length = std::min(text.size(), folder.size() - 1);
+  std::copy_n(text.begin(), length, folder.begin());
+  folder[length] = L'\0';
+}
+
+std::uint32_t PrivateProfileInt(const wchar_t* section, const wchar_t* key, std::uint32_t fallback,
+                                const wchar_t* path) {
+  simulated::System& system = simulated::TheSystem();
+  system.profileReads.emplace_back(path);
+  const auto file = system.profileFiles.find(path);
+  return file == system.profileFiles.end()
+             ? fallback
+             : ParsePrivateProfileInt(file->second, section, key, fallback);
+}
+
+void FormatWide(std::span<wchar_t> buffer, const wchar_t* format, ...) {
+  std::array<wchar_t, kFormatCapacity> translated;  // NOLINT(*-init-*): filled below
+  std::array<wchar_t, kFormatCapacity> text;        // NOLINT(*-init-*): filled below
+  TranslateFormat(format, translated);
+  std::va_list arguments;
+  va_start(arguments, format);
+  const int length = std::vswprintf(text.data(), text.size(), translated.data(), arguments);
+  va_end(arguments);
+  const std::size_t kept =
+      std::min(static_cast<std::size_t>(std::max(length, 0)), buffer.size() - 1);
+  std::copy_n(text.begin(), kept, buffer.begin());
+  buffer[kept] = L'\0';
+}
+
+void DebuggerOutput(const wchar_t* text) {
+  simulated::System& system = simulated::TheSystem();
+  if (system.recordDebuggerLines) {
+    system.debuggerLines.emplace_back(text);
+  }
+}
+
+void BoundedCopy(char* destination, std::size_t size, const char* text) {
+  const std::size_t needed = std::strlen(text) + 1;
+  if (needed > size) {
+    destination[0] = '\0';
+    ++simulated::TheSystem().invalidParameterCalls;
+    return;
+  }
+  std::memcpy(destination, text, needed);
+}
+
+}  // namespace zem::platform

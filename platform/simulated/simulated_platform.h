@@ -1,0 +1,47 @@
+// The controls of the simulated operating system: what a native test sets up before it calls the
+// library and looks at afterwards. Not thread-safe; a test owns the whole system.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/platform.h"
+
+namespace zem::platform::simulated {
+
+struct System {
+  // Folder of the host executable. May be longer than a path buffer holds.
+  std::wstring hostFolder = L"C:\\Host";
+
+  // Private profile files by full path, and every path that was asked for.
+  std::map<std::wstring, std::wstring> profileFiles;
+  std::vector<std::wstring> profileReads;
+
+  // Answers CreateDeviceEnumerator. Unset: the class is not registered (0x80040154).
+  std::function<HRESULT(ICreateDevEnum**)> createDeviceEnumerator;
+
+  // COM initialisations and uninitialisations of the thread.
+  int comInitializations = 0;
+  int comUninitializations = 0;
+  int ComBalance() const { return comInitializations - comUninitializations; }
+
+  // Whole debugger texts, in order, unless recording is off.
+  bool recordDebuggerLines = true;
+  std::vector<std::wstring> debuggerLines;
+
+  // Times the invalid-parameter path was taken. The simulated process survives it.
+  int invalidParameterCalls = 0;
+};
+
+// The one system; lives as long as the process.
+System& TheSystem();
+
+// Back to a freshly started system.
+void Reset();
+
+// Memory as COM calls hand it out: released with platform::FreeTaskMemory.
+wchar_t* AllocateTaskText(const std::wstring& text);
+
+}  // namespace zem::platform::simulated

@@ -1,0 +1,61 @@
+// The platform wall on Windows: each function is a few lines on the system call of that name.
+#include <objbase.h>
+#include <oleauto.h>
+#include <shlwapi.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "platform/com_ptr.h"
+#include "platform/platform.h"
+
+namespace zem::platform {
+
+void InitializeCom() { static_cast<void>(CoInitialize(nullptr)); }
+
+void UninitializeCom() { CoUninitialize(); }
+
+HRESULT CreateDeviceEnumerator(ICreateDevEnum** enumerator) {
+  return CoCreateInstance(CLSID_SystemDeviceEnum, nullptr, CLSCTX_INPROC, IID_ICreateDevEnum,
+                          reinterpret_cast<void**>(enumerator));
+}
+
+void FreeTaskMemory(void* memory) {
+  ComPtr<IMalloc> allocator;
+  if (SUCCEEDED(CoGetMalloc(1, allocator.Receive())) && allocator) {
+    allocator->Free(memory);
+  }
+}
+
+void InitVariant(VARIANT* value) { VariantInit(value); }
+
+void ClearVariant(VARIANT* value) { VariantClear(value); }
+
+void HostExecutableFolder(std::span<wchar_t, kPathCapacity> folder) {
+  folder[0] = L'\0';
+  GetModuleFileNameW(nullptr, folder.data(), static_cast<DWORD>(folder.size()));
+  folder.back() = L'\0';
+  PathRemoveFileSpecW(folder.data());
+}
+
+std::uint32_t PrivateProfileInt(const wchar_t* section, const wchar_t* key, std::uint32_t fallback,
+                                const wchar_t* path) {
+  return GetPrivateProfileIntW(section, key, static_cast<INT>(fallback), path);
+}
+
+void FormatWide(std::span<wchar_t> buffer, const wchar_t* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  _vsnwprintf(buffer.data(), buffer.size() - 1, format, arguments);
+  va_end(arguments);
+  buffer.back() = L'\0';
+}
+
+void DebuggerOutput(const wchar_t* text) { OutputDebugStringW(text); }
+
+void BoundedCopy(char* destination, std::size_t size, const char* text) {
+  strcpy_s(destination, size, text);
+}
+
+}  // namespace zem::platform
