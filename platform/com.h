@@ -12,13 +12,14 @@
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
-// clang-format off: each of these headers leans on those before it.
+// Each of these headers leans on those before it.
+// clang-format off
+#include <windows.h>
+#include <objbase.h>
+#include <oaidl.h>
+#include <strmif.h>
 #include <ks.h>
 #include <ksproxy.h>
-#include <oaidl.h>
-#include <objbase.h>
-#include <strmif.h>
-#include <windows.h>
 // clang-format on
 #if __has_include(<vidcap.h>)
 #include <vidcap.h>

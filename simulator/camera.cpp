@@ -1,0 +1,113 @@
+#include "simulator/camera.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zem::simulator {
+
+Camera::Disturbance Camera::NextTransfer() {
+  ++transfers_;
+  Disturbance disturbance;
+  for (const Fault& fault : faults_) {
+    if (!fault.Hits(transfers_)) {
+      continue;
+    }
+    switch (fault.kind) {
+      case Fault::Kind::kFail:
+        disturbance.fail = true;
+        break;
+      case Fault::Kind::kRefuse:
+        disturbance.refuse = &fault;
+        break;
+      case Fault::Kind::kShort:
+        disturbance.shorten = &fault;
+        break;
+      case Fault::Kind::kLength:
+        disturbance.length = &fault;
+        break;
+      case Fault::Kind::kGarbage:
+        disturbance.garbage = true;
+        break;
+      case Fault::Kind::kUnplug:
+        Unplug();
+        break;
+    }
+  }
+  return disturbance;
+}
+
+void Camera::Unplug() {
+  const bool first = !std::exchange(unplugged_, true);
+  if (first && unplugObserver_) {
+    unplugObserver_();
+  }
+}
+
+void Camera::Report(Transfer transfer) const {
+  if (observer_) {
+    observer_(transfer);
+  }
+}
+
+Outcome Camera::Set(std::size_t node, std::uint16_t selector,
+                    std::span<const std::uint8_t> bytes) {
+  const Disturbance disturbance = NextTransfer();
+  ExtensionUnit& unit = *nodes_.at(node);
+  Outcome outcome = Outcome::kUnplugged;
+  if (!unplugged_) {
+    outcome = disturbance.fail ? Outcome::kFailed : unit.Set(selector, bytes);
+  }
+  Report({true, unit.id(), selector, bytes.size(), {bytes.begin(), bytes.end()}, outcome});
+  return outcome;
+}
+
+Outcome Camera::Answer(ExtensionUnit& unit, std::uint16_t selector, std::size_t length,
+                       const Disturbance& disturbance, std::vector<std::uint8_t>& answer) {
+  if (unplugged_) {
+    return Outcome::kUnplugged;
+  }
+  if (disturbance.fail) {
+    return Outcome::kFailed;
+  }
+  const Outcome outcome = unit.Get(selector, length, answer);
+  if (outcome != Outcome::kDone) {
+    return outcome;
+  }
+  if (answer.size() > length) {
+    return Outcome::kWrongLength;
+  }
+  if (disturbance.garbage) {
+    std::uint32_t noise = 0x9E3779B9U + static_cast<std::uint32_t>(transfers_);
+    for (std::uint8_t& byte : answer) {
+      noise = noise * 1664525U + 1013904223U;
+      byte = static_cast<std::uint8_t>(noise >> 24);
+    }
+  }
+  if (disturbance.refuse != nullptr && !answer.empty()) {
+    answer[0] = static_cast<std::uint8_t>(disturbance.refuse->value);
+  }
+  if (disturbance.shorten != nullptr) {
+    answer.resize(std::min<std::size_t>(answer.size(), disturbance.shorten->value));
+  }
+  return Outcome::kDone;
+}
+
+Outcome Camera::Get(std::size_t node, std::uint16_t selector, std::span<std::uint8_t> bytes,
+                    std::uint32_t& reported) {
+  const Disturbance disturbance = NextTransfer();
+  ExtensionUnit& unit = *nodes_.at(node);
+  std::vector<std::uint8_t> answer;
+  const Outcome outcome = Answer(unit, selector, bytes.size(), disturbance, answer);
+  if (outcome != Outcome::kDone) {
+    answer.clear();
+  }
+  std::copy(answer.begin(), answer.end(), bytes.begin());
+  reported = static_cast<std::uint32_t>(answer.size());
+  if (disturbance.length != nullptr) {
+    reported = disturbance.length->value;
+  }
+  Report({false, unit.id(), selector, bytes.size(), std::move(answer), outcome});
+  return outcome;
+}
+
+}  // namespace zem::simulator

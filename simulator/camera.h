@@ -1,0 +1,122 @@
+// A camera as a plain model without transport: topology nodes, some of them extension units with
+// controls, and faults. The adapters beside it let hosts meet the model.
+//
+// One thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "platform/com.h"
+#include "simulator/faults.h"
+
+namespace zem::simulator {
+
+enum class Outcome {
+  kDone,
+  kNoSuchControl,  // the unit has no such control, or not in that direction
+  kWrongLength,    // the length does not suit the control
+  kFailed,         // the device stalled the transfer
+  kUnplugged,      // the device is gone
+};
+
+// One extension unit of the camera.
+class ExtensionUnit {
+ public:
+  explicit ExtensionUnit(const GUID& id) : id_(id) {}
+  virtual ~ExtensionUnit() = default;
+  ExtensionUnit(const ExtensionUnit&) = delete;
+  ExtensionUnit& operator=(const ExtensionUnit&) = delete;
+
+  const GUID& id() const { return id_; }
+
+  // The host writes `bytes` to a control.
+  virtual Outcome Set(std::uint16_t selector, std::span<const std::uint8_t> bytes) = 0;
+
+  // The host reads a control for which it offers `length` bytes. `bytes` becomes the control's
+  // value, in the control's own length.
+  virtual Outcome Get(std::uint16_t selector, std::size_t length,
+                      std::vector<std::uint8_t>& bytes) = 0;
+
+ private:
+  GUID id_;
+};
+
+// One transfer as it passed over the wire.
+struct Transfer {
+  bool isSet = false;
+  GUID unit = {};
+  std::uint16_t selector = 0;
+  std::size_t length = 0;           // bytes written, or offered for reading
+  std::vector<std::uint8_t> bytes;  // bytes written, or those read
+  Outcome outcome = Outcome::kDone;
+};
+
+class Camera {
+ public:
+  // Adds a node without an extension unit, such as a terminal.
+  void AddPlainNode() { nodes_.push_back(nullptr); }
+
+  // Adds a node that is an extension unit, and hands the unit back.
+  template <class Unit>
+  Unit& AddUnit(std::unique_ptr<Unit> unit) {
+    Unit& added = *unit;
+    nodes_.push_back(std::move(unit));
+    return added;
+  }
+
+  void AddFault(const Fault& fault) { faults_.push_back(fault); }
+
+  // Called for every transfer once its outcome is known.
+  void SetObserver(std::function<void(const Transfer&)> observer) {
+    observer_ = std::move(observer);
+  }
+
+  std::size_t nodeCount() const { return nodes_.size(); }
+
+  // The unit at a node; null for a node without one and for a node that does not exist.
+  const ExtensionUnit* UnitAt(std::size_t node) const {
+    return node < nodes_.size() ? nodes_[node].get() : nullptr;
+  }
+
+  bool unplugged() const { return unplugged_; }
+  void Unplug();
+
+  // Called once, when the camera is unplugged.
+  void SetUnplugObserver(std::function<void()> observer) {
+    unplugObserver_ = std::move(observer);
+  }
+
+  Outcome Set(std::size_t node, std::uint16_t selector, std::span<const std::uint8_t> bytes);
+
+  // Reads into `bytes`; `reported` becomes the byte count that the camera says it moved.
+  Outcome Get(std::size_t node, std::uint16_t selector, std::span<std::uint8_t> bytes,
+              std::uint32_t& reported);
+
+ private:
+  // What the faults make of a transfer.
+  struct Disturbance {
+    bool fail = false;
+    const Fault* refuse = nullptr;
+    const Fault* shorten = nullptr;
+    const Fault* length = nullptr;
+    bool garbage = false;
+  };
+
+  Disturbance NextTransfer();
+  Outcome Answer(ExtensionUnit& unit, std::uint16_t selector, std::size_t length,
+                 const Disturbance& disturbance, std::vector<std::uint8_t>& answer);
+  void Report(Transfer transfer) const;
+
+  std::vector<std::unique_ptr<ExtensionUnit>> nodes_;
+  std::vector<Fault> faults_;
+  std::function<void(const Transfer&)> observer_;
+  std::function<void()> unplugObserver_;
+  std::uint64_t transfers_ = 0;
+  bool unplugged_ = false;
+};
+
+}  // namespace zem::simulator

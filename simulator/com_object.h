@@ -1,0 +1,66 @@
+// Counted objects and the gate that every call on them passes.
+#pragma once
+
+#include <atomic>
+
+#include "platform/com.h"
+
+namespace zem::simulator {
+
+// Sees each call that a host makes on the simulated system's objects, before it is carried out, and
+// may refuse it.
+class CallGate {
+ public:
+  virtual ~CallGate() = default;
+  // `call` is the method's name. A negative result refuses the call and is what the host gets.
+  virtual HRESULT Enter(const char* call) = 0;
+};
+
+// Passes the gate, if there is one.
+inline HRESULT Enter(CallGate* gate, const char* call) {
+  return gate != nullptr ? gate->Enter(call) : S_OK;
+}
+
+// Objects that have not been released for the last time.
+inline std::atomic<int> liveComObjects = 0;
+
+// IUnknown's counting for a class that implements `Interfaces`. Born with one reference.
+template <class... Interfaces>
+class ComObject : public Interfaces... {
+ public:
+  ComObject() { ++liveComObjects; }
+  ComObject(const ComObject&) = delete;
+  ComObject& operator=(const ComObject&) = delete;
+
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+
+  ULONG STDMETHODCALLTYPE Release() override {
+    const ULONG left = --references_;
+    if (left == 0) {
+      delete this;
+    }
+    return left;
+  }
+
+  ULONG references() const { return references_; }
+
+ protected:
+  virtual ~ComObject() { --liveComObjects; }
+
+ private:
+  std::atomic<ULONG> references_ = 1;
+};
+
+// QueryInterface for an object with one interface besides IUnknown.
+template <class Interface, class Object>
+HRESULT QueryOne(Object* self, const GUID& own, REFIID iid, void** object) {
+  const bool known = iid == own || iid == IID_IUnknown;
+  *object = known ? static_cast<Interface*>(self) : nullptr;
+  if (!known) {
+    return E_NOINTERFACE;
+  }
+  self->AddRef();
+  return S_OK;
+}
+
+}  // namespace zem::simulator

@@ -1,0 +1,195 @@
+#include "simulator/device_list.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "platform/simulated/simulated_platform.h"
+
+namespace zem::simulator {
+namespace {
+
+constexpr auto kNotFound = static_cast<HRESULT>(0x80070490U);
+
+class PropertyBag : public ComObject<IPropertyBag> {
+ public:
+  PropertyBag(ListedDevice device, CallGate* gate) : device_(std::move(device)), gate_(gate) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    return QueryOne<IPropertyBag>(this, IID_IPropertyBag, iid, object);
+  }
+
+  HRESULT STDMETHODCALLTYPE Read(LPCOLESTR name, VARIANT* value, IErrorLog* /*log*/) override {
+    if (const HRESULT refused = Enter(gate_, "Read"); FAILED(refused)) {
+      return refused;
+    }
+    if (std::wstring_view(name) != L"DevicePath" || !device_.devicePath) {
+      return kNotFound;
+    }
+    value->vt = VT_BSTR;
+    value->bstrVal = platform::simulated::AllocateTaskText(*device_.devicePath);
+    return S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE Write(LPCOLESTR /*name*/, VARIANT* /*value*/) override {
+    return E_NOTIMPL;
+  }
+
+ private:
+  ListedDevice device_;
+  CallGate* gate_;
+};
+
+class Moniker : public ComObject<IMoniker> {
+ public:
+  Moniker(ListedDevice device, CallGate* gate) : device_(std::move(device)), gate_(gate) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID /*iid*/, void** object) override {
+    *object = nullptr;
+    return E_NOINTERFACE;
+  }
+
+  HRESULT STDMETHODCALLTYPE BindToObject(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
+                                         REFIID /*iid*/, void** object) override {
+    if (const HRESULT refused = Enter(gate_, "BindToObject"); FAILED(refused)) {
+      return refused;
+    }
+    *object = device_.bind();
+    return S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE BindToStorage(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
+                                          REFIID /*iid*/, void** object) override {
+    if (const HRESULT refused = Enter(gate_, "BindToStorage"); FAILED(refused)) {
+      return refused;
+    }
+    *object = static_cast<IPropertyBag*>(new PropertyBag(device_, gate_));
+    return S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE GetDisplayName(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
+                                           LPOLESTR* name) override {
+    if (const HRESULT refused = Enter(gate_, "GetDisplayName"); FAILED(refused)) {
+      return refused;
+    }
+    *name = platform::simulated::AllocateTaskText(device_.displayName);
+    return S_OK;
+  }
+
+  // ---- Not simulated ----
+
+  HRESULT STDMETHODCALLTYPE GetClassID(CLSID* /*classId*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE IsDirty() override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Load(IStream* /*stream*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Save(IStream* /*stream*/, BOOL /*clearDirty*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE GetSizeMax(ULARGE_INTEGER* /*size*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Reduce(IBindCtx* /*context*/, DWORD /*howFar*/, IMoniker** /*toLeft*/,
+                                   IMoniker** /*reduced*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE ComposeWith(IMoniker* /*right*/, BOOL /*onlyIfNotGeneric*/,
+                                        IMoniker** /*composite*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Enum(BOOL /*forward*/, IEnumMoniker** /*enumerator*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE IsEqual(IMoniker* /*other*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Hash(DWORD* /*hash*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE IsRunning(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
+                                      IMoniker* /*newlyRunning*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE GetTimeOfLastChange(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
+                                                FILETIME* /*time*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Inverse(IMoniker** /*inverse*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE CommonPrefixWith(IMoniker* /*other*/, IMoniker** /*prefix*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE RelativePathTo(IMoniker* /*other*/, IMoniker** /*relative*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE ParseDisplayName(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
+                                             LPOLESTR /*name*/, ULONG* /*eaten*/,
+                                             IMoniker** /*out*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE IsSystemMoniker(DWORD* /*kind*/) override { return E_NOTIMPL; }
+
+ private:
+  ListedDevice device_;
+  CallGate* gate_;
+};
+
+class MonikerEnumerator : public ComObject<IEnumMoniker> {
+ public:
+  MonikerEnumerator(std::vector<ListedDevice> devices, CallGate* gate)
+      : devices_(std::move(devices)), gate_(gate) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID /*iid*/, void** object) override {
+    *object = nullptr;
+    return E_NOINTERFACE;
+  }
+
+  HRESULT STDMETHODCALLTYPE Next(ULONG count, IMoniker** monikers, ULONG* fetched) override {
+    if (const HRESULT refused = Enter(gate_, "Next"); FAILED(refused)) {
+      return refused;
+    }
+    ULONG made = 0;
+    for (; made < count && next_ < devices_.size(); ++made) {
+      monikers[made] = new Moniker(devices_[next_++], gate_);
+    }
+    if (fetched != nullptr) {
+      *fetched = made;
+    }
+    return made == count ? S_OK : S_FALSE;
+  }
+
+  HRESULT STDMETHODCALLTYPE Skip(ULONG /*count*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Reset() override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Clone(IEnumMoniker** /*clone*/) override { return E_NOTIMPL; }
+
+ private:
+  std::vector<ListedDevice> devices_;
+  CallGate* gate_;
+  std::size_t next_ = 0;
+};
+
+class DeviceEnumerator : public ComObject<ICreateDevEnum> {
+ public:
+  DeviceEnumerator(std::vector<ListedDevice> devices, CallGate* gate)
+      : devices_(std::move(devices)), gate_(gate) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    return QueryOne<ICreateDevEnum>(this, IID_ICreateDevEnum, iid, object);
+  }
+
+  // As on a real system, an empty category is a success with the result 1 and no enumerator.
+  HRESULT STDMETHODCALLTYPE CreateClassEnumerator(REFCLSID category, IEnumMoniker** enumerator,
+                                                  DWORD /*flags*/) override {
+    if (const HRESULT refused = Enter(gate_, "CreateClassEnumerator"); FAILED(refused)) {
+      return refused;
+    }
+    std::vector<ListedDevice> members;
+    std::copy_if(devices_.begin(), devices_.end(), std::back_inserter(members),
+                 [&](const ListedDevice& device) { return device.category == category; });
+    *enumerator = members.empty() ? nullptr : new MonikerEnumerator(std::move(members), gate_);
+    return *enumerator == nullptr ? S_FALSE : S_OK;
+  }
+
+ private:
+  std::vector<ListedDevice> devices_;
+  CallGate* gate_;
+};
+
+}  // namespace
+
+ICreateDevEnum* MakeDeviceEnumerator(std::vector<ListedDevice> devices, CallGate* gate) {
+  return new DeviceEnumerator(std::move(devices), gate);
+}
+
+}  // namespace zem::simulator

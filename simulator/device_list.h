@@ -1,0 +1,27 @@
+// The simulated system's device enumerator, for hosts on systems that have none of their own.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simulator/com_object.h"
+
+namespace zem::simulator {
+
+// A device as the enumerator lists it.
+struct ListedDevice {
+  std::wstring displayName;
+  // Text of the "DevicePath" property; a device may have none.
+  std::optional<std::wstring> devicePath;
+  GUID category = CLSID_VideoInputDeviceCategory;
+  // Makes the filter, with one reference for the caller.
+  std::function<IBaseFilter*()> bind;
+};
+
+// A new enumerator over a copy of `devices`, with one reference for the caller. `gate` may be null
+// and must outlive what is enumerated.
+ICreateDevEnum* MakeDeviceEnumerator(std::vector<ListedDevice> devices, CallGate* gate);
+
+}  // namespace zem::simulator

@@ -1,0 +1,34 @@
+// Faults that a simulated camera can be told to show.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace zem::simulator {
+
+struct Fault {
+  enum class Kind {
+    kFail,     // the transfer fails
+    kRefuse,   // a read answers with `value` in byte 0
+    kShort,    // a read moves no more than `value` bytes
+    kLength,   // a read reports that it moved `value` bytes, whatever it moved
+    kGarbage,  // a read answers with bytes without meaning
+    kUnplug,   // the camera is gone from this transfer on
+  };
+
+  Kind kind = Kind::kFail;
+  std::uint32_t first = 1;  // number of the first transfer that shows it, counted from 1
+  std::uint32_t count = 1;  // number of transfers that show it
+  std::uint32_t value = 0;
+
+  bool Hits(std::uint64_t transfer) const {
+    return transfer >= first && (kind == Kind::kUnplug || transfer - first < count);
+  }
+};
+
+// Reads a fault from "kind@first", "kind@first+count", each with "=value" behind it if wanted: for
+// example "refuse@2=5", "fail@3+2", "unplug@7". Nothing for any other text.
+std::optional<Fault> ParseFault(std::string_view text);
+
+}  // namespace zem::simulator

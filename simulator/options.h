@@ -1,0 +1,34 @@
+// What a simulator is asked to simulate.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/camera.h"
+
+namespace zem::simulator {
+
+struct CameraOptions {
+  std::uint16_t vendorId = 0x5A45;
+  std::uint16_t productId = 0x8C00;
+  std::string name = "ZEM Simulated Camera";
+  bool vendorUnit = true;
+  std::vector<Fault> faults;
+};
+
+struct Options {
+  std::vector<CameraOptions> cameras = {CameraOptions()};
+};
+
+// Reads options from JSON: {"cameras": [{"vendorId": 23109, "productId": 35840, "name": "...",
+// "vendorUnit": true, "faults": ["unplug@3"]}]}. Whatever is missing keeps its default; empty text
+// is all defaults. Throws std::invalid_argument with a sentence for a person on anything else.
+Options ParseOptions(std::string_view json);
+
+// The camera that the options describe: an input terminal, a processing unit and, if wanted, the
+// vendor unit, in this order.
+std::shared_ptr<Camera> MakeCamera(const CameraOptions& options);
+
+}  // namespace zem::simulator

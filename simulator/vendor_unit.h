@@ -1,0 +1,52 @@
+// The camera's vendor extension unit: commands and what they act on.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <span>
+#include <vector>
+
+#include "simulator/camera.h"
+
+namespace zem::simulator {
+
+// What the vendor unit's commands read and change. A register that was never written reads 0.
+struct VendorState {
+  std::map<std::uint32_t, std::uint16_t> processorRegisters;  // by 24-bit address
+  std::map<std::uint32_t, std::uint16_t> sensorRegisters;
+  std::map<std::uint32_t, std::uint16_t> lensRegisters;
+  std::map<std::uint16_t, std::uint8_t> codecRegisters;
+  std::uint32_t lensPosition = 0;
+  std::array<std::uint8_t, 6> firmwareVersion = {1, 2, 3, 4, 5, 6};
+  std::uint8_t checkSumStatus = 0;
+  std::array<std::uint8_t, 8> deviceInfo = {0x51, 0x70, 0x01, 0x00, 0x5A, 0x45, 0x00, 0x01};
+};
+
+class VendorUnit : public ExtensionUnit {
+ public:
+  VendorUnit();
+
+  Outcome Set(std::uint16_t selector, std::span<const std::uint8_t> bytes) override;
+  Outcome Get(std::uint16_t selector, std::size_t length,
+              std::vector<std::uint8_t>& bytes) override;
+
+  VendorState state;
+
+ private:
+  using Block = std::array<std::uint8_t, 8>;
+  using LongBlock = std::array<std::uint8_t, 16>;
+
+  Block RunIspCommand(const Block& command);
+  Block RunRegisterCommand(const Block& command);
+  Block RunVcpCommand(const Block& command);
+  Block RunCodecCommand(const Block& command);
+
+  Block ispReply_ = {};
+  Block vcpReply_ = {};
+  LongBlock ispExtendedReply_ = {};
+  LongBlock vcpExtendedReply_ = {};
+  bool codecSelected_ = false;
+};
+
+}  // namespace zem::simulator
