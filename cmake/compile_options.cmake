@@ -8,6 +8,10 @@ function(zem_compile_options target)
   endif()
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -Werror
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # GCC 12 sees overlaps in std::string's own operator+ (its bug 105329).
+    target_compile_options(${target} PRIVATE -Wno-restrict)
+  endif()
   if(WIN32)
     target_compile_definitions(${target} PRIVATE UNICODE _UNICODE)
   endif()

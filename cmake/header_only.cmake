@@ -10,3 +10,6 @@ foreach(header nlohmann/json.hpp CLI/CLI.hpp)
   file(CREATE_LINK ${zem_${library}_root}/${library} ${zem_header_only_folder}/${library} SYMBOLIC)
 endforeach()
 target_include_directories(zem_header_only SYSTEM INTERFACE ${zem_header_only_folder})
+# The MinGW runtime of the Windows build lacks what std::filesystem needs to convert narrow paths.
+target_compile_definitions(zem_header_only INTERFACE
+  CLI11_HAS_FILESYSTEM=0 JSON_HAS_FILESYSTEM=0 JSON_HAS_EXPERIMENTAL_FILESYSTEM=0)

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <span>
 
 #include "platform/com.h"
@@ -42,6 +43,19 @@ void HostExecutableFolder(std::span<wchar_t, kPathCapacity> folder);
 // file, the section or the key is missing.
 std::uint32_t PrivateProfileInt(const wchar_t* section, const wchar_t* key, std::uint32_t fallback,
                                 const wchar_t* path);
+
+// ---- Files ----
+
+// Opens a file by its wide path, with the mode texts of the C runtime. Null for a file that cannot
+// be opened and for a null path.
+std::FILE* OpenFile(const wchar_t* path, const wchar_t* mode);
+
+// ---- Time ----
+
+void Sleep(std::uint32_t milliseconds);
+
+// Milliseconds of a clock that never goes back and wraps at 32 bits.
+std::uint32_t MillisecondClock();
 
 // ---- Text ----
 

@@ -49,8 +49,7 @@ void Camera::Report(Transfer transfer) const {
   }
 }
 
-Outcome Camera::Set(std::size_t node, std::uint16_t selector,
-                    std::span<const std::uint8_t> bytes) {
+Outcome Camera::Set(std::size_t node, std::uint16_t selector, std::span<const std::uint8_t> bytes) {
   const Disturbance disturbance = NextTransfer();
   ExtensionUnit& unit = *nodes_.at(node);
   Outcome outcome = Outcome::kUnplugged;

@@ -86,9 +86,7 @@ class Camera {
   void Unplug();
 
   // Called once, when the camera is unplugged.
-  void SetUnplugObserver(std::function<void()> observer) {
-    unplugObserver_ = std::move(observer);
-  }
+  void SetUnplugObserver(std::function<void()> observer) { unplugObserver_ = std::move(observer); }
 
   Outcome Set(std::size_t node, std::uint16_t selector, std::span<const std::uint8_t> bytes);
 

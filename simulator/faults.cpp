@@ -45,8 +45,7 @@ std::optional<Fault> ParseFault(std::string_view text) {
       continue;
     }
     std::string_view rest = text.substr(name.size() + 1);
-    const auto value =
-        TakeNumber(rest, '=', kind == Fault::Kind::kRefuse ? kAnyRefusal : 0);
+    const auto value = TakeNumber(rest, '=', kind == Fault::Kind::kRefuse ? kAnyRefusal : 0);
     const auto count = TakeNumber(rest, '+', 1);
     const auto first = ParseNumber(rest);
     if (value && count && first && *first > 0) {

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <string_view>
 
 #include "platform/portable/private_profile.h"
 
@@ -14,6 +15,32 @@ namespace {
 
 // Longest text a format of the library can give before it is cut to the caller's buffer.
 constexpr std::size_t kFormatCapacity = 4096;
+
+// The UTF-8 form of a wide text. Characters that are none become question marks.
+std::string NarrowText(std::wstring_view text) {
+  std::string narrow;
+  for (const wchar_t character : text) {
+    const auto code = static_cast<std::uint32_t>(character);
+    if (code < 0x80) {
+      narrow += static_cast<char>(code);
+    } else if (code < 0x800) {
+      narrow += static_cast<char>(0xC0 | (code >> 6));
+      narrow += static_cast<char>(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+      narrow += static_cast<char>(0xE0 | (code >> 12));
+      narrow += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+      narrow += static_cast<char>(0x80 | (code & 0x3F));
+    } else if (code < 0x110000) {
+      narrow += static_cast<char>(0xF0 | (code >> 18));
+      narrow += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+      narrow += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+      narrow += static_cast<char>(0x80 | (code & 0x3F));
+    } else {
+      narrow += '?';
+    }
+  }
+  return narrow;
+}
 
 // In the library's formats %s is a wide string; the C library of this system calls that %ls.
 void TranslateFormat(const wchar_t* format, std::span<wchar_t> translated) {
@@ -86,6 +113,25 @@ std::uint32_t PrivateProfileInt(const wchar_t* section, const wchar_t* key, std:
              ? fallback
              : ParsePrivateProfileInt(file->second, section, key, fallback);
 }
+
+std::FILE* OpenFile(const wchar_t* path, const wchar_t* mode) {
+  if (path == nullptr) {
+    return nullptr;
+  }
+  const auto& refuse = simulated::TheSystem().refuseFile;
+  if (refuse && refuse(path)) {
+    return nullptr;
+  }
+  return std::fopen(NarrowText(path).c_str(), NarrowText(mode).c_str());
+}
+
+void Sleep(std::uint32_t milliseconds) {
+  simulated::System& system = simulated::TheSystem();
+  system.sleeps.push_back(milliseconds);
+  system.clockMilliseconds += milliseconds;
+}
+
+std::uint32_t MillisecondClock() { return simulated::TheSystem().clockMilliseconds; }
 
 void FormatWide(std::span<wchar_t> buffer, const wchar_t* format, ...) {
   std::array<wchar_t, kFormatCapacity> translated;  // NOLINT(*-init-*): filled below

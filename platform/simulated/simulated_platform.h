@@ -2,6 +2,7 @@
 // library and looks at afterwards. Not thread-safe; a test owns the whole system.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
@@ -21,6 +22,13 @@ struct System {
 
   // Answers CreateDeviceEnumerator. Unset: the class is not registered (0x80040154).
   std::function<HRESULT(ICreateDevEnum**)> createDeviceEnumerator;
+
+  // Files that OpenFile refuses to open.
+  std::function<bool(const std::wstring& path)> refuseFile;
+
+  // The virtual clock, and every sleep that moved it.
+  std::uint32_t clockMilliseconds = 0;
+  std::vector<std::uint32_t> sleeps;
 
   // COM initialisations and uninitialisations of the thread.
   int comInitializations = 0;

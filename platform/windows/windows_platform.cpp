@@ -2,6 +2,7 @@
 #include <objbase.h>
 #include <oleauto.h>
 #include <shlwapi.h>
+#include <timeapi.h>
 
 #include <cstdarg>
 #include <cstdio>
@@ -43,6 +44,14 @@ std::uint32_t PrivateProfileInt(const wchar_t* section, const wchar_t* key, std:
                                 const wchar_t* path) {
   return GetPrivateProfileIntW(section, key, static_cast<INT>(fallback), path);
 }
+
+std::FILE* OpenFile(const wchar_t* path, const wchar_t* mode) {
+  return path != nullptr ? _wfopen(path, mode) : nullptr;
+}
+
+void Sleep(std::uint32_t milliseconds) { ::Sleep(milliseconds); }
+
+std::uint32_t MillisecondClock() { return timeGetTime(); }
 
 void FormatWide(std::span<wchar_t> buffer, const wchar_t* format, ...) {
   std::va_list arguments;

@@ -25,8 +25,8 @@ std::wstring InstancePath(const GUID& category, const std::wstring& instanceName
 
 HRESULT SetValue(HKEY key, const wchar_t* name, const std::wstring& text) {
   const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-  return HRESULT_FROM_WIN32(static_cast<unsigned long>(RegSetValueExW(
-      key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), size)));
+  return HRESULT_FROM_WIN32(static_cast<unsigned long>(
+      RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), size)));
 }
 
 struct Value {
@@ -39,9 +39,8 @@ HRESULT WriteKey(const std::wstring& path, const Value (&values)[count]) {
   HRESULT result = E_FAIL;
   for (const Root& root : kRoots) {
     HKEY key = nullptr;
-    result = HRESULT_FROM_WIN32(static_cast<unsigned long>(
-        RegCreateKeyExW(root.key, (root.prefix + path).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
-                        &key, nullptr)));
+    result = HRESULT_FROM_WIN32(static_cast<unsigned long>(RegCreateKeyExW(
+        root.key, (root.prefix + path).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr)));
     if (FAILED(result)) {
       continue;
     }
@@ -74,9 +73,9 @@ HRESULT RegisterCamera(std::size_t index, const GUID& category, const std::wstri
                        const std::wstring& friendlyName, const std::wstring& devicePath,
                        const std::wstring& modulePath) {
   const std::wstring classId = TextOf(CameraClassId(index));
-  if (const HRESULT result = WriteKey(
-          classId + L"\\InprocServer32",
-          {Value{nullptr, modulePath}, Value{L"ThreadingModel", L"Both"}});
+  if (const HRESULT result =
+          WriteKey(classId + L"\\InprocServer32",
+                   {Value{nullptr, modulePath}, Value{L"ThreadingModel", L"Both"}});
       FAILED(result)) {
     return result;
   }

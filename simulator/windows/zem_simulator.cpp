@@ -1,6 +1,4 @@
 // ZemSimulator.dll: the COM in-process server around the simulated cameras.
-#include "simulator/windows/ZemSimulator.h"
-
 #include <array>
 #include <cstdio>
 #include <exception>
@@ -10,6 +8,7 @@
 
 #include "simulator/com_camera.h"
 #include "simulator/options.h"
+#include "simulator/windows/ZemSimulator.h"
 #include "simulator/windows/registration.h"
 
 namespace zem::simulator {
@@ -58,16 +57,15 @@ void ListCamera(const CameraOptions& options) {
   Simulator& simulator = TheSimulator();
   const std::size_t index = simulator.cameras.size();
   const std::wstring instanceName = InstanceName(options, index);
-  const HRESULT result = RegisterCamera(index, CLSID_VideoInputDeviceCategory, instanceName,
-                                        Widen(options.name), L"\\\\?\\" + instanceName,
-                                        ModulePath());
+  const HRESULT result =
+      RegisterCamera(index, CLSID_VideoInputDeviceCategory, instanceName, Widen(options.name),
+                     L"\\\\?\\" + instanceName, ModulePath());
   if (FAILED(result)) {
     throw std::runtime_error("the camera could not be written to the registry");
   }
   RunningCamera running = {MakeCamera(options), instanceName};
-  running.camera->SetUnplugObserver([instanceName] {
-    UnlistCamera(CLSID_VideoInputDeviceCategory, instanceName);
-  });
+  running.camera->SetUnplugObserver(
+      [instanceName] { UnlistCamera(CLSID_VideoInputDeviceCategory, instanceName); });
   simulator.cameras.push_back(std::move(running));
 }
 

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# The main job: builds the Windows DLL, the host tool and the simulated camera, and lets the tool find
+# the camera through the system's device enumerator, open it, and read it.
+source "$(dirname "$0")/scripts/setup.sh"
+
+install_missing "${windows_packages[@]}"
+build windows
+prepare_wine
+
+zemctl() {
+  echo
+  echo "\$ zemctl --simulator $*"
+  wine build/windows/zemctl.exe --simulator "$@" 2>&1
+}
+
+zemctl list
+zemctl info
+zemctl reg get isp 0x123456
+zemctl reg set isp 0x123456 0xABCD
+zemctl command isp 0b

@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# zemctl end to end against the simulated camera: what it prints and how it exits.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+tool=build/windows/zemctl.exe
+out=build/zemctl.out
+
+# expect CODE TEXT ARGUMENTS...: the run ends with CODE and its output has a line that contains TEXT.
+expect() {
+  local code=$1 text=$2 status=0
+  shift 2
+  wine $tool "$@" >$out 2>&1 || status=$?
+  if [ "$status" -ne "$code" ] || ! tr -d '\r' <$out | grep -qF -- "$text"; then
+    echo "zemctl $*: status $status, wanted $code and \"$text\":"
+    cat $out
+    exit 1
+  fi
+}
+
+sim=--simulator
+expect 3 'no video-input device is attached' list
+expect 3 'no camera matches (ZEM_E_FAIL, 0x80004005)' reg get isp 0
+expect 0 'ZEM Simulated Camera' $sim list
+expect 0 'firmware version:   01 02 03 04 05 06' $sim info
+expect 0 '"firmware version": "01 02 03 04 05 06"' $sim --json info
+expect 0 'value:   0x0000' $sim reg get isp 0x123456
+expect 0 'written: yes' $sim reg set isp 0x123456 0xABCD
+expect 0 'value:   0xEF' $sim reg set sensor 0x10 0xEF
+expect 0 'value:   0xBEEF' $sim reg set sensor 0x10 0xBEEF --width 2
+expect 2 'values of this space end at 0xFF' $sim reg set codec 0 0x100
+expect 2 'addresses of this space end at 0xFFFF' $sim reg get vcm 0x10000
+expect 2 'do not have that width' $sim reg get isp 0 --width 1
+expect 0 'reply:   00 00 01 02 03 04 05 06' $sim command isp 0b
+expect 0 'reply:   00 02 03 00 00 00 00 00 00 00 00 00 00 00 00 00' $sim command isp-ex 01 02 03
+expect 2 'a block of this channel has 8 bytes' $sim command vcp 1 2 3 4 5 6 7 8 9
+expect 2 'is not a byte in hexadecimal' $sim command vcp 1g
+expect 0 'data:        51 70 01 00 5a 45 00 01' $sim xu get vendor 10 8
+expect 0 'bytes moved: 8' $sim xu set vendor 1 '0a 00 00 00 00 00 00 00'
+expect 7 'platform failure' $sim xu get vendor 99 8
+expect 0 'present: yes' $sim xu check vendor
+expect 8 'present: no' $sim xu check '{B42153BD-35D6-45CA-B203-4E0149B301BC}'
+expect 2 'neither the name of a unit' $sim xu check nothing
+expect 3 'no camera matches' $sim --index 1 info
+expect 3 'no camera matches' $sim --pid 0x1234 info
+expect 0 'firmware version' $sim --vid 0x5A45 --pid 0x8C00 info
+expect 0 'firmware version' $sim info --device-path '\\?\usb#vid_5a45&pid_8c00&mi_00#zem-simulator&0'
+expect 8 'the device has no vendor extension unit' $sim \
+  --simulator-options '{"cameras":[{"vendorUnit":false}]}' \
+  --device-path '\\?\usb#vid_5a45&pid_8c00&mi_00#zem-simulator&0' info
+expect 7 'the command could not be written to the camera' $sim --simulator-fault unplug@1 reg get isp 0
+expect 5 'the camera refused the command (ZEM_E_DEVICE_REFUSED, 0x80000001)' $sim \
+  --simulator-fault refuse@2=5 reg get isp 0
+expect 5 '"exitCode": 5' $sim --json --simulator-fault refuse@2=5 reg get isp 0
+expect 2 'is not a fault' $sim --simulator-fault nonsense list
+expect 2 'unknown simulator option' $sim --simulator-options '{"camera":[]}' list
+expect 2 'subcommand is required' $sim
+expect 0 'Exit codes' --help

@@ -1,0 +1,40 @@
+// A gate that writes down every call on the simulated system and refuses one of them on request.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "simulator/com_object.h"
+
+namespace zem::testing {
+
+class RecordingGate : public simulator::CallGate {
+ public:
+  // What a refused call returns.
+  static constexpr auto kRefusal = static_cast<HRESULT>(0x8000BEEFU);
+
+  // Refuses the index-th call from now on, counted from 0.
+  void RefuseCall(std::size_t index) { refused_ = calls.size() + index; }
+
+  // Refuses every call of this name.
+  void RefuseAll(const std::string& call, HRESULT result = kRefusal) {
+    refusedNames_[call] = result;
+  }
+
+  HRESULT Enter(const char* call) override {
+    calls.emplace_back(call);
+    if (const auto name = refusedNames_.find(call); name != refusedNames_.end()) {
+      return name->second;
+    }
+    return calls.size() - 1 == refused_ ? kRefusal : S_OK;
+  }
+
+  std::vector<std::string> calls;
+
+ private:
+  std::size_t refused_ = static_cast<std::size_t>(-1);
+  std::map<std::string, HRESULT> refusedNames_;
+};
+
+}  // namespace zem::testing

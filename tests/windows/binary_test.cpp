@@ -1,0 +1,136 @@
+// The DLL as a file: its export table, its imports, its flags, its version.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+// The loaded image of the DLL.
+class Image {
+ public:
+  Image() : base_(reinterpret_cast<const std::byte*>(GetModuleHandleW(L"ZemUVCExtApi.dll"))) {}
+
+  template <class Record>
+  const Record* At(DWORD offset) const {
+    return reinterpret_cast<const Record*>(base_ + offset);
+  }
+
+  const IMAGE_NT_HEADERS64& headers() const {
+    return *At<IMAGE_NT_HEADERS64>(static_cast<DWORD>(At<IMAGE_DOS_HEADER>(0)->e_lfanew));
+  }
+
+  template <class Record>
+  const Record* Directory(unsigned entry) const {
+    return At<Record>(headers().OptionalHeader.DataDirectory[entry].VirtualAddress);
+  }
+
+ private:
+  const std::byte* base_;
+};
+
+TEST(BinaryTest, ExportsExactlyTheInterface) {
+  const Image image;
+  const auto* const exports = image.Directory<IMAGE_EXPORT_DIRECTORY>(IMAGE_DIRECTORY_ENTRY_EXPORT);
+  const auto* const names = image.At<DWORD>(exports->AddressOfNames);
+  std::set<std::string> present;
+  for (DWORD index = 0; index < exports->NumberOfNames; ++index) {
+    present.insert(image.At<char>(names[index]));
+  }
+  const std::set<std::string> wanted = {
+      // Opening and closing a camera
+      "ZEMAPI_OpenDevice",
+      "ZEMAPI_OpenDeviceEx",
+      "ZEMAPI_OpenZemDevice",
+      "ZEMAPI_OpenDeviceByPath",
+      "ZEMAPI_OpenDeviceByDevPath",
+      "ZEMAPI_OpenDeviceBySourceFilter",
+      "ZEMAPI_CloseDevice",
+      "ZEMAPI_GetSerialNumber",
+      // Raw access to extension units
+      "ZEMAPI_UvcExtSet",
+      "ZEMAPI_UvcExtGet",
+      "ZEMAPI_ZemExtSet",
+      "ZEMAPI_ZemExtGet",
+      "ZEMAPI_UvcCheckXuGuid",
+      // Registers and vendor commands
+      "ZEMAPI_SetRegister",
+      "ZEMAPI_GetRegister",
+      "ZEMAPI_SetSensorRegister",
+      "ZEMAPI_GetSensorRegister",
+      "ZEMAPI_SetSensorRegisterW",
+      "ZEMAPI_GetSensorRegisterW",
+      "ZEMAPI_SetVCMRegister",
+      "ZEMAPI_GetVCMRegister",
+      "ZEMAPI_SetLensPos",
+      "ZEMAPI_GetFWVersion",
+      "?ZEMAPI_GetFWVersion@@YAJPEAXPEAD@Z",
+      "ZEMAPI_GetCheckSumResult",
+      "ZEMAPI_ReadCodecReg",
+      "ZEMAPI_WriteCodecReg",
+      "ZEMAPI_IspCommand",
+      "ZEMAPI_VcpCommand",
+      "ZEMAPI_IspCommandEx",
+      "ZEMAPI_VcpCommandEx",
+      "ZEMAPI_GetDeviceInfo",
+  };
+  EXPECT_EQ(present, wanted);
+  EXPECT_EQ(exports->NumberOfFunctions, wanted.size());
+}
+
+TEST(BinaryTest, ImportsNothingButTheSystem) {
+  const std::set<std::string> system = {"KERNEL32.dll", "ole32.dll", "OLEAUT32.dll",
+                                        "SHLWAPI.dll",  "WINMM.dll", "USER32.dll"};
+  const Image image;
+  const auto* import = image.Directory<IMAGE_IMPORT_DESCRIPTOR>(IMAGE_DIRECTORY_ENTRY_IMPORT);
+  ASSERT_NE(import->Name, 0U);
+  for (; import->Name != 0; ++import) {
+    const std::string name = image.At<char>(import->Name);
+    EXPECT_TRUE(system.contains(name) || name.starts_with("api-ms-win-crt-")) << name;
+  }
+}
+
+TEST(BinaryTest, ImportsThePlatformCallsByName) {
+  const Image image;
+  std::set<std::string> names;
+  for (const auto* import = image.Directory<IMAGE_IMPORT_DESCRIPTOR>(IMAGE_DIRECTORY_ENTRY_IMPORT);
+       import->Name != 0; ++import) {
+    for (const auto* thunk = image.At<IMAGE_THUNK_DATA64>(import->OriginalFirstThunk);
+         thunk->u1.AddressOfData != 0; ++thunk) {
+      names.insert(
+          image.At<IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(thunk->u1.AddressOfData))->Name);
+    }
+  }
+  for (const char* const wanted :
+       {"CoInitialize", "CoUninitialize", "CoCreateInstance", "CoGetMalloc", "VariantInit",
+        "VariantClear", "GetPrivateProfileIntW", "GetModuleFileNameW", "PathRemoveFileSpecW",
+        "OutputDebugStringW"}) {
+    EXPECT_TRUE(names.contains(wanted)) << wanted;
+  }
+}
+
+TEST(BinaryTest, IsRelocatableWithoutExecutableDataAndWithoutTimeStamp) {
+  const IMAGE_NT_HEADERS64& headers = Image().headers();
+  const WORD flags = headers.OptionalHeader.DllCharacteristics;
+  EXPECT_TRUE(flags & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
+  EXPECT_TRUE(flags & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
+  EXPECT_TRUE(flags & IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA);
+  EXPECT_EQ(headers.FileHeader.TimeDateStamp, 0U);
+}
+
+TEST(BinaryTest, CarriesAVersion) {
+  const DWORD size = GetFileVersionInfoSizeW(L"ZemUVCExtApi.dll", nullptr);
+  ASSERT_GT(size, 0U);
+  std::vector<std::byte> resource(size);
+  ASSERT_TRUE(GetFileVersionInfoW(L"ZemUVCExtApi.dll", 0, size, resource.data()));
+  VS_FIXEDFILEINFO* version = nullptr;
+  UINT length = 0;
+  ASSERT_TRUE(VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&version), &length));
+  EXPECT_EQ(version->dwFileVersionMS, 0x00010000U);
+  EXPECT_EQ(version->dwFileVersionLS, 0U);
+}
+
+}  // namespace

@@ -1,0 +1,13 @@
+// A caller built for the Microsoft ABI without any runtime: both overloads of one name.
+// Exit code 0: each answered as it must for a null handle.
+#include "include/ZemUVCExtApi.h"
+
+extern "C" __declspec(dllimport) void ExitProcess(unsigned code);
+
+extern "C" void Entry() {
+  unsigned char version[6];
+  char reply[8];
+  const bool right = ZEMAPI_GetFWVersion(nullptr, version) == ZEM_E_NO_DEVICE &&
+                     ZEMAPI_GetFWVersion(nullptr, reply) == ZEM_E_NO_DEVICE;
+  ExitProcess(right ? 0 : 1);
+}

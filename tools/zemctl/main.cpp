@@ -1,0 +1,19 @@
+// zemctl: the command-line host program of ZemUVCExtApi.dll.
+#include <windows.h>
+// shellapi.h leans on windows.h.
+#include <shellapi.h>
+
+#include "tools/zemctl/bytes.h"
+#include "tools/zemctl/program.h"
+
+int main() {
+  SetConsoleOutputCP(CP_UTF8);
+  int count = 0;
+  wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::string> arguments;
+  for (int index = 0; index < count; ++index) {
+    arguments.push_back(zemctl::Narrow(words[index]));
+  }
+  LocalFree(words);
+  return zemctl::Program().Run(std::move(arguments));
+}

@@ -1,0 +1,112 @@
+#include "tools/zemctl/program.h"
+
+#include <algorithm>
+
+#include "tools/zemctl/results.h"
+#include "tools/zemctl/simulator_module.h"
+
+namespace zemctl {
+namespace {
+
+constexpr const char* kFooter =
+    "Exit codes:\n"
+    "  0 done                         5 the camera refused the command\n"
+    "  1 unexpected error             6 a buffer is too small\n"
+    "  2 wrong command line           7 a transfer failed (camera gone, control unknown)\n"
+    "  3 no camera matches            8 the camera lacks the extension unit\n"
+    "  4 the library refused";
+
+}  // namespace
+
+Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi.dll.", "zemctl") {
+  app_.require_subcommand(1);
+  app_.fallthrough();
+  app_.footer(kFooter);
+  DeviceSelection& device = options_.device;
+  const std::string group = "Which camera";
+  app_.add_option("--index", device.index, "Position among the cameras with the same USB ids")
+      ->group(group);
+  app_.add_option("--vid", device.vendorId, "USB vendor id")->group(group);
+  app_.add_option("--pid", device.productId, "USB product id")->group(group);
+  auto* const path =
+      app_.add_option("--path", device.displayName, "Display name of the device")->group(group);
+  app_.add_option("--device-path", device.devicePath, "Device path")->group(group)->excludes(path);
+  app_.add_flag("--json", options_.json, "Write JSON");
+  const std::string simulated = "Simulated camera";
+  auto* const flag =
+      app_.add_flag("--simulator", options_.simulator, "Use simulated cameras")->group(simulated);
+  app_.add_option("--simulator-options", options_.simulatorOptions,
+                  "What to simulate, as JSON (docs/simulator.md)")
+      ->group(simulated)
+      ->needs(flag);
+  app_.add_option("--simulator-fault", options_.simulatorFaults,
+                  "A fault of the simulated camera, such as unplug@3")
+      ->group(simulated)
+      ->needs(flag)
+      ->allow_extra_args(false);
+  AddDeviceCommands(*this);
+  AddRegisterCommands(*this);
+  AddRawCommands(*this);
+}
+
+CLI::App* Program::AddCommand(CLI::App* parent, const std::string& name,
+                              const std::string& description, Action action) {
+  CLI::App* const command = parent->add_subcommand(name, description);
+  command->fallthrough();
+  command->callback([this, action = std::move(action)] { chosen_ = action; });
+  return command;
+}
+
+int Program::Run(std::vector<std::string> arguments) {
+  arguments.erase(arguments.begin());
+  std::reverse(arguments.begin(), arguments.end());
+  try {
+    app_.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    return app_.exit(error) == 0 ? kDone : kUsageError;
+  }
+  try {
+    return RunAction();
+  } catch (const CallFailure& failure) {
+    const ResultText& text = failure.text();
+    return PrintFailure(failure.what(), text.advice,
+                        {{"function", failure.function()},
+                         {"result", Hex(failure.result())},
+                         {"name", text.name},
+                         {"meaning", text.meaning}},
+                        text.exitCode);
+  } catch (const UsageError& error) {
+    return PrintFailure(error.what(), "Run with --help.", {{"meaning", error.what()}}, kUsageError);
+  } catch (const std::exception& error) {
+    return PrintFailure(error.what(), "", {{"meaning", error.what()}}, kInternalError);
+  }
+}
+
+int Program::RunAction() {
+  std::optional<SimulatorModule> simulator;
+  if (options_.simulator) {
+    simulator.emplace(options_.simulatorOptions, options_.simulatorFaults);
+  }
+  const ComThread com;
+  Report report = Report::object();
+  const int exitCode = chosen_(options_, report);
+  Print(stdout, report, options_.json);
+  return exitCode;
+}
+
+int Program::PrintFailure(const std::string& message, const std::string& advice, Report details,
+                          int exitCode) const {
+  if (options_.json) {
+    details["advice"] = advice;
+    details["exitCode"] = exitCode;
+    Print(stdout, {{"error", details}}, true);
+    return exitCode;
+  }
+  std::fprintf(stderr, "zemctl: %s.\n", message.c_str());
+  if (!advice.empty()) {
+    std::fprintf(stderr, "  %s\n", advice.c_str());
+  }
+  return exitCode;
+}
+
+}  // namespace zemctl

@@ -1,0 +1,57 @@
+// What every command of zemctl shares: the global options, the opened camera, the report.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/zemctl/report.h"
+#include "tools/zemctl/session.h"
+
+namespace zemctl {
+
+struct Options {
+  DeviceSelection device;
+  bool json = false;
+  bool simulator = false;
+  std::string simulatorOptions;
+  std::vector<std::string> simulatorFaults;
+};
+
+class Program {
+ public:
+  Program();
+
+  // Runs one command line (UTF-8, the program's name first) and returns the exit code.
+  int Run(std::vector<std::string> arguments);
+
+  const Options& options() const { return options_; }
+
+  // What is done once the command line has been understood: fills the report and returns the exit
+  // code, or throws CallFailure or UsageError.
+  using Action = std::function<int(const Options&, Report&)>;
+
+  // Adds a command to `parent`; `action` runs when it is the one that was given.
+  CLI::App* AddCommand(CLI::App* parent, const std::string& name, const std::string& description,
+                       Action action);
+
+  CLI::App& app() { return app_; }
+
+ private:
+  int RunAction();
+  int PrintFailure(const std::string& message, const std::string& advice, Report details,
+                   int exitCode) const;
+
+  CLI::App app_;
+  Options options_;
+  Action chosen_;
+};
+
+// The command groups, each in the file of its name.
+void AddDeviceCommands(Program& program);
+void AddRegisterCommands(Program& program);
+void AddRawCommands(Program& program);
+
+}  // namespace zemctl
