@@ -37,7 +37,9 @@ rebuild_is_identical() {
 check reproducible-dll rebuild_is_identical
 
 # The host tool, end to end.
-check zemctl scripts/test_zemctl.sh
+for script in tests/zemctl/*_test.sh; do
+  check "zemctl-$(basename "$script" _test.sh)" "$script"
+done
 
 # Fuzzers, briefly: what they find here is a regression.
 build_fuzzers() { build fuzz; }

@@ -43,7 +43,7 @@ void Camera::Unplug() {
   }
 }
 
-void Camera::Report(Transfer transfer) const {
+void Camera::Report(const Transfer& transfer) const {
   if (observer_) {
     observer_(transfer);
   }

@@ -107,7 +107,7 @@ class Camera {
   Disturbance NextTransfer();
   Outcome Answer(ExtensionUnit& unit, std::uint16_t selector, std::size_t length,
                  const Disturbance& disturbance, std::vector<std::uint8_t>& answer);
-  void Report(Transfer transfer) const;
+  void Report(const Transfer& transfer) const;
 
   std::vector<std::unique_ptr<ExtensionUnit>> nodes_;
   std::vector<Fault> faults_;

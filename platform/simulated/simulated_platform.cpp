@@ -20,7 +20,7 @@ constexpr std::size_t kFormatCapacity = 4096;
 std::string NarrowText(std::wstring_view text) {
   std::string narrow;
   for (const wchar_t character : text) {
-    const auto code = static_cast<std::uint32_t>(character);
+    const auto code = static_cast<std::uint32_t>(static_cast<char32_t>(character));
     if (code < 0x80) {
       narrow += static_cast<char>(code);
     } else if (code < 0x800) {

@@ -95,7 +95,8 @@ ScriptedUnit& DeviceTest::AddUnit(const GUID& id) {
   return camera_->AddUnit(std::make_unique<ScriptedUnit>(id));
 }
 
-void DeviceTest::List(const std::wstring& displayName, std::shared_ptr<simulator::Camera> camera,
+void DeviceTest::List(const std::wstring& displayName,
+                      const std::shared_ptr<simulator::Camera>& camera,
                       std::optional<std::wstring> devicePath, const GUID& category) {
   devices_.push_back({displayName, std::move(devicePath), category,
                       [this, camera] { return simulator::MakeCameraFilter(camera, &gate); }});

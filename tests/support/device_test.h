@@ -49,7 +49,7 @@ class DeviceTest : public ::testing::Test {
   ScriptedUnit& AddUnit(const GUID& id);
 
   // Lists one more device, or forgets all of them.
-  void List(const std::wstring& displayName, std::shared_ptr<simulator::Camera> camera,
+  void List(const std::wstring& displayName, const std::shared_ptr<simulator::Camera>& camera,
             std::optional<std::wstring> devicePath = std::nullopt,
             const GUID& category = CLSID_VideoInputDeviceCategory);
   void ListNothing() { devices_.clear(); }

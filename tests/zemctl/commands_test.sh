@@ -1,23 +1,7 @@
 #!/usr/bin/env bash
-# zemctl end to end against the simulated camera: what it prints and how it exits.
-set -euo pipefail
-cd "$(dirname "$0")/.."
-tool=build/windows/zemctl.exe
-out=build/zemctl.out
+# zemctl list, info, reg, command and xu, and the exit codes.
+source "$(dirname "$0")/support.sh"
 
-# expect CODE TEXT ARGUMENTS...: the run ends with CODE and its output has a line that contains TEXT.
-expect() {
-  local code=$1 text=$2 status=0
-  shift 2
-  wine $tool "$@" >$out 2>&1 || status=$?
-  if [ "$status" -ne "$code" ] || ! tr -d '\r' <$out | grep -qF -- "$text"; then
-    echo "zemctl $*: status $status, wanted $code and \"$text\":"
-    cat $out
-    exit 1
-  fi
-}
-
-sim=--simulator
 expect 3 'no video-input device is attached' list
 expect 3 'no camera matches (ZEM_E_FAIL, 0x80004005)' reg get isp 0
 expect 0 'ZEM Simulated Camera' $sim list

@@ -1,0 +1,22 @@
+# Sourced by the tests of zemctl: runs the tool under Wine and compares what it prints and how it exits.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+tool=build/windows/zemctl.exe
+sim=--simulator
+
+# A folder for the test's files, and the file that holds the last run's output.
+work=build/zemctl-tests
+mkdir -p $work
+out=$work/out
+
+# expect CODE TEXT ARGUMENTS...: the run ends with CODE and its output has a line that contains TEXT.
+expect() {
+  local code=$1 text=$2 status=0
+  shift 2
+  wine $tool "$@" >$out 2>&1 || status=$?
+  if [ "$status" -ne "$code" ] || ! tr -d '\r' <$out | grep -qF -- "$text"; then
+    echo "zemctl $*: status $status, wanted $code and \"$text\":"
+    cat $out
+    exit 1
+  fi
+}
