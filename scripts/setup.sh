@@ -27,7 +27,7 @@ windows_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64-win32 wine wine64 g
 # A Wine folder of the project's own, quiet and without windows on the screen.
 export WINEPREFIX=$zem_root/build/wine
 export WINEDEBUG=-all
-export WINEDLLOVERRIDES='winemenubuilder.exe,mscoree,mshtml='
+export WINEDLLOVERRIDES='winemenubuilder.exe,winedbg.exe,mscoree,mshtml='
 unset DISPLAY
 
 prepare_wine() {

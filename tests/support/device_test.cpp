@@ -98,8 +98,10 @@ ScriptedUnit& DeviceTest::AddUnit(const GUID& id) {
 void DeviceTest::List(const std::wstring& displayName,
                       const std::shared_ptr<simulator::Camera>& camera,
                       std::optional<std::wstring> devicePath, const GUID& category) {
-  devices_.push_back({displayName, std::move(devicePath), category,
-                      [this, camera] { return simulator::MakeCameraFilter(camera, &gate); }});
+  devices_.push_back({displayName, std::move(devicePath), category, [this, camera] {
+                        boundFilters.push_back(simulator::MakeCameraFilter(camera, &gate));
+                        return boundFilters.back();
+                      }});
 }
 
 void* DeviceTest::handle() {

@@ -72,6 +72,9 @@ class DeviceTest : public ::testing::Test {
   // Sees all calls on the listed devices.
   RecordingGate gate;
 
+  // Every filter that binding handed out, released by now or not.
+  std::vector<IBaseFilter*> boundFilters;
+
  private:
   std::shared_ptr<simulator::Camera> camera_;
   ScriptedUnit* vendor_ = nullptr;

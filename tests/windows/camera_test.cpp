@@ -199,4 +199,26 @@ TEST(CameraTest, UnpluggedCameraFailsAndIsNoLongerListed) {
   EXPECT_EQ(ZEMAPI_OpenDevice(0, &second), ZEM_E_FAIL);
 }
 
+TEST(CameraTest, SerialNumberEndsTheProcessOfAHostWithoutAHandler) {
+  std::wstring command = L"serial_number_caller.exe";
+  STARTUPINFOW startup = {};
+  startup.cb = sizeof(startup);
+  PROCESS_INFORMATION process = {};
+  ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                             &startup, &process));
+  WaitForSingleObject(process.hProcess, INFINITE);
+  DWORD exitCode = 0;
+  GetExitCodeProcess(process.hProcess, &exitCode);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  EXPECT_EQ(exitCode, 0xC0000417U) << "invalid parameter to a runtime function";
+}
+
+TEST(CameraTest, SerialNumberWithAHandlerThatReturns) {
+  // This host's start-up code has installed such a handler.
+  char serial[17] = "abcdefghijklmnop";
+  EXPECT_EQ(ZEMAPI_GetSerialNumber(nullptr, serial), 16);
+  EXPECT_EQ(serial[0], '\0');
+}
+
 }  // namespace

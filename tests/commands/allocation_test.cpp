@@ -1,0 +1,90 @@
+// No command allocates heap memory between the entry of its export and its return.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "device/extension_units.h"
+#include "include/ZemUVCExtApi.h"
+#include "platform/simulated/simulated_platform.h"
+#include "tests/support/allocation_count.h"
+#include "tests/support/bare_camera.h"
+
+namespace {
+
+using zem::testing::AllocationCount;
+
+class SilentCamera : public zem::testing::BareCamera {
+ public:
+  SilentCamera() { nodeCount = 3; }
+  HRESULT Request(const KSP_NODE& request, void* data, ULONG length,
+                  ULONG* bytesReturned) override {
+    if (request.Property.Id == 0 && request.NodeId == 2 && length >= sizeof(GUID)) {
+      std::memcpy(data, &zem::VendorXu, sizeof(GUID));
+    }
+    *bytesReturned = sizeof(GUID);
+    return S_OK;
+  }
+};
+
+TEST(AllocationTest, CounterCounts) {
+  if (!zem::testing::CanCountAllocations()) {
+    GTEST_SKIP() << "needs the address sanitizer";
+  }
+  const std::uint64_t before = AllocationCount();
+  const auto memory = std::make_unique<std::vector<int>>(10);
+  EXPECT_EQ(AllocationCount() - before, 2U);
+}
+
+TEST(AllocationTest, CommandsAllocateNothing) {
+  if (!zem::testing::CanCountAllocations()) {
+    GTEST_SKIP() << "needs the address sanitizer";
+  }
+  zem::platform::simulated::Reset();
+  zem::platform::simulated::TheSystem().recordDebuggerLines = false;
+  SilentCamera camera;
+  void* handle = nullptr;
+  ASSERT_EQ(ZEMAPI_OpenDeviceBySourceFilter(&camera, &handle), 0);
+  unsigned char bytes[16] = {};
+  char chars[8] = {};
+  unsigned short word = 0;
+  ZemULong moved = 0;
+  const std::vector<std::function<ZemResult()>> commands = {
+      [&] { return ZEMAPI_UvcExtSet(handle, &zem::VendorXu, 1, bytes, 8, &moved); },
+      [&] { return ZEMAPI_UvcExtGet(handle, &zem::VendorXu, 1, bytes, 8, &moved); },
+      [&] { return ZEMAPI_ZemExtSet(handle, 1, bytes, 8, &moved); },
+      [&] { return ZEMAPI_ZemExtGet(handle, 1, bytes, 8, &moved); },
+      [&] { return ZEMAPI_UvcCheckXuGuid(handle, &zem::VendorXu); },
+      [&] { return ZEMAPI_SetRegister(handle, 1, 2); },
+      [&] { return ZEMAPI_GetRegister(handle, 1, &word); },
+      [&] { return ZEMAPI_SetSensorRegister(handle, 1, 2); },
+      [&] { return ZEMAPI_GetSensorRegister(handle, 1, bytes); },
+      [&] { return ZEMAPI_SetSensorRegisterW(handle, 1, 2); },
+      [&] { return ZEMAPI_GetSensorRegisterW(handle, 1, &word); },
+      [&] { return ZEMAPI_SetVCMRegister(handle, 1, 2); },
+      [&] { return ZEMAPI_GetVCMRegister(handle, 1, &word); },
+      [&] { return ZEMAPI_SetLensPos(handle, 1); },
+      [&] { return ZEMAPI_GetFWVersion(handle, bytes); },
+      [&] { return ZEMAPI_GetFWVersion(handle, chars); },
+      [&] { return ZEMAPI_GetCheckSumResult(handle); },
+      [&] { return ZEMAPI_ReadCodecReg(handle, 1, bytes); },
+      [&] { return ZEMAPI_WriteCodecReg(handle, 1, 2); },
+      [&] { return ZEMAPI_IspCommand(handle, bytes, bytes); },
+      [&] { return ZEMAPI_VcpCommand(handle, bytes, bytes); },
+      [&] { return ZEMAPI_IspCommandEx(handle, bytes, bytes); },
+      [&] { return ZEMAPI_VcpCommandEx(handle, bytes, bytes); },
+      [&] { return ZEMAPI_GetDeviceInfo(handle, bytes); },
+  };
+  for (std::size_t index = 0; index < commands.size(); ++index) {
+    const std::uint64_t before = AllocationCount();
+    const ZemResult result = commands[index]();
+    const std::uint64_t made = AllocationCount() - before;
+    EXPECT_EQ(result, 0) << index;
+    EXPECT_EQ(made, 0U) << index;
+  }
+  ZEMAPI_CloseDevice(&handle);
+  EXPECT_EQ(camera.references, 1);
+}
+
+}  // namespace

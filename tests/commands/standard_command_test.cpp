@@ -1,0 +1,168 @@
+// The rule by which most commands are judged, for each of its exports; the export line's checks.
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/support/device_test.h"
+
+namespace {
+
+using zem::testing::DeviceTest;
+using zem::testing::Lines;
+using zem::testing::SetLine;
+using zem::testing::WideLines;
+
+// What a getter writes to, with a pattern that shows whether it was touched.
+struct Outputs {
+  unsigned short word = 0x5AA5;
+  unsigned char byte = 0x5A;
+  unsigned char bytes[8] = {0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A};
+  char chars[8] = {'Z', 'Z', 'Z', 'Z', 'Z', 'Z', 'Z', 'Z'};
+
+  // What the command wrote, if it wrote anything, is all zeros.
+  bool UntouchedOrZero() const {
+    const auto zero = [](unsigned char value) { return value == 0; };
+    return (word == 0x5AA5 || word == 0) && (byte == 0x5A || byte == 0) &&
+           (bytes[0] == 0x5A || std::all_of(bytes, bytes + 6, zero)) &&
+           (chars[0] == 'Z' || std::all_of(chars, chars + 8, zero));
+  }
+
+  bool Untouched() const {
+    const Outputs fresh;
+    return word == fresh.word && byte == fresh.byte && std::equal(bytes, bytes + 8, fresh.bytes) &&
+           std::equal(chars, chars + 8, fresh.chars);
+  }
+};
+
+struct Command {
+  const char* name;
+  std::uint16_t replySelector;
+  ZemResult refusal;  // result for status 5
+  bool hasOutput;
+  std::function<ZemResult(void* handle, Outputs& outputs)> run;
+};
+
+void PrintTo(const Command& command, std::ostream* out) { *out << command.name; }
+
+const std::vector<Command> kCommands = {
+    {"SetRegister", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_SetRegister(handle, 1, 2); }},
+    {"GetRegister", 2, ZEM_E_DEVICE_REFUSED, true,
+     [](void* handle, Outputs& out) { return ZEMAPI_GetRegister(handle, 1, &out.word); }},
+    {"SetSensorRegister", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_SetSensorRegister(handle, 1, 2); }},
+    {"GetSensorRegister", 2, ZEM_E_DEVICE_REFUSED, true,
+     [](void* handle, Outputs& out) { return ZEMAPI_GetSensorRegister(handle, 1, &out.byte); }},
+    {"SetSensorRegisterW", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_SetSensorRegisterW(handle, 1, 2); }},
+    {"GetSensorRegisterW", 2, ZEM_E_DEVICE_REFUSED, true,
+     [](void* handle, Outputs& out) { return ZEMAPI_GetSensorRegisterW(handle, 1, &out.word); }},
+    {"SetVCMRegister", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_SetVCMRegister(handle, 1, 2); }},
+    {"GetVCMRegister", 2, ZEM_E_DEVICE_REFUSED, true,
+     [](void* handle, Outputs& out) { return ZEMAPI_GetVCMRegister(handle, 1, &out.word); }},
+    {"SetLensPos", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_SetLensPos(handle, 1); }},
+    {"GetFWVersion", 2, ZEM_E_DEVICE_REFUSED, true,
+     [](void* handle, Outputs& out) { return ZEMAPI_GetFWVersion(handle, out.bytes); }},
+    {"GetFWVersionReply", 2, ZEM_E_REFUSED, true,
+     [](void* handle, Outputs& out) { return ZEMAPI_GetFWVersion(handle, out.chars); }},
+    {"GetCheckSumResult", 5, ZEM_E_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_GetCheckSumResult(handle); }},
+};
+
+class StandardCommandTest : public DeviceTest, public ::testing::WithParamInterface<Command> {
+ protected:
+  ZemResult Run(void* onHandle) { return GetParam().run(onHandle, outputs); }
+
+  Outputs outputs;
+};
+
+TEST_P(StandardCommandTest, StatusZeroIsSuccess) {
+  EXPECT_EQ(Run(handle()), 0);
+  EXPECT_EQ(TakeWire().size(), 2U);
+  EXPECT_EQ(TakeDebuggerLines(), WideLines{SetLine(0, 8)});
+}
+
+TEST_P(StandardCommandTest, NullHandleSendsNothing) {
+  EXPECT_EQ(Run(nullptr), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(TakeWire(), Lines());
+  EXPECT_EQ(system().comInitializations, 0);
+  EXPECT_TRUE(outputs.Untouched());
+}
+
+TEST_P(StandardCommandTest, FailedWriteReadsNoReply) {
+  handle();
+  FailTransfer(1);
+  EXPECT_EQ(Run(handle()), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(TakeWire().size(), 1U);
+  EXPECT_EQ(TakeDebuggerLines(), WideLines{SetLine(zem::testing::kFailedTransfer, 8)});
+  EXPECT_TRUE(outputs.Untouched());
+}
+
+TEST_P(StandardCommandTest, FailedReadLooksLikeSuccess) {
+  handle();
+  FailTransfer(2);
+  EXPECT_EQ(Run(handle()), 0);
+  EXPECT_EQ(outputs.Untouched(), !GetParam().hasOutput);
+  EXPECT_TRUE(outputs.UntouchedOrZero());
+}
+
+TEST_P(StandardCommandTest, ShortReadIsFilledUpWithZeros) {
+  vendor().Answer(GetParam().replySelector, {0x00, 0x01, 0x02});
+  EXPECT_EQ(Run(handle()), 0);
+}
+
+TEST_P(StandardCommandTest, AnyOtherStatusIsARefusalAndLeavesTheOutputs) {
+  constexpr std::uint8_t kRefusals[] = {1, 5, 0x7F, 0xFF};
+  for (const std::uint8_t status : kRefusals) {
+    SCOPED_TRACE(static_cast<int>(status));
+    vendor().Answer(GetParam().replySelector, {status, 1, 2, 3, 4, 5, 6, 7});
+    EXPECT_EQ(Run(handle()), GetParam().refusal);
+    EXPECT_TRUE(outputs.Untouched());
+  }
+}
+
+TEST_P(StandardCommandTest, UnpluggedCamera) {
+  handle();
+  camera().Unplug();
+  EXPECT_EQ(Run(handle()), ZEM_E_NO_DEVICE);
+}
+
+INSTANTIATE_TEST_SUITE_P(Exports, StandardCommandTest, ::testing::ValuesIn(kCommands),
+                         [](const auto& parameters) { return parameters.param.name; });
+
+using NullOutputTest = DeviceTest;
+
+TEST_F(NullOutputTest, NullPointersAreRefusedBehindTheHandleAndNothingIsSent) {
+  unsigned char block[16] = {};
+  const std::vector<std::function<ZemResult(void*)>> calls = {
+      [](void* camera) { return ZEMAPI_GetRegister(camera, 1, nullptr); },
+      [](void* camera) { return ZEMAPI_GetSensorRegister(camera, 1, nullptr); },
+      [](void* camera) { return ZEMAPI_GetSensorRegisterW(camera, 1, nullptr); },
+      [](void* camera) { return ZEMAPI_GetVCMRegister(camera, 1, nullptr); },
+      [](void* camera) { return ZEMAPI_GetFWVersion(camera, static_cast<char*>(nullptr)); },
+      [](void* camera) {
+        return ZEMAPI_GetFWVersion(camera, static_cast<unsigned char*>(nullptr));
+      },
+      [](void* camera) { return ZEMAPI_ReadCodecReg(camera, 1, nullptr); },
+      [](void* camera) { return ZEMAPI_GetDeviceInfo(camera, nullptr); },
+      [&](void* camera) { return ZEMAPI_IspCommand(camera, nullptr, block); },
+      [&](void* camera) { return ZEMAPI_IspCommand(camera, block, nullptr); },
+      [&](void* camera) { return ZEMAPI_VcpCommand(camera, nullptr, block); },
+      [&](void* camera) { return ZEMAPI_VcpCommand(camera, block, nullptr); },
+      [&](void* camera) { return ZEMAPI_IspCommandEx(camera, nullptr, block); },
+      [&](void* camera) { return ZEMAPI_IspCommandEx(camera, block, nullptr); },
+      [&](void* camera) { return ZEMAPI_VcpCommandEx(camera, nullptr, block); },
+      [&](void* camera) { return ZEMAPI_VcpCommandEx(camera, block, nullptr); },
+  };
+  for (std::size_t index = 0; index < calls.size(); ++index) {
+    SCOPED_TRACE(index);
+    EXPECT_EQ(calls[index](handle()), ZEM_E_REFUSED);
+    EXPECT_EQ(calls[index](nullptr), ZEM_E_NO_DEVICE);
+  }
+  EXPECT_EQ(TakeWire(), Lines());
+}
+
+}  // namespace

@@ -1,0 +1,40 @@
+#include "tests/support/allocation_count.h"
+
+#include <atomic>
+#include <cstddef>
+
+#ifdef __SANITIZE_ADDRESS__
+// The sanitizer's own hook; GCC ships the function without the header that declares it.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(
+    void (*onMalloc)(const volatile void* memory, std::size_t size),
+    void (*onFree)(const volatile void* memory));
+#endif
+
+namespace zem::testing {
+
+#ifdef __SANITIZE_ADDRESS__
+
+namespace {
+
+std::atomic<std::uint64_t> allocations = 0;
+
+void CountOne(const volatile void* /*memory*/, std::size_t /*size*/) { ++allocations; }
+void Ignore(const volatile void* /*memory*/) {}
+
+const bool installed = __sanitizer_install_malloc_and_free_hooks(CountOne, Ignore) != 0;
+
+}  // namespace
+
+bool CanCountAllocations() { return installed; }
+
+std::uint64_t AllocationCount() { return allocations; }
+
+#else
+
+bool CanCountAllocations() { return false; }
+
+std::uint64_t AllocationCount() { return 0; }
+
+#endif
+
+}  // namespace zem::testing

@@ -1,0 +1,14 @@
+// How many times the process asked for heap memory.
+#pragma once
+
+#include <cstdint>
+
+namespace zem::testing {
+
+// True where the build can count: with the address sanitizer, which sees every allocation.
+bool CanCountAllocations();
+
+// Allocations since the process began.
+std::uint64_t AllocationCount();
+
+}  // namespace zem::testing
