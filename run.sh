@@ -15,6 +15,6 @@ zemctl() {
 
 zemctl list
 zemctl info
-zemctl reg get isp 0x123456
+zemctl reg get isp 0
 zemctl reg set isp 0x123456 0xABCD
 zemctl command isp 0b

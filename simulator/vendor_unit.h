@@ -11,9 +11,10 @@
 
 namespace zem::simulator {
 
-// What the vendor unit's commands read and change. A register that was never written reads 0.
+// What the vendor unit's commands read and change. A register that was never written reads 0, but
+// for the processor's first one, which names the chip series.
 struct VendorState {
-  std::map<std::uint32_t, std::uint16_t> processorRegisters;  // by 24-bit address
+  std::map<std::uint32_t, std::uint16_t> processorRegisters = {{0, 0x5170}};  // by 24-bit address
   std::map<std::uint32_t, std::uint16_t> sensorRegisters;
   std::map<std::uint32_t, std::uint16_t> lensRegisters;
   std::map<std::uint16_t, std::uint8_t> codecRegisters;

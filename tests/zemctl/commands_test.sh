@@ -7,6 +7,7 @@ expect 3 'no camera matches (ZEM_E_FAIL, 0x80004005)' reg get isp 0
 expect 0 'ZEM Simulated Camera' $sim list
 expect 0 'firmware version:   01 02 03 04 05 06' $sim info
 expect 0 '"firmware version": "01 02 03 04 05 06"' $sim --json info
+expect 0 'value:   0x5170' $sim reg get isp 0
 expect 0 'value:   0x0000' $sim reg get isp 0x123456
 expect 0 'written: yes' $sim reg set isp 0x123456 0xABCD
 expect 0 'value:   0xEF' $sim reg set sensor 0x10 0xEF
