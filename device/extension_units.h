@@ -1,5 +1,5 @@
-// The camera's extension units (what each is for stands in include/ZemUVCExtApi.h) and the selectors
-// of their controls.
+// The camera's extension units (what each is for stands in include/ZemUVCExtApi.h) and the
+// selectors of their controls.
 #pragma once
 
 #include <cstdint>
