@@ -109,6 +109,25 @@ TEST_P(StandardCommandTest, FailedReadLooksLikeSuccess) {
   EXPECT_TRUE(outputs.UntouchedOrZero());
 }
 
+// A command is thirteen calls on the platform for the write and as many for the read.
+TEST_P(StandardCommandTest, FailureOfEachPlatformCall) {
+  handle();
+  for (std::size_t index = 0; index < 26; ++index) {
+    SCOPED_TRACE(index);
+    gate.calls.clear();
+    gate.RefuseCall(index);
+    const int before = system().comInitializations;
+    const ZemResult result = Run(handle());
+    // Node types and the information of the node before the unit do not matter.
+    const std::size_t call = index % 13;
+    const bool reached = call == 2 || call == 4 || call == 5 || call == 6;
+    const bool written = index >= 13 || reached;
+    EXPECT_EQ(result, written ? 0 : ZEM_E_NO_DEVICE);
+    EXPECT_EQ(system().comInitializations - before, written ? 1 : 0) << "the read's";
+    EXPECT_EQ(zem::simulator::liveComObjects, 1) << "the handle's filter";
+  }
+}
+
 TEST_P(StandardCommandTest, ShortReadIsFilledUpWithZeros) {
   vendor().Answer(GetParam().replySelector, {0x00, 0x01, 0x02});
   EXPECT_EQ(Run(handle()), 0);

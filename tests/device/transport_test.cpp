@@ -202,6 +202,27 @@ TEST_F(TransportTest, FailureOfEachPlatformCallOfAWrite) {
   }
 }
 
+TEST_F(TransportTest, FailureOfEachPlatformCallOfARead) {
+  handle();
+  vendor().AlwaysAnswer(2, {0x77});
+  const std::size_t calls = kNodeSearch.size() + kTransfer.size();
+  for (std::size_t index = 0; index < calls; ++index) {
+    SCOPED_TRACE(index);
+    gate.calls.clear();
+    gate.RefuseCall(index);
+    const int before = system().comInitializations;
+    unsigned char data[1] = {7};
+    const ZemResult result = ZEMAPI_ZemExtGet(handle(), 2, data, 1, nullptr);
+    const bool issued = index < 10;
+    const bool reached = index == 2 || index == 4 || index == 5 || index == 6;
+    EXPECT_EQ(result, reached ? 0 : issued ? kUnknownControl : RecordingGate::kRefusal);
+    EXPECT_EQ(data[0], reached ? 0x77 : 7);
+    EXPECT_EQ(system().comInitializations - before, 1) << "whatever becomes of the read";
+    EXPECT_EQ(TakeDebuggerLines(), WideLines());
+    EXPECT_EQ(zem::simulator::liveComObjects, 1) << "the handle's filter";
+  }
+}
+
 // Takes down the request that reaches the node.
 class RequestCamera : public zem::testing::BareCamera {
  public:
