@@ -59,6 +59,8 @@ template Exchange<CommandBlock> SendCommand(const Channel<CommandBlock>&, const 
                                             IBaseFilter*);
 template HRESULT StandardResult(const Exchange<CommandBlock>&);
 
+template HRESULT WriteBlock(std::uint16_t, ExtendedBlock, IBaseFilter*);
+template HRESULT ReadBlock(std::uint16_t, ExtendedBlock&, IBaseFilter*);
 template Exchange<ExtendedBlock> SendCommand(const Channel<ExtendedBlock>&, const ExtendedBlock&,
                                              IBaseFilter*);
 template HRESULT StandardResult(const Exchange<ExtendedBlock>&);

@@ -10,6 +10,7 @@ namespace zem {
 namespace {
 
 constexpr CommandBlock kVersionCommand = {0x0B};
+constexpr CommandBlock kBuildDateCommand = {0x0C};
 constexpr CommandBlock kCheckSumCommand = {0x06};
 
 // Status by which the firmware says that its check sum is wrong.
@@ -34,6 +35,19 @@ HRESULT GetFWVersionReply(IBaseFilter* filter, char* version) {
   }
   // Deliberate: this form reports a refusal as kRefused, the other as kDeviceRefused.
   return result == kDeviceRefused ? kRefused : result;
+}
+
+HRESULT GetFWBuildDate(IBaseFilter* filter, char* date) {
+  CommandBlock reply = {};
+  const HRESULT result = StandardCommand(kIspChannel, kBuildDateCommand, filter, &reply);
+  if (result == S_OK) {
+    // The device sends the characters of year, month and day; the century is the host's.
+    const auto at = [&reply](std::size_t index) { return static_cast<char>(reply[index]); };
+    const std::array<char, 12> text = {'2',   '0',   at(1), at(2), '.',   at(3),
+                                       at(4), at(5), '.',   at(6), at(7), '\0'};
+    std::copy(text.begin(), text.end(), date);
+  }
+  return result;
 }
 
 HRESULT GetCheckSumResult(IBaseFilter* filter) {

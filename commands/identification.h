@@ -16,6 +16,9 @@ HRESULT GetFWVersion(IBaseFilter* filter, std::uint8_t* version);
 // The whole 8-byte reply to the version command; kRefused when the device refuses.
 HRESULT GetFWVersionReply(IBaseFilter* filter, char* version);
 
+// The day the firmware was built, such as "2021.Dec.15": eleven characters and a zero byte.
+HRESULT GetFWBuildDate(IBaseFilter* filter, char* date);
+
 HRESULT GetCheckSumResult(IBaseFilter* filter);
 
 // Eight bytes.

@@ -15,4 +15,9 @@ HRESULT VcpCommand(IBaseFilter* filter, const std::uint8_t* command, std::uint8_
 HRESULT IspCommandEx(IBaseFilter* filter, const std::uint8_t* command, std::uint8_t* reply);
 HRESULT VcpCommandEx(IBaseFilter* filter, const std::uint8_t* command, std::uint8_t* reply);
 
+// The 8-byte channels by the standard rule: kNoDevice, kDeviceRefused or 0. `reply` gets the whole
+// reply, also when the device refused; a null reply of the VCP form means that none is read.
+HRESULT StandardIspCommand(IBaseFilter* filter, const std::uint8_t* command, std::uint8_t* reply);
+HRESULT StandardVcpCommand(IBaseFilter* filter, const std::uint8_t* command, std::uint8_t* reply);
+
 }  // namespace zem

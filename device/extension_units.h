@@ -22,11 +22,16 @@ namespace vendor_selector {
 
 inline constexpr std::uint16_t kIspCommand = 1;
 inline constexpr std::uint16_t kIspReply = 2;
+inline constexpr std::uint16_t kBulkData = 3;
 inline constexpr std::uint16_t kVcpCommand = 4;
 inline constexpr std::uint16_t kVcpReply = 5;
 inline constexpr std::uint16_t kIspExtendedCommand = 6;
 inline constexpr std::uint16_t kIspExtendedReply = 7;
+inline constexpr std::uint16_t kMemoryRead = 8;  // and flash read-back in long chunks
+inline constexpr std::uint16_t kMemoryWrite = 9;
 inline constexpr std::uint16_t kDeviceInfo = 10;
+inline constexpr std::uint16_t kSlowFlashRead = 11;
+inline constexpr std::uint16_t kFastBulkData = 13;
 inline constexpr std::uint16_t kVcpExtendedCommand = 14;
 inline constexpr std::uint16_t kVcpExtendedReply = 15;
 

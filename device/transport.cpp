@@ -1,11 +1,10 @@
 #include "device/transport.h"
 
-#include <array>
-
 #include "device/discovery.h"
 #include "device/property_request.h"
 #include "device/topology.h"
 #include "platform/com_ptr.h"
+#include "platform/debugger_line.h"
 #include "platform/platform.h"
 
 namespace zem {
@@ -23,9 +22,7 @@ HRESULT OpenNodeControl(IBaseFilter* device, std::uint32_t node, ComPtr<IKsContr
 }
 
 void ReportWrite(std::uint32_t node, HRESULT result, ULONG length) {
-  std::array<wchar_t, 100> line = {};
-  platform::FormatWide(line, L"[EXT_Set]Node ID = %d, hr = %X, Len:%d\r\n", node, result, length);
-  platform::DebuggerOutput(line.data());
+  platform::DebuggerLine<100>(L"[EXT_Set]Node ID = %d, hr = %X, Len:%d\r\n", node, result, length);
 }
 
 HRESULT Transfer(Direction direction, const GUID& unit, std::uint16_t selector, void* data,

@@ -9,13 +9,10 @@
 
 namespace zem {
 
-// Runs `operation(filter, arguments...)` on the handle's device. A null handle gives kNoDevice, and
-// then a null pointer among the arguments kRefused; either way nothing is sent.
+// Runs `operation(filter, arguments...)`, unless a null pointer among the arguments makes it
+// kRefused.
 template <class Operation, class... Arguments>
-ZemResult OnDevice(void* handle, Operation operation, Arguments... arguments) {
-  if (handle == nullptr) {
-    return kNoDevice;
-  }
+ZemResult OnFilter(IBaseFilter* filter, Operation operation, Arguments... arguments) {
   [[maybe_unused]] const auto isNull = [](auto argument) {
     if constexpr (std::is_pointer_v<decltype(argument)>) {
       return argument == nullptr;
@@ -26,7 +23,24 @@ ZemResult OnDevice(void* handle, Operation operation, Arguments... arguments) {
   if ((isNull(arguments) || ...)) {
     return kRefused;
   }
-  return operation(static_cast<DeviceHandle*>(handle)->filter, arguments...);
+  return operation(filter, arguments...);
+}
+
+// Runs `operation(filter, arguments...)` on the handle's device. A null handle gives kNoDevice, and
+// then a null pointer among the arguments kRefused; either way nothing is sent.
+template <class Operation, class... Arguments>
+ZemResult OnDevice(void* handle, Operation operation, Arguments... arguments) {
+  if (handle == nullptr) {
+    return kNoDevice;
+  }
+  return OnFilter(static_cast<DeviceHandle*>(handle)->filter, operation, arguments...);
+}
+
+// The same for the calls without a handle: each access to a control opens the default camera and
+// releases it again.
+template <class Operation, class... Arguments>
+ZemResult OnDefaultCamera(Operation operation, Arguments... arguments) {
+  return OnFilter(nullptr, operation, arguments...);
 }
 
 }  // namespace zem

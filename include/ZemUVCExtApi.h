@@ -51,6 +51,15 @@ typedef struct _GUID {
 } GUID;
 #endif
 
+/**
+ * A function of the caller's that is told how far a transfer has come. It is called on the thread
+ * that runs the transfer.
+ *
+ * @param progress a percentage, unless the function that takes the callback says otherwise
+ * @param user     the caller's own value, passed through unchanged
+ */
+typedef void (*ProgressCallback)(uint32_t progress, uint64_t user);
+
 /** DirectShow's filter interface, used here as a pointer only. */
 #ifdef __cplusplus
 struct IBaseFilter;
@@ -404,11 +413,167 @@ ZEM_API ZemResult ZEMAPI_GetDeviceInfo(void* handle, unsigned char* info);
 
 /* ---------------------------------------------------------------------------------------------
  * Bulk data
+ *
+ * Data moves in chunks, each one transfer, over the widest control that the camera offers. A
+ * callback may be null; `user` is passed to it unchanged. Where a function says so, it takes and
+ * dispatches the calling thread's window messages between the steps: a window of the caller stays
+ * alive, and its procedure must not start another transfer on the same camera.
+ *
+ * `data` may be null when the length is 0.
  * ------------------------------------------------------------------------------------------- */
+
+/**
+ * Announces data and sends it over the low-speed control, 32 bytes a transfer.
+ *
+ * A chunk that fails is sent again up to five times, 5 ms apart, and then straight from `data`: a
+ * short last chunk is then followed by the bytes behind it, so `data` should be readable up to the
+ * next multiple of 32. When all of this fails, the rest is left out and the result is still 0; the
+ * debugger channel has the only trace of it. Messages are dispatched after each call of the
+ * callback and at the end.
+ *
+ * @param handle   device handle
+ * @param data     `length` bytes
+ * @param length   bytes to send; only its low 16 bits are announced
+ * @param callback called after each chunk with (bytes left) * 100 / (length of this chunk), in 32
+ *                 bits: not a percentage, and kept because callers depend on it
+ * @param user     passed to the callback
+ * @param param2   byte 2 of the announce, the camera's to interpret
+ * @param param3   byte 3 of the announce
+ * @return 0; ZEM_E_NO_DEVICE when the handle is null or the announce fails; ZEM_E_REFUSED for null
+ *         data
+ */
+ZEM_API ZemResult ZEMAPI_SendData(void* handle, const uint8_t* data, uint32_t length,
+                                  ProgressCallback callback, uint64_t user, uint8_t param2,
+                                  uint8_t param3);
+
+/**
+ * Sends data that the caller has announced, over the fastest control, 512 or 32 bytes a transfer,
+ * the last chunk padded with zeros. There is no retry. Messages are dispatched after each call of
+ * the callback and at the end.
+ *
+ * @param handle   device handle
+ * @param data     `length` bytes
+ * @param length   bytes to send
+ * @param callback called after each chunk with the percentage still to send
+ * @param user     passed to the callback
+ * @return 0; ZEM_E_NO_DEVICE when the handle is null or a chunk fails; ZEM_E_REFUSED for null data
+ */
+ZEM_API ZemResult ZEMAPI_WriteFWData(void* handle, const uint8_t* data, uint32_t length,
+                                     ProgressCallback callback, uint64_t user);
+
+/**
+ * Reads all the data that the camera has ready. A chunk that cannot be read counts as zeros. No
+ * message is dispatched.
+ *
+ * @param handle     device handle
+ * @param buffer     receives the data; its front is overwritten also when the function fails
+ * @param bufferSize bytes in `buffer`
+ * @param outLength  receives the length of the data; untouched when it does not fit
+ * @param callback   called before each chunk with the percentage still to read
+ * @param user       passed to the callback
+ * @return 0; ZEM_E_NO_DEVICE for a null handle; ZEM_E_DEVICE_REFUSED when the camera does not say
+ *         how much it moves at once or does not take the order; ZEM_E_BUFFER_TOO_SMALL when it has
+ *         more than `bufferSize` bytes
+ */
+ZEM_API ZemResult ZEMAPI_ReadFWData(void* handle, uint8_t* buffer, uint32_t bufferSize,
+                                    uint32_t* outLength, ProgressCallback callback, uint64_t user);
+
+/**
+ * Reads a piece of the camera's flash, 512 or 32 bytes a transfer. A chunk that fails is read again
+ * up to five times, 5 ms apart. No message is dispatched.
+ *
+ * @param handle   device handle
+ * @param address  where to begin in the flash
+ * @param size     bytes to read; only its low 16 bits are announced. From 0x80000000 on nothing is
+ *                 read
+ * @param buffer   receives `size` bytes
+ * @param outSize  receives `size`; untouched on failure
+ * @param callback called before each chunk with the percentage done
+ * @param user     passed to the callback
+ * @return 0; ZEM_E_NO_DEVICE for a null handle; ZEM_E_DEVICE_REFUSED when the announce fails; or
+ * the platform's failure of the chunk that could not be read
+ */
+ZEM_API ZemResult ZEMAPI_ReadPartialFlashData(void* handle, uint32_t address, uint32_t size,
+                                              uint8_t* buffer, uint32_t* outSize,
+                                              ProgressCallback callback, uint64_t user);
 
 /* ---------------------------------------------------------------------------------------------
  * Firmware update
+ *
+ * Each announces an image, sends it as ZEMAPI_WriteFWData does (whose progress values the callback
+ * gets), orders the camera to burn it and waits for the end. Unless a function says otherwise, the
+ * callback may be null; the camera is asked every 30 ms whether it is done, the caller's messages
+ * are dispatched each time, a burn that is done at once is given one more second, and one that has
+ * neither ended nor failed after ten minutes is given up.
+ *
+ * Results: 0; ZEM_E_NO_DEVICE when the handle is null or the announce or the burn order cannot be
+ * sent; ZEM_E_DEVICE_REFUSED when the camera is not idle, reports that the burn failed, or does not
+ * come to an end; ZEM_E_REFUSED for a null image (unless its length is 0), before anything is sent.
+ *
+ * Only ZEMAPI_UpdateFW_516x stops when the image cannot be sent. The others order the burn all the
+ * same: what a camera does with half an image is its firmware's business.
  * ------------------------------------------------------------------------------------------- */
+
+/**
+ * Updates the firmware of a 516x camera.
+ *
+ * @param handle   device handle
+ * @param image    `length` bytes
+ * @param length   announced as the next multiple of 512; above 0xFFFFFE00 there is none, and the
+ *                 result is ZEM_E_REFUSED
+ * @param callback as ZEMAPI_WriteFWData
+ * @param user     passed to the callback
+ * @param param    byte 3 of the burn order, the camera's to interpret
+ * @return as above; ZEM_E_NO_DEVICE also when the image cannot be sent
+ */
+ZEM_API ZemResult ZEMAPI_UpdateFW_516x(void* handle, const uint8_t* image, uint32_t length,
+                                       ProgressCallback callback, uint64_t user, uint8_t param);
+
+/**
+ * Updates the firmware of a 517x camera, whose serial flash is unprotected first.
+ *
+ * The end is not polled for: the function waits five seconds, counting down in the callback, and
+ * looks once. No message is dispatched meanwhile. A camera that is still busy then has failed.
+ *
+ * @param handle   device handle
+ * @param image    `length` bytes
+ * @param length   bytes to send
+ * @param callback as ZEMAPI_WriteFWData, then called with 10, 9, ... 1, half a second apart.
+ * Needed: null gives ZEM_E_REFUSED, and nothing is sent
+ * @param user     passed to the callback
+ * @return as above
+ */
+ZEM_API ZemResult ZEMAPI_UpdateFW_517x(void* handle, const uint8_t* image, uint32_t length,
+                                       ProgressCallback callback, uint64_t user);
+
+/**
+ * Writes an area of the flash that the caller chooses.
+ *
+ * @param handle   device handle
+ * @param data     `length` bytes
+ * @param length   bytes to send; only its low 16 bits are announced
+ * @param callback as ZEMAPI_WriteFWData
+ * @param user     passed to the callback
+ * @param param2   byte 2 of announce and burn order; the camera's firmware defines the areas
+ * @param param3   byte 3 of announce and burn order
+ * @return as above
+ */
+ZEM_API ZemResult ZEMAPI_UpdateFlash(void* handle, const uint8_t* data, uint32_t length,
+                                     ProgressCallback callback, uint64_t user, uint8_t param2,
+                                     uint8_t param3);
+
+/**
+ * Writes the calibration data.
+ *
+ * @param handle   device handle
+ * @param data     `length` bytes
+ * @param length   bytes to send; not announced
+ * @param callback as ZEMAPI_WriteFWData
+ * @param user     passed to the callback
+ * @return as above
+ */
+ZEM_API ZemResult ZEMAPI_UpdateCaliData(void* handle, const uint8_t* data, uint32_t length,
+                                        ProgressCallback callback, uint64_t user);
 
 /* ---------------------------------------------------------------------------------------------
  * Non-volatile memory and tables
@@ -416,7 +581,186 @@ ZEM_API ZemResult ZEMAPI_GetDeviceInfo(void* handle, unsigned char* info);
 
 /* ---------------------------------------------------------------------------------------------
  * Calls without a handle
+ *
+ * These act on the default camera, the first with the ids of the settings file. Each access to a
+ * control finds and opens the camera and releases it again, so a command opens it twice, once for
+ * itself and once for the reply; nothing is kept between calls. COM stays initialised on the
+ * calling thread, once for each opening.
+ *
+ * Unless a function says otherwise: 0 when the camera accepted the command; ZEM_E_NO_DEVICE when
+ * there is no camera or the command could not be written; ZEM_E_DEVICE_REFUSED when it answered
+ * with a status other than 0, and then no output is written; ZEM_E_REFUSED for a null pointer,
+ * before anything is sent. A reply that cannot be read looks like one of zeros.
  * ------------------------------------------------------------------------------------------- */
+
+/** Starts auto focus; the value is the camera's to interpret. */
+ZEM_API ZemResult ZEMUVCEXT_DoAF(uint16_t value);
+
+/** Sets the frame rate in frames per second. */
+ZEM_API ZemResult ZEMUVCEXT_SetFps(uint16_t fps);
+
+/** Sets the size of the picture in pixels, in steps of 8; what is sent of width / 8 and height / 8
+ * is the low byte. */
+ZEM_API ZemResult ZEMUVCEXT_SetResolution(uint32_t width, uint32_t height);
+
+/** Asks for a key frame. */
+ZEM_API ZemResult ZEMUVCEXT_SetIFrame(void);
+
+/** Sets the compression quality. */
+ZEM_API ZemResult ZEMUVCEXT_SetVideoQuality(uint8_t quality);
+
+/** Sets the bit rate, in the camera's own units. */
+ZEM_API ZemResult ZEMUVCEXT_SetBitRate(uint16_t rate);
+
+/** Sets the flicker compensation. */
+ZEM_API ZemResult ZEMUVCEXT_SetFlickMode(uint8_t mode);
+
+/** Reads the low byte of a processor register at a 16-bit address. */
+ZEM_API ZemResult ZEMUVCEXT_GetRegister(uint16_t address, uint8_t* value);
+
+/** Writes one byte to a processor register at a 16-bit address. */
+ZEM_API ZemResult ZEMUVCEXT_SetRegister(uint16_t address, uint8_t value);
+
+/** Reads one byte from an image-sensor register. */
+ZEM_API ZemResult ZEMUVCEXT_GetSensorRegister(uint16_t address, uint8_t* value);
+
+/** Reads two bytes from an image-sensor register. */
+ZEM_API ZemResult ZEMUVCEXT_GetSensorRegisterW(uint16_t address, uint16_t* value);
+
+/** Writes one byte to an image-sensor register. */
+ZEM_API ZemResult ZEMUVCEXT_SetSensorRegister(uint16_t address, uint8_t value);
+
+/** Writes two bytes to an image-sensor register. */
+ZEM_API ZemResult ZEMUVCEXT_SetSensorRegisterW(uint16_t address, uint16_t value);
+
+/**
+ * Reads the firmware version.
+ *
+ * @param version receives 6 bytes
+ */
+ZEM_API ZemResult ZEMUVCEXT_GetFWVersion(uint8_t* version);
+
+/**
+ * Reads the day the firmware was built, such as "2024.Mar.05". The century is always 20.
+ *
+ * @param text receives 12 bytes: eleven characters and a zero byte
+ */
+ZEM_API ZemResult ZEMUVCEXT_GetFWBuildDay(char* text);
+
+/** Sets the H.264 mode. */
+ZEM_API ZemResult ZEMUVCEXT_SetH264Mode(uint8_t mode);
+
+/** Sets the wide dynamic range. */
+ZEM_API ZemResult ZEMUVCEXT_SetWDR(uint8_t value);
+
+/**
+ * Sends the caller's 8-byte block on the ISP channel.
+ *
+ * @param command 8 bytes
+ * @param reply   receives the whole 8-byte reply, also when the camera refused; untouched when the
+ *                block could not be written
+ */
+ZEM_API ZemResult ZEMUVCEXT_IspCommand(const uint8_t* command, uint8_t* reply);
+
+/** ZEMUVCEXT_IspCommand with blocks of 16 bytes on the extended ISP channel. */
+ZEM_API ZemResult ZEMUVCEXT_IspCommandEx(const uint8_t* command, uint8_t* reply);
+
+/**
+ * Sends the caller's 8-byte block on the VCP channel.
+ *
+ * @param command 8 bytes
+ * @param reply   as ZEMUVCEXT_IspCommand; null means that no reply is read, and the result is that
+ *                of the write
+ */
+ZEM_API ZemResult ZEMUVCEXT_VcpCommand(const uint8_t* command, uint8_t* reply);
+
+/**
+ * Reads the chip information.
+ *
+ * @param info receives 16 bytes; untouched on failure
+ * @return 0, or ZEM_E_NO_DEVICE when it cannot be read
+ */
+ZEM_API ZemResult ZEMUVCEXT_GetChipInfo(uint8_t* info);
+
+/**
+ * Writes to the processor's memory, 16 bytes an access, the last one padded with zeros.
+ *
+ * @param data   `length` bytes; may be null when the length is 0
+ * @param length bytes to write. 0 does nothing; a negative length writes 16 bytes of `data`
+ * @return 0; ZEM_E_REFUSED for null data; or any other result than 0 of an access, unchanged, with
+ *         the rest not sent
+ */
+ZEM_API ZemResult ZEMUVCEXT_IspCmdWriteMem(const uint8_t* data, int32_t length);
+
+/**
+ * Reads from the processor's memory, 16 bytes an access.
+ *
+ * @param buffer receives `length` bytes; may be null when the length is 0
+ * @param length bytes to read; 0 does nothing
+ * @return as ZEMUVCEXT_IspCmdWriteMem; the bytes of the accesses before stay in `buffer`
+ */
+ZEM_API ZemResult ZEMUVCEXT_IspCmdReadMem(uint8_t* buffer, uint32_t length);
+
+/**
+ * Sends data that the caller has announced, 64 or 32 bytes a transfer, on a camera that is opened
+ * once for all of it. There is no retry. Messages are dispatched after each call of the callback
+ * and at the end.
+ *
+ * @param data     `length` bytes, readable up to the next multiple of 64: a short last chunk is
+ * sent whole, with whatever follows in memory. May be null when the length is 0
+ * @param length   bytes to send; a negative length sends nothing
+ * @param callback called after each chunk with the percentage still to send; may be null
+ * @param user     passed to the callback
+ * @return 0; ZEM_E_NO_DEVICE when there is no camera or a chunk fails; ZEM_E_REFUSED for null data
+ */
+ZEM_API ZemResult ZEMUVCEXT_WriteFWData(const uint8_t* data, int32_t length,
+                                        ProgressCallback callback, uint64_t user);
+
+/** ZEMAPI_ReadFWData on the default camera; ZEM_E_NO_DEVICE when there is none. */
+ZEM_API ZemResult ZEMUVCEXT_ReadFWData(uint8_t* buffer, uint32_t bufferSize, uint32_t* outLength,
+                                       ProgressCallback callback, uint64_t user);
+
+/** ZEMUVCEXT_UpdateFW_with_progress without a callback. */
+ZEM_API ZemResult ZEMUVCEXT_UpdateFW(const uint8_t* image, uint32_t length);
+
+/**
+ * Updates the firmware as the handle-based procedures do, sending it as ZEMUVCEXT_WriteFWData does.
+ * A burn that is done at once is given eight more seconds. The callback is not called during the
+ * burn.
+ *
+ * @param image    `length` bytes, readable as ZEMUVCEXT_WriteFWData says
+ * @param length   bytes to send; from 0x80000000 on none are
+ * @param callback as ZEMUVCEXT_WriteFWData
+ * @param user     passed to the callback
+ * @return 0; ZEM_E_NO_DEVICE when there is no camera or the announce, the image or the burn order
+ *         cannot be sent; ZEM_E_DEVICE_REFUSED when the camera is not idle, reports that the burn
+ *         failed, or does not end within ten minutes; ZEM_E_REFUSED for a null image
+ */
+ZEM_API ZemResult ZEMUVCEXT_UpdateFW_with_progress(const uint8_t* image, uint32_t length,
+                                                   ProgressCallback callback, uint64_t user);
+
+/**
+ * ZEMUVCEXT_UpdateFW_with_progress for another kind of image (byte 3 of announce and burn order is
+ * 1), which orders the burn also when the image could not be sent, and gives a burn that is done at
+ * once one more second.
+ */
+ZEM_API ZemResult ZEMUVCEXT_UpdateFW_with_progressEx(const uint8_t* image, uint32_t length,
+                                                     ProgressCallback callback, uint64_t user);
+
+/**
+ * Updates the firmware as ZEMUVCEXT_UpdateFW_with_progressEx does, but does not poll: it waits ten
+ * seconds, without dispatching messages, and looks once. A camera that is still busy then has
+ * failed.
+ *
+ * @param image    `length` bytes, readable as ZEMUVCEXT_WriteFWData says
+ * @param length   bytes to send; from 0x80000000 on none are
+ * @param param    byte 2 of announce and burn order, the camera's to interpret
+ * @param callback as ZEMUVCEXT_WriteFWData
+ * @param user     passed to the callback
+ * @return as ZEMUVCEXT_UpdateFW_with_progress, but an image that cannot be sent is no failure
+ */
+ZEM_API ZemResult ZEMUVCEXT_UpdateFW_Vision(const uint8_t* image, uint32_t length, uint8_t param,
+                                            ProgressCallback callback, uint64_t user);
 
 /* ---------------------------------------------------------------------------------------------
  * ROM boot

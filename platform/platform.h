@@ -57,6 +57,13 @@ void Sleep(std::uint32_t milliseconds);
 // Milliseconds of a clock that never goes back and wraps at 32 bits.
 std::uint32_t MillisecondClock();
 
+// ---- Message queue ----
+
+// Takes and dispatches whatever is in the calling thread's message queue, so that a caller's
+// windows stay serviced; the caller may be re-entered through them. A quit message is taken and
+// ends the drain, with the rest left in the queue.
+void DrainMessageQueue();
+
 // ---- Text ----
 
 // Formats with the platform's wide formatter, in which %s is a wide string. The text is cut to the

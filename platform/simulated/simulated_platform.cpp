@@ -7,6 +7,7 @@
 #include <cstring>
 #include <cwchar>
 #include <string_view>
+#include <utility>
 
 #include "platform/portable/private_profile.h"
 
@@ -129,9 +130,31 @@ void Sleep(std::uint32_t milliseconds) {
   simulated::System& system = simulated::TheSystem();
   system.sleeps.push_back(milliseconds);
   system.clockMilliseconds += milliseconds;
+  if (system.onSleep) {
+    system.onSleep(milliseconds);
+  }
 }
 
 std::uint32_t MillisecondClock() { return simulated::TheSystem().clockMilliseconds; }
+
+void DrainMessageQueue() {
+  simulated::System& system = simulated::TheSystem();
+  ++system.queueDrains;
+  if (system.onDrain) {
+    system.onDrain();
+  }
+  while (!system.messages.empty()) {
+    const simulated::Message message = std::move(system.messages.front());
+    system.messages.pop_front();
+    if (message.isQuit) {
+      return;
+    }
+    ++system.dispatchedMessages;
+    if (message.handler) {
+      message.handler();
+    }
+  }
+}
 
 void FormatWide(std::span<wchar_t> buffer, const wchar_t* format, ...) {
   std::array<wchar_t, kFormatCapacity> translated;  // NOLINT(*-init-*): filled below

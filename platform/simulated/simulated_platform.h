@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <string>
@@ -11,6 +12,12 @@
 #include "platform/platform.h"
 
 namespace zem::platform::simulated {
+
+// One message in the thread's queue.
+struct Message {
+  std::function<void()> handler;  // the window procedure's work; may be missing
+  bool isQuit = false;
+};
 
 struct System {
   // Folder of the host executable. May be longer than a path buffer holds.
@@ -29,6 +36,13 @@ struct System {
   // The virtual clock, and every sleep that moved it.
   std::uint32_t clockMilliseconds = 0;
   std::vector<std::uint32_t> sleeps;
+  std::function<void(std::uint32_t milliseconds)> onSleep;
+
+  // The thread's message queue, how often it was drained, and the messages dispatched so far.
+  std::deque<Message> messages;
+  int queueDrains = 0;
+  int dispatchedMessages = 0;
+  std::function<void()> onDrain;  // called at the beginning of each drain
 
   // COM initialisations and uninitialisations of the thread.
   int comInitializations = 0;

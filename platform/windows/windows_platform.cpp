@@ -53,6 +53,15 @@ void Sleep(std::uint32_t milliseconds) { ::Sleep(milliseconds); }
 
 std::uint32_t MillisecondClock() { return timeGetTime(); }
 
+void DrainMessageQueue() {
+  MSG message = {};
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE) != 0 &&
+         GetMessageW(&message, nullptr, 0, 0) != 0) {
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+  }
+}
+
 void FormatWide(std::span<wchar_t> buffer, const wchar_t* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);

@@ -76,6 +76,46 @@ TEST(BinaryTest, ExportsExactlyTheInterface) {
       "ZEMAPI_IspCommandEx",
       "ZEMAPI_VcpCommandEx",
       "ZEMAPI_GetDeviceInfo",
+      // Bulk data
+      "ZEMAPI_SendData",
+      "ZEMAPI_WriteFWData",
+      "ZEMAPI_ReadFWData",
+      "ZEMAPI_ReadPartialFlashData",
+      // Firmware update
+      "ZEMAPI_UpdateFW_516x",
+      "ZEMAPI_UpdateFW_517x",
+      "ZEMAPI_UpdateFlash",
+      "ZEMAPI_UpdateCaliData",
+      // Calls without a handle
+      "ZEMUVCEXT_DoAF",
+      "ZEMUVCEXT_SetFps",
+      "ZEMUVCEXT_SetResolution",
+      "ZEMUVCEXT_SetIFrame",
+      "ZEMUVCEXT_SetVideoQuality",
+      "ZEMUVCEXT_SetBitRate",
+      "ZEMUVCEXT_SetFlickMode",
+      "ZEMUVCEXT_GetRegister",
+      "ZEMUVCEXT_SetRegister",
+      "ZEMUVCEXT_GetSensorRegister",
+      "ZEMUVCEXT_GetSensorRegisterW",
+      "ZEMUVCEXT_SetSensorRegister",
+      "ZEMUVCEXT_SetSensorRegisterW",
+      "ZEMUVCEXT_GetFWVersion",
+      "ZEMUVCEXT_GetFWBuildDay",
+      "ZEMUVCEXT_SetH264Mode",
+      "ZEMUVCEXT_SetWDR",
+      "ZEMUVCEXT_IspCommand",
+      "ZEMUVCEXT_IspCommandEx",
+      "ZEMUVCEXT_VcpCommand",
+      "ZEMUVCEXT_GetChipInfo",
+      "ZEMUVCEXT_IspCmdWriteMem",
+      "ZEMUVCEXT_IspCmdReadMem",
+      "ZEMUVCEXT_WriteFWData",
+      "ZEMUVCEXT_ReadFWData",
+      "ZEMUVCEXT_UpdateFW",
+      "ZEMUVCEXT_UpdateFW_with_progress",
+      "ZEMUVCEXT_UpdateFW_with_progressEx",
+      "ZEMUVCEXT_UpdateFW_Vision",
   };
   EXPECT_EQ(present, wanted);
   EXPECT_EQ(exports->NumberOfFunctions, wanted.size());
@@ -107,7 +147,8 @@ TEST(BinaryTest, ImportsThePlatformCallsByName) {
   for (const char* const wanted :
        {"CoInitialize", "CoUninitialize", "CoCreateInstance", "CoGetMalloc", "VariantInit",
         "VariantClear", "GetPrivateProfileIntW", "GetModuleFileNameW", "PathRemoveFileSpecW",
-        "OutputDebugStringW"}) {
+        "OutputDebugStringW", "Sleep", "timeGetTime", "PeekMessageW", "GetMessageW",
+        "TranslateMessage", "DispatchMessageW"}) {
     EXPECT_TRUE(names.contains(wanted)) << wanted;
   }
 }

@@ -1,0 +1,130 @@
+// Calls without a handle.
+#include "commands/identification.h"
+#include "commands/raw_commands.h"
+#include "commands/registers.h"
+#include "exports/export_support.h"
+#include "transfer/stateless_commands.h"
+#include "transfer/stateless_transfer.h"
+
+namespace stateless = zem::stateless;
+
+using zem::Image;
+using zem::kProcessorRegisters;
+using zem::kRefused;
+using zem::kSensorRegisters;
+using zem::OnDefaultCamera;
+using zem::Progress;
+
+ZemResult ZEMUVCEXT_DoAF(uint16_t value) { return stateless::Send(stateless::DoAF(value)); }
+
+ZemResult ZEMUVCEXT_SetFps(uint16_t fps) { return stateless::Send(stateless::SetFps(fps)); }
+
+ZemResult ZEMUVCEXT_SetResolution(uint32_t width, uint32_t height) {
+  return stateless::Send(stateless::SetResolution(width, height));
+}
+
+ZemResult ZEMUVCEXT_SetIFrame(void) { return stateless::Send(stateless::SetIFrame()); }
+
+ZemResult ZEMUVCEXT_SetVideoQuality(uint8_t quality) {
+  return stateless::Send(stateless::SetVideoQuality(quality));
+}
+
+ZemResult ZEMUVCEXT_SetBitRate(uint16_t rate) {
+  return stateless::Send(stateless::SetBitRate(rate));
+}
+
+ZemResult ZEMUVCEXT_SetFlickMode(uint8_t mode) {
+  return stateless::Send(stateless::SetFlickMode(mode));
+}
+
+ZemResult ZEMUVCEXT_GetRegister(uint16_t address, uint8_t* value) {
+  return OnDefaultCamera(zem::ReadByteRegister, kProcessorRegisters, address, value);
+}
+
+ZemResult ZEMUVCEXT_SetRegister(uint16_t address, uint8_t value) {
+  return OnDefaultCamera(zem::WriteRegister, kProcessorRegisters, address, value);
+}
+
+ZemResult ZEMUVCEXT_GetSensorRegister(uint16_t address, uint8_t* value) {
+  return OnDefaultCamera(zem::ReadByteRegister, kSensorRegisters, address, value);
+}
+
+ZemResult ZEMUVCEXT_GetSensorRegisterW(uint16_t address, uint16_t* value) {
+  return OnDefaultCamera(zem::ReadRegister, kSensorRegisters, address, value);
+}
+
+ZemResult ZEMUVCEXT_SetSensorRegister(uint16_t address, uint8_t value) {
+  return OnDefaultCamera(zem::WriteRegister, kSensorRegisters, address, value);
+}
+
+ZemResult ZEMUVCEXT_SetSensorRegisterW(uint16_t address, uint16_t value) {
+  return OnDefaultCamera(zem::WriteRegister, kSensorRegisters, address, value);
+}
+
+ZemResult ZEMUVCEXT_GetFWVersion(uint8_t* version) {
+  return OnDefaultCamera(zem::GetFWVersion, version);
+}
+
+ZemResult ZEMUVCEXT_GetFWBuildDay(char* text) { return OnDefaultCamera(zem::GetFWBuildDate, text); }
+
+ZemResult ZEMUVCEXT_SetH264Mode(uint8_t mode) {
+  return stateless::Send(stateless::SetH264Mode(mode));
+}
+
+ZemResult ZEMUVCEXT_SetWDR(uint8_t value) { return stateless::Send(stateless::SetWDR(value)); }
+
+ZemResult ZEMUVCEXT_IspCommand(const uint8_t* command, uint8_t* reply) {
+  return OnDefaultCamera(zem::StandardIspCommand, command, reply);
+}
+
+ZemResult ZEMUVCEXT_IspCommandEx(const uint8_t* command, uint8_t* reply) {
+  return OnDefaultCamera(zem::IspCommandEx, command, reply);
+}
+
+ZemResult ZEMUVCEXT_VcpCommand(const uint8_t* command, uint8_t* reply) {
+  // The reply may be null, so OnDefaultCamera must not look at it.
+  return command != nullptr ? zem::StandardVcpCommand(nullptr, command, reply) : kRefused;
+}
+
+ZemResult ZEMUVCEXT_GetChipInfo(uint8_t* info) {
+  return OnDefaultCamera(stateless::GetChipInfo, info);
+}
+
+ZemResult ZEMUVCEXT_IspCmdWriteMem(const uint8_t* data, int32_t length) {
+  return stateless::WriteMemory(data, length);
+}
+
+ZemResult ZEMUVCEXT_IspCmdReadMem(uint8_t* buffer, uint32_t length) {
+  return stateless::ReadMemory(buffer, length);
+}
+
+ZemResult ZEMUVCEXT_WriteFWData(const uint8_t* data, int32_t length, ProgressCallback callback,
+                                uint64_t user) {
+  return stateless::WriteFWData(Image{data, static_cast<uint32_t>(length)},
+                                Progress{callback, user});
+}
+
+ZemResult ZEMUVCEXT_ReadFWData(uint8_t* buffer, uint32_t bufferSize, uint32_t* outLength,
+                               ProgressCallback callback, uint64_t user) {
+  return OnDefaultCamera(stateless::ReadFWData, buffer, bufferSize, outLength,
+                         Progress{callback, user});
+}
+
+ZemResult ZEMUVCEXT_UpdateFW(const uint8_t* image, uint32_t length) {
+  return ZEMUVCEXT_UpdateFW_with_progress(image, length, nullptr, 0);
+}
+
+ZemResult ZEMUVCEXT_UpdateFW_with_progress(const uint8_t* image, uint32_t length,
+                                           ProgressCallback callback, uint64_t user) {
+  return stateless::UpdateFW(Image{image, length}, Progress{callback, user});
+}
+
+ZemResult ZEMUVCEXT_UpdateFW_with_progressEx(const uint8_t* image, uint32_t length,
+                                             ProgressCallback callback, uint64_t user) {
+  return stateless::UpdateFWEx(Image{image, length}, Progress{callback, user});
+}
+
+ZemResult ZEMUVCEXT_UpdateFW_Vision(const uint8_t* image, uint32_t length, uint8_t param,
+                                    ProgressCallback callback, uint64_t user) {
+  return stateless::UpdateFWVision(Image{image, length}, param, Progress{callback, user});
+}
