@@ -13,6 +13,14 @@ inline std::uint32_t LoadLe32(const std::uint8_t* bytes) {
   return LoadLe16(bytes) | (static_cast<std::uint32_t>(LoadLe16(bytes + 2)) << 16);
 }
 
+inline std::uint16_t LoadBe16(const std::uint8_t* bytes) {
+  return static_cast<std::uint16_t>((bytes[0] << 8) | bytes[1]);
+}
+
+inline std::uint32_t LoadBe32(const std::uint8_t* bytes) {
+  return (static_cast<std::uint32_t>(LoadBe16(bytes)) << 16) | LoadBe16(bytes + 2);
+}
+
 // The index-th byte of a number, counted from the least significant.
 template <class Number>
 constexpr std::uint8_t ByteOf(Number number, unsigned index) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "simulator/noise.h"
+
 namespace zem::simulator {
 
 Camera::Disturbance Camera::NextTransfer() {
@@ -76,11 +78,7 @@ Outcome Camera::Answer(ExtensionUnit& unit, std::uint16_t selector, std::size_t 
     return Outcome::kWrongLength;
   }
   if (disturbance.garbage) {
-    std::uint32_t noise = 0x9E3779B9U + static_cast<std::uint32_t>(transfers_);
-    for (std::uint8_t& byte : answer) {
-      noise = noise * 1664525U + 1013904223U;
-      byte = static_cast<std::uint8_t>(noise >> 24);
-    }
+    FillWithNoise(answer, transfers_);
   }
   if (disturbance.refuse != nullptr && !answer.empty()) {
     answer[0] = static_cast<std::uint8_t>(disturbance.refuse->value);

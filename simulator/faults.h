@@ -1,4 +1,5 @@
-// Faults that a simulated camera can be told to show.
+// Faults that a simulated camera or boot loader can be told to show. For a boot loader a transfer
+// is one SCSI command.
 #pragma once
 
 #include <cstdint>
@@ -9,11 +10,12 @@ namespace zem::simulator {
 
 struct Fault {
   enum class Kind {
-    kFail,     // the transfer fails
-    kRefuse,   // a read answers with `value` in byte 0
+    kFail,     // the transfer fails; a boot loader's with the system error `value`, if there is one
+    kRefuse,   // a read answers with `value` in byte 0; a boot loader refuses the command
     kShort,    // a read moves no more than `value` bytes
     kLength,   // a read reports that it moved `value` bytes, whatever it moved
-    kGarbage,  // a read answers with bytes without meaning
+    kGarbage,  // a read answers bytes without meaning; a boot loader also takes such for what it
+               // got
     kUnplug,   // the camera is gone from this transfer on
   };
 

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "simulator/boot_loader.h"
 #include "simulator/camera.h"
 
 namespace zem::simulator {
@@ -20,11 +22,14 @@ struct CameraOptions {
 
 struct Options {
   std::vector<CameraOptions> cameras = {CameraOptions()};
+  // The boot loader of the first camera, for a simulator that is to have one.
+  std::optional<BootLoaderOptions> bootLoader;
 };
 
 // Reads options from JSON: {"cameras": [{"vendorId": 23109, "productId": 35840, "name": "...",
-// "vendorUnit": true, "faults": ["unplug@3"]}]}. Whatever is missing keeps its default; empty text
-// is all defaults. Throws std::invalid_argument with a sentence for a person on anything else.
+// "vendorUnit": true, "faults": ["unplug@3"]}], "bootLoader": {"letter": "F"}}. Whatever is missing
+// keeps its default; empty text is all defaults. Throws std::invalid_argument with a sentence for a
+// person on anything else.
 Options ParseOptions(std::string_view json);
 
 // The camera that the options describe: an input terminal, a processing unit and, if wanted, the

@@ -7,8 +7,10 @@
 
 namespace {
 
+using zem::simulator::BootStage;
 using zem::simulator::Options;
 using zem::simulator::ParseOptions;
+using zem::simulator::StorageType;
 
 TEST(SimulatorOptionsTest, NothingIsOneDefaultCamera) {
   for (const char* const text : {"", "{}"}) {
@@ -34,11 +36,56 @@ TEST(SimulatorOptionsTest, CamerasAsTold) {
   EXPECT_TRUE(ParseOptions(R"({"cameras": []})").cameras.empty());
 }
 
+TEST(SimulatorOptionsTest, NoBootLoaderUnlessAskedFor) {
+  EXPECT_FALSE(ParseOptions("{}").bootLoader.has_value());
+  const auto loader = ParseOptions(R"({"bootLoader": {}})").bootLoader;
+  ASSERT_TRUE(loader.has_value());
+  EXPECT_EQ(loader->letter, L'F');
+  EXPECT_EQ(loader->start, BootStage::kBootLoader);
+  EXPECT_EQ(loader->afterJump, BootStage::kZemStorage);
+  EXPECT_EQ(loader->signature, "VSN3");
+  EXPECT_EQ(loader->responseFormat, 1);
+  EXPECT_EQ(loader->absentOpens, 1U);
+  ASSERT_EQ(loader->storages.size(), 2U);
+  EXPECT_EQ(loader->storages[0].type, StorageType::kSerialFlash);
+  EXPECT_EQ(loader->storages[0].size, 4194304U);
+  EXPECT_EQ(loader->storages[1].type, StorageType::kDram);
+}
+
+TEST(SimulatorOptionsTest, BootLoaderAsTold) {
+  const auto loader = ParseOptions(R"({"bootLoader": {
+      "letter": "Q", "start": "camera", "afterJump": "gone", "signature": "VSN2",
+      "responseFormat": 2, "absentOpens": 7, "faults": ["fail@2+3=5"],
+      "storages": [{"type": "emmc", "size": 1024, "file": "x"}, {"type": "sf"},
+                   {"type": "spi-nand"}, {"type": "parallel-nand"}, {"type": "dram"}]}})")
+                          .bootLoader;
+  ASSERT_TRUE(loader.has_value());
+  EXPECT_EQ(loader->letter, L'Q');
+  EXPECT_EQ(loader->start, BootStage::kCamera);
+  EXPECT_EQ(loader->afterJump, BootStage::kGone);
+  EXPECT_EQ(loader->signature, "VSN2");
+  EXPECT_EQ(loader->responseFormat, 2);
+  EXPECT_EQ(loader->absentOpens, 7U);
+  ASSERT_EQ(loader->faults.size(), 1U);
+  EXPECT_EQ(loader->faults[0].value, 5U);
+  ASSERT_EQ(loader->storages.size(), 5U);
+  EXPECT_EQ(loader->storages[0].type, StorageType::kEmmc);
+  EXPECT_EQ(loader->storages[0].size, 1024U);
+  EXPECT_EQ(loader->storages[0].file, "x");
+  EXPECT_EQ(loader->storages[2].type, StorageType::kSpiNand);
+  EXPECT_EQ(loader->storages[3].type, StorageType::kParallelNand);
+}
+
 TEST(SimulatorOptionsTest, WrongOptionsAreRefusedWithAReason) {
   for (const char* const text :
        {"nonsense", "[]", R"({"camera": []})", R"({"cameras": [{"vid": 1}]})",
         R"({"cameras": [{"vendorId": 65536}]})", R"({"cameras": [{"vendorId": "x"}]})",
-        R"({"cameras": [{"faults": ["x"]}]})", R"({"cameras": [1]})"}) {
+        R"({"cameras": [{"faults": ["x"]}]})", R"({"cameras": [1]})", R"({"bootLoader": {"x": 1}})",
+        R"({"bootLoader": {"letter": "B"}})", R"({"bootLoader": {"letter": "FG"}})",
+        R"({"bootLoader": {"start": "x"}})", R"({"bootLoader": {"faults": ["x"]}})",
+        R"({"bootLoader": {"storages": [{"type": "x"}]}})",
+        R"({"bootLoader": {"storages": [{"size": -1}]}})",
+        R"({"bootLoader": {"storages": [{"size": 268435457}]}})"}) {
     EXPECT_THROW(ParseOptions(text), std::invalid_argument) << text;
   }
 }

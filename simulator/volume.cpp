@@ -1,0 +1,174 @@
+#include "simulator/volume.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+#include "platform/bytes.h"
+#include "platform/text.h"
+
+namespace zem::simulator {
+namespace {
+
+// The header that both forms of the request begin with.
+constexpr std::size_t kHeaderSize = 56;
+constexpr std::size_t kCdbCapacity = 16;
+constexpr std::uint8_t kDataIn = 1;
+
+struct Header {
+  std::size_t cdbLength;
+  std::size_t senseLength;
+  bool dataIn;
+  std::size_t dataLength;
+  std::uint64_t data;  // offset of the data within the block, or its address
+  std::size_t sense;   // offset of the sense bytes
+  std::span<const std::uint8_t> cdb;
+
+  std::uint64_t senseEnd() const { return std::uint64_t{sense} + senseLength; }
+};
+
+std::uint64_t LoadLe64(const std::uint8_t* bytes) {
+  return LoadLe32(bytes) | (std::uint64_t{LoadLe32(bytes + 4)} << 32);
+}
+
+// Nothing for a block that the system would not take.
+std::optional<Header> ReadHeader(std::span<const std::uint8_t> block) {
+  if (block.size() < kHeaderSize || LoadLe16(block.data()) != kHeaderSize ||
+      block[6] > kCdbCapacity || block[8] > kDataIn) {
+    return std::nullopt;
+  }
+  Header header = {block[6],
+                   block[7],
+                   block[8] == kDataIn,
+                   LoadLe32(&block[12]),
+                   LoadLe64(&block[24]),
+                   LoadLe32(&block[32]),
+                   block.subspan(36, block[6])};
+  if (header.senseLength > 0 && header.sense < kHeaderSize) {
+    return std::nullopt;
+  }
+  return header;
+}
+
+std::uint32_t SystemError(const ScsiResult& result) {
+  switch (result.outcome) {
+    case ScsiOutcome::kDone:
+      return 0;
+    case ScsiOutcome::kRefused:
+      return kDeviceError;
+    case ScsiOutcome::kFailed:
+      return result.error != 0 ? result.error : kGeneralFailure;
+    case ScsiOutcome::kGone:
+      break;
+  }
+  return kNotConnected;
+}
+
+// The header comes back with the number of bytes that moved.
+void ReturnHeader(std::span<const std::uint8_t> input, std::span<std::uint8_t> output,
+                  std::size_t moved) {
+  // Both may be the same memory.
+  std::memmove(output.data(), input.data(), std::min(kHeaderSize, output.size()));
+  if (output.size() >= kHeaderSize) {
+    StoreLe32(&output[12], static_cast<std::uint32_t>(moved));
+  }
+}
+
+}  // namespace
+
+bool Volume::IsNamed(std::wstring_view path) const {
+  const std::wstring name = std::wstring(L"\\\\.\\") + bootLoader_->letter() + L':';
+  return EqualIgnoringCase(path, name);
+}
+
+void* Volume::Open(std::uint32_t& error) {
+  const std::optional<std::uint32_t> connection = bootLoader_->Connect();
+  if (!connection) {
+    error = kNoSuchFile;
+    return nullptr;
+  }
+  error = 0;
+  return handles_.insert(std::make_unique<Handle>(Handle{*connection})).first->get();
+}
+
+void Volume::Close(const void* handle) {
+  if (const auto found = handles_.find(handle); found != handles_.end()) {
+    handles_.erase(found);
+  }
+}
+
+std::uint32_t Volume::Control(const void* handle, std::uint32_t code,
+                              std::span<const std::uint8_t> input, std::span<std::uint8_t> output,
+                              std::uint32_t& returned) {
+  returned = 0;
+  const auto found = handles_.find(handle);
+  if (found == handles_.end()) {
+    return kNoSuchHandle;
+  }
+  if (!bootLoader_->IsConnected((*found)->connection)) {
+    return kNotConnected;
+  }
+  std::uint32_t error = kNoSuchFunction;
+  if (code == kScsiPassThrough) {
+    error = PassThrough(input, output);
+  } else if (code == kScsiPassThroughDirect) {
+    error = PassThroughDirect(input, output);
+  }
+  if (error == 0) {
+    returned = static_cast<std::uint32_t>(output.size());
+  }
+  return error;
+}
+
+// The buffered form: data and sense bytes lie in the block itself.
+std::uint32_t Volume::PassThrough(std::span<const std::uint8_t> input,
+                                  std::span<std::uint8_t> output) {
+  const std::optional<Header> header = ReadHeader(input);
+  if (!header) {
+    return kInvalidParameter;
+  }
+  const std::size_t blockSize = header->dataIn ? output.size() : input.size();
+  const bool hasData = header->dataLength > 0;
+  if (header->senseEnd() > std::max(input.size(), output.size()) ||
+      (hasData && (header->data < std::max<std::uint64_t>(kHeaderSize, header->senseEnd()) ||
+                   header->data > blockSize || header->dataLength > blockSize - header->data))) {
+    return kInvalidParameter;
+  }
+  std::vector<std::uint8_t> data(header->dataLength);
+  if (hasData && !header->dataIn) {
+    std::copy_n(input.begin() + static_cast<std::ptrdiff_t>(header->data), data.size(),
+                data.begin());
+  }
+  const ScsiResult result = bootLoader_->Execute(header->cdb, header->dataIn, data);
+  if (result.outcome == ScsiOutcome::kDone) {
+    if (header->dataIn) {
+      std::copy_n(data.begin(), result.moved,
+                  output.begin() + static_cast<std::ptrdiff_t>(header->data));
+    }
+    ReturnHeader(input, output, result.moved);
+  }
+  return SystemError(result);
+}
+
+// The direct form: the block holds the address of the caller's buffer.
+std::uint32_t Volume::PassThroughDirect(std::span<const std::uint8_t> input,
+                                        std::span<std::uint8_t> output) {
+  const std::optional<Header> header = ReadHeader(input);
+  if (!header || header->senseEnd() > input.size()) {
+    return kInvalidParameter;
+  }
+  auto* const buffer = std::bit_cast<std::uint8_t*>(header->data);
+  if (header->dataLength > 0 && buffer == nullptr) {
+    return kInvalidParameter;
+  }
+  const ScsiResult result =
+      bootLoader_->Execute(header->cdb, header->dataIn, {buffer, header->dataLength});
+  if (result.outcome == ScsiOutcome::kDone) {
+    ReturnHeader(input, output, result.moved);
+  }
+  return SystemError(result);
+}
+
+}  // namespace zem::simulator
