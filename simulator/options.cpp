@@ -146,12 +146,13 @@ Options ParseOptions(std::string_view text) {
   return options;
 }
 
-std::shared_ptr<Camera> MakeCamera(const CameraOptions& options) {
+std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
+                                   std::function<void()> enterRomBoot) {
   auto camera = std::make_shared<Camera>();
   camera->AddPlainNode();
   camera->AddPlainNode();
   if (options.vendorUnit) {
-    camera->AddUnit(std::make_unique<VendorUnit>());
+    camera->AddUnit(std::make_unique<VendorUnit>()).enterRomBoot = std::move(enterRomBoot);
   }
   for (const Fault& fault : options.faults) {
     camera->AddFault(fault);

@@ -1,6 +1,7 @@
 // What a simulator is asked to simulate.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,7 +34,9 @@ struct Options {
 Options ParseOptions(std::string_view json);
 
 // The camera that the options describe: an input terminal, a processing unit and, if wanted, the
-// vendor unit, in this order.
-std::shared_ptr<Camera> MakeCamera(const CameraOptions& options);
+// vendor unit, in this order. `enterRomBoot` is called when a host sends it into ROM boot; null for
+// a camera without a boot loader.
+std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
+                                   std::function<void()> enterRomBoot = nullptr);
 
 }  // namespace zem::simulator

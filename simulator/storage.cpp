@@ -1,8 +1,7 @@
 #include "simulator/storage.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
+#include <cstdio>
 #include <memory>
 #include <stdexcept>
 
@@ -34,26 +33,34 @@ void Storage::Erase() {
   }
 }
 
+namespace {
+
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+File OpenBinary(const std::string& path, const char* mode) {
+  return {std::fopen(path.c_str(), mode), &std::fclose};
+}
+
+bool WriteAt(std::FILE* file, std::uint64_t address, std::span<const std::uint8_t> data) {
+  return std::fseek(file, static_cast<long>(address), SEEK_SET) == 0 &&
+         std::fwrite(data.data(), 1, data.size(), file) == data.size() && std::fflush(file) == 0;
+}
+
+}  // namespace
+
 void KeepInFile(Storage& storage, const std::string& path) {
-  const std::filesystem::path native(std::u8string(path.begin(), path.end()));
   std::vector<std::uint8_t> content(storage.bytes().size(), Storage::kErased);
-  if (std::ifstream existing(native, std::ios::binary); existing) {
-    existing.read(reinterpret_cast<char*>(content.data()),
-                  static_cast<std::streamsize>(content.size()));
+  if (const File existing = OpenBinary(path, "rb")) {
+    static_cast<void>(std::fread(content.data(), 1, content.size(), existing.get()));
   }
-  storage.Write(0, content);
-  const auto file = std::make_shared<std::ofstream>(native, std::ios::binary | std::ios::trunc);
-  const auto keep = [file](std::uint64_t address, std::span<const std::uint8_t> data) {
-    file->seekp(static_cast<std::streamoff>(address));
-    file->write(reinterpret_cast<const char*>(data.data()),
-                static_cast<std::streamsize>(data.size()));
-    file->flush();
-  };
-  keep(0, content);
-  if (!*file) {
+  const std::shared_ptr<std::FILE> file = OpenBinary(path, "wb");
+  if (!file || !WriteAt(file.get(), 0, content)) {
     throw std::runtime_error("the storage file \"" + path + "\" cannot be written");
   }
-  storage.SetObserver(keep);
+  storage.Write(0, content);
+  storage.SetObserver([file](std::uint64_t address, std::span<const std::uint8_t> data) {
+    WriteAt(file.get(), address, data);
+  });
 }
 
 }  // namespace zem::simulator

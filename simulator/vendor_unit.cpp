@@ -21,6 +21,13 @@ typename Map::mapped_type ValueOrZero(const Map& map, Key key) {
   return found == map.end() ? typename Map::mapped_type{} : found->second;
 }
 
+// What the extended commands mean is the firmware's; this one accepts all and echoes them.
+template <class Block>
+Block Echo(Block command) {
+  command[0] = kAccepted;
+  return command;
+}
+
 // Runs `run` on a command block of the right length.
 template <class Block, class Run>
 Outcome Accept(std::span<const std::uint8_t> bytes, Block& reply, Run run) {
@@ -38,20 +45,16 @@ Outcome Accept(std::span<const std::uint8_t> bytes, Block& reply, Run run) {
 VendorUnit::VendorUnit() : ExtensionUnit(VendorXu) {}
 
 Outcome VendorUnit::Set(std::uint16_t selector, std::span<const std::uint8_t> bytes) {
-  // What the extended commands mean is the firmware's; this one accepts all and echoes them.
-  const auto echo = [](LongBlock command) {
-    command[0] = kAccepted;
-    return command;
-  };
   switch (selector) {
     case vendor_selector::kIspCommand:
       return Accept(bytes, ispReply_, [this](const Block& block) { return RunIspCommand(block); });
     case vendor_selector::kVcpCommand:
       return Accept(bytes, vcpReply_, [this](const Block& block) { return RunVcpCommand(block); });
     case vendor_selector::kIspExtendedCommand:
-      return Accept(bytes, ispExtendedReply_, echo);
+      return Accept(bytes, ispExtendedReply_, Echo<LongBlock>);
     case vendor_selector::kVcpExtendedCommand:
-      return Accept(bytes, vcpExtendedReply_, echo);
+      return Accept(bytes, vcpExtendedReply_,
+                    [this](const LongBlock& block) { return RunVcpExtendedCommand(block); });
     default:
       return Outcome::kNoSuchControl;
   }
@@ -120,11 +123,24 @@ VendorUnit::Block VendorUnit::RunVcpCommand(const Block& command) {
   switch (command[0]) {
     case 0x06:
       return {state.checkSumStatus};
+    case 0x16:
+      if (!enterRomBoot) {
+        return {kUnknownCommand};
+      }
+      enterRomBoot();
+      return {kAccepted};
     case 0xFF:
       return RunCodecCommand(command);
     default:
       return {kUnknownCommand};
   }
+}
+
+VendorUnit::LongBlock VendorUnit::RunVcpExtendedCommand(const LongBlock& command) {
+  if (enterRomBoot && command[0] == 0xFF && command[1] == 0x03) {
+    enterRomBoot();
+  }
+  return Echo(command);
 }
 
 VendorUnit::Block VendorUnit::RunCodecCommand(const Block& command) {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <span>
 #include <vector>
@@ -34,6 +35,10 @@ class VendorUnit : public ExtensionUnit {
 
   VendorState state;
 
+  // Called when the host sends the camera into ROM boot. Without it the camera has no boot loader
+  // to go to, and treats the two commands like any other.
+  std::function<void()> enterRomBoot;
+
  private:
   using Block = std::array<std::uint8_t, 8>;
   using LongBlock = std::array<std::uint8_t, 16>;
@@ -42,6 +47,7 @@ class VendorUnit : public ExtensionUnit {
   Block RunRegisterCommand(const Block& command);
   Block RunVcpCommand(const Block& command);
   Block RunCodecCommand(const Block& command);
+  LongBlock RunVcpExtendedCommand(const LongBlock& command);
 
   Block ispReply_ = {};
   Block vcpReply_ = {};

@@ -2,7 +2,9 @@
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +12,7 @@
 #include "simulator/options.h"
 #include "simulator/windows/ZemSimulator.h"
 #include "simulator/windows/registration.h"
+#include "simulator/windows/volume_hooks.h"
 
 namespace zem::simulator {
 namespace {
@@ -17,12 +20,16 @@ namespace {
 HMODULE thisModule = nullptr;
 
 struct RunningCamera {
-  std::shared_ptr<Camera> camera;
+  CameraOptions options;
   std::wstring instanceName;
+  std::shared_ptr<Camera> camera = nullptr;  // null until it is first listed
 };
 
 struct Simulator {
   std::vector<RunningCamera> cameras;
+  // That of the first camera, if it has one.
+  std::shared_ptr<BootLoader> bootLoader;
+  std::optional<VolumeHooks> volume;
   std::string lastError;
 };
 
@@ -53,24 +60,44 @@ std::wstring InstanceName(const CameraOptions& options, std::size_t index) {
   return name.data();
 }
 
-void ListCamera(const CameraOptions& options) {
+// Puts a camera into the system's list as a new one, as if it had just been plugged in.
+HRESULT ListCamera(std::size_t index) {
   Simulator& simulator = TheSimulator();
-  const std::size_t index = simulator.cameras.size();
-  const std::wstring instanceName = InstanceName(options, index);
+  RunningCamera& running = simulator.cameras[index];
+  const std::wstring instanceName = running.instanceName;
   const HRESULT result =
-      RegisterCamera(index, CLSID_VideoInputDeviceCategory, instanceName, Widen(options.name),
-                     L"\\\\?\\" + instanceName, ModulePath());
+      RegisterCamera(index, CLSID_VideoInputDeviceCategory, instanceName,
+                     Widen(running.options.name), L"\\\\?\\" + instanceName, ModulePath());
   if (FAILED(result)) {
-    throw std::runtime_error("the camera could not be written to the registry");
+    return result;
   }
-  RunningCamera running = {MakeCamera(options), instanceName};
+  std::function<void()> enterRomBoot;
+  if (index == 0 && simulator.bootLoader) {
+    enterRomBoot = [bootLoader = simulator.bootLoader] { bootLoader->EnterRomBoot(); };
+  }
+  running.camera = MakeCamera(running.options, std::move(enterRomBoot));
   running.camera->SetUnplugObserver(
       [instanceName] { UnlistCamera(CLSID_VideoInputDeviceCategory, instanceName); });
-  simulator.cameras.push_back(std::move(running));
+  return S_OK;
+}
+
+// The first camera is a video device only while its firmware runs.
+void FollowStage(BootStage stage) {
+  auto& cameras = TheSimulator().cameras;
+  if (cameras.empty()) {
+    return;
+  }
+  if (stage == BootStage::kCamera) {
+    static_cast<void>(ListCamera(0));
+  } else if (cameras[0].camera) {
+    cameras[0].camera->Unplug();
+  }
 }
 
 void Stop() {
   Simulator& simulator = TheSimulator();
+  simulator.volume.reset();
+  simulator.bootLoader.reset();
   for (std::size_t index = 0; index < simulator.cameras.size(); ++index) {
     UnlistCamera(CLSID_VideoInputDeviceCategory, simulator.cameras[index].instanceName);
     UnregisterClass(index);
@@ -84,8 +111,21 @@ void Start(const char* text) {
     throw std::invalid_argument("more cameras than can be simulated at once");
   }
   Stop();
+  Simulator& simulator = TheSimulator();
+  if (options.bootLoader) {
+    simulator.bootLoader = std::make_shared<BootLoader>(*options.bootLoader);
+    simulator.bootLoader->SetStageObserver(FollowStage);
+    simulator.volume.emplace(simulator.bootLoader);
+  }
   for (const CameraOptions& camera : options.cameras) {
-    ListCamera(camera);
+    simulator.cameras.push_back({camera, InstanceName(camera, simulator.cameras.size())});
+  }
+  const bool firstIsAway =
+      simulator.bootLoader && simulator.bootLoader->stage() != BootStage::kCamera;
+  for (std::size_t index = firstIsAway ? 1 : 0; index < simulator.cameras.size(); ++index) {
+    if (FAILED(ListCamera(index))) {
+      throw std::runtime_error("the camera could not be written to the registry");
+    }
   }
 }
 
@@ -149,10 +189,10 @@ HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID iid, LPVOID* object) {
   auto& cameras = TheSimulator().cameras;
   if (cameras.empty()) {
     // A process that found the registered camera by itself: it gets the default one.
-    cameras.push_back({zem::simulator::MakeCamera({}), L""});
+    cameras.push_back({{}, L"", zem::simulator::MakeCamera({})});
   }
   for (std::size_t index = 0; index < cameras.size(); ++index) {
-    if (zem::simulator::CameraClassId(index) == classId) {
+    if (zem::simulator::CameraClassId(index) == classId && cameras[index].camera) {
       auto* const factory = new zem::simulator::CameraFactory(cameras[index].camera);
       const HRESULT result = factory->QueryInterface(iid, object);
       factory->Release();
@@ -173,7 +213,7 @@ HRESULT WINAPI DllUnregisterServer(void) {
   // The camera that DllRegisterServer listed, in whichever process that was.
   if (TheSimulator().cameras.empty()) {
     const zem::simulator::CameraOptions options;
-    TheSimulator().cameras.push_back({nullptr, zem::simulator::InstanceName(options, 0)});
+    TheSimulator().cameras.push_back({options, zem::simulator::InstanceName(options, 0)});
   }
   zem::simulator::Stop();
   return S_OK;

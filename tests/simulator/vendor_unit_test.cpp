@@ -66,6 +66,24 @@ TEST_F(VendorUnitTest, ExtendedChannelsEchoAndAccept) {
   EXPECT_EQ(Ask(14, command, 15), echo);
 }
 
+TEST_F(VendorUnitTest, EitherCommandSendsItIntoRomBoot) {
+  int entered = 0;
+  unit.enterRomBoot = [&] { ++entered; };
+  EXPECT_EQ(AskVcp({0x16, 0, 0, 0, 0, 0, 0, 0})[0], 0);
+  EXPECT_EQ(entered, 1);
+  Bytes command(16, 0);
+  command[0] = 0xFF;
+  EXPECT_EQ(Ask(14, command, 15)[0], 0);
+  EXPECT_EQ(entered, 1);
+  command[1] = 0x03;
+  EXPECT_EQ(Ask(14, command, 15)[0], 0);
+  EXPECT_EQ(entered, 2);
+  Ask(6, command, 7);
+  EXPECT_EQ(entered, 2) << "not on this channel";
+  unit.enterRomBoot = nullptr;
+  EXPECT_EQ(AskVcp({0x16, 0, 0, 0, 0, 0, 0, 0})[0], 1) << "no boot loader to go to";
+}
+
 TEST_F(VendorUnitTest, UnknownCommandsSelectorsAndLengths) {
   EXPECT_EQ(AskIsp({0x77, 0, 0, 0, 0, 0, 0, 0})[0], 1);
   EXPECT_EQ(AskVcp({0x77, 0, 0, 0, 0, 0, 0, 0})[0], 1);

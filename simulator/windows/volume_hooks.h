@@ -1,0 +1,35 @@
+// The drive letter of a simulated boot loader, as ZemUVCExtApi.dll in this process sees it.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <type_traits>
+
+#include "simulator/volume.h"
+#include "simulator/windows/import_hook.h"
+
+namespace zem::simulator {
+
+// While it lives, the library's CreateFileW, DeviceIoControl and CloseHandle reach the volume where
+// they name it, and the system everywhere else. There is one at a time.
+class VolumeHooks {
+ public:
+  // Throws std::runtime_error when the library is not loaded in this process.
+  explicit VolumeHooks(std::shared_ptr<BootLoader> bootLoader);
+  ~VolumeHooks();
+  VolumeHooks(const VolumeHooks&) = delete;
+  VolumeHooks& operator=(const VolumeHooks&) = delete;
+
+ private:
+  struct Release {
+    void operator()(HMODULE library) const { FreeLibrary(library); }
+  };
+
+  // Held, so that there is a table to put right again.
+  std::unique_ptr<std::remove_pointer_t<HMODULE>, Release> library_;
+  std::optional<ImportHook> create_;
+  std::optional<ImportHook> control_;
+  std::optional<ImportHook> close_;
+};
+
+}  // namespace zem::simulator
