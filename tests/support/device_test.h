@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "device/extension_units.h"
@@ -65,6 +66,9 @@ class DeviceTest : public ::testing::Test {
   // All transfers since the last call: "set vendor 1: 0a 00 ..." or "get vendor 2 [8]", with
   // " failed" behind those that did.
   Lines TakeWire();
+
+  // Writes a line of the test's own between the transfers.
+  void Note(std::string line) { wire_.push_back(std::move(line)); }
 
   // All debugger texts since the last call.
   WideLines TakeDebuggerLines();
