@@ -13,6 +13,9 @@ enum ExitCode {
   kBufferTooSmall = 6,
   kTransferFailed = 7,
   kUnitAbsent = 8,
+  kBadFile = 9,
+  kNotVerified = 10,
+  kCancelled = 11,
 };
 
 }  // namespace zemctl

@@ -14,7 +14,9 @@ constexpr const char* kFooter =
     "  1 unexpected error             6 a buffer is too small\n"
     "  2 wrong command line           7 a transfer failed (camera gone, control unknown)\n"
     "  3 no camera matches            8 the camera lacks the extension unit\n"
-    "  4 the library refused";
+    "  4 the library refused          9 a file is not what it should be\n"
+    "                                10 what was written is not what is there\n"
+    "                                11 the question was not answered with yes";
 
 }  // namespace
 
@@ -32,6 +34,7 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
       app_.add_option("--path", device.displayName, "Display name of the device")->group(group);
   app_.add_option("--device-path", device.devicePath, "Device path")->group(group)->excludes(path);
   app_.add_flag("--json", options_.json, "Write JSON");
+  app_.add_flag("--yes", options_.yes, "Do not ask before something is overwritten or erased");
   const std::string simulated = "Simulated camera";
   auto* const flag =
       app_.add_flag("--simulator", options_.simulator, "Use simulated cameras")->group(simulated);
@@ -75,6 +78,9 @@ int Program::Run(std::vector<std::string> arguments) {
                          {"name", text.name},
                          {"meaning", text.meaning}},
                         text.exitCode);
+  } catch (const ToolFailure& failure) {
+    return PrintFailure(failure.what(), failure.advice(), {{"meaning", failure.what()}},
+                        failure.exitCode());
   } catch (const UsageError& error) {
     return PrintFailure(error.what(), "Run with --help.", {{"meaning", error.what()}}, kUsageError);
   } catch (const std::exception& error) {

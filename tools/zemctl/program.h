@@ -15,6 +15,7 @@ namespace zemctl {
 struct Options {
   DeviceSelection device;
   bool json = false;
+  bool yes = false;
   bool simulator = false;
   std::string simulatorOptions;
   std::vector<std::string> simulatorFaults;

@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "include/ZemUVCExtApi.h"
 #include "tools/zemctl/exit_codes.h"
@@ -41,6 +42,21 @@ class CallFailure : public std::runtime_error {
 
 // Throws CallFailure for a failure.
 void Check(const char* function, ZemResult result);
+
+// What went wrong outside the library: a file that is not what it should be, a comparison that
+// failed, a question answered with no.
+class ToolFailure : public std::runtime_error {
+ public:
+  ToolFailure(ExitCode exitCode, const std::string& message, std::string advice)
+      : std::runtime_error(message), exitCode_(exitCode), advice_(std::move(advice)) {}
+
+  ExitCode exitCode() const { return exitCode_; }
+  const std::string& advice() const { return advice_; }
+
+ private:
+  ExitCode exitCode_;
+  std::string advice_;
+};
 
 // Arguments that are wrong in a way that only the command can see.
 class UsageError : public std::runtime_error {
