@@ -1,11 +1,10 @@
 // The record behind every device handle, and how it is opened and closed.
 #pragma once
 
+#include "include/ZemUVCExtApi.h"
 #include "platform/com.h"
 
 namespace zem {
-
-struct H264FrameList;
 
 struct DeviceHandle {
   // The device's H.264 format list in memory of std::malloc, owned; null until it is first needed.

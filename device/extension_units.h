@@ -31,10 +31,41 @@ inline constexpr std::uint16_t kMemoryRead = 8;  // and flash read-back in long 
 inline constexpr std::uint16_t kMemoryWrite = 9;
 inline constexpr std::uint16_t kDeviceInfo = 10;
 inline constexpr std::uint16_t kSlowFlashRead = 11;
+inline constexpr std::uint16_t kH264ListRead = 11;
 inline constexpr std::uint16_t kFastBulkData = 13;
 inline constexpr std::uint16_t kVcpExtendedCommand = 14;
 inline constexpr std::uint16_t kVcpExtendedReply = 15;
 
 }  // namespace vendor_selector
+
+// Of H264Xu.
+namespace h264_selector {
+
+inline constexpr std::uint16_t kProbe = 1;
+inline constexpr std::uint16_t kCommit = 2;
+
+}  // namespace h264_selector
+
+// Of SkypeXu. The version and the resolution code deliberately share a selector.
+namespace skype_selector {
+
+inline constexpr std::uint16_t kVersion = 1;     // read
+inline constexpr std::uint16_t kResolution = 1;  // written
+inline constexpr std::uint16_t kH264Switch = 15;
+
+}  // namespace skype_selector
+
+// Of OrvaXu.
+namespace orva_selector {
+
+inline constexpr std::uint16_t kVersion = 1;
+inline constexpr std::uint16_t kBuildDay = 3;
+inline constexpr std::uint16_t kStreamId = 4;
+inline constexpr std::uint16_t kEndpointSetting = 5;
+inline constexpr std::uint16_t kProbe = 8;
+inline constexpr std::uint16_t kCommit = 9;
+inline constexpr std::uint16_t kToggleLayer = 27;
+
+}  // namespace orva_selector
 
 }  // namespace zem

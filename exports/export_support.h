@@ -36,6 +36,17 @@ ZemResult OnDevice(void* handle, Operation operation, Arguments... arguments) {
   return OnFilter(static_cast<DeviceHandle*>(handle)->filter, operation, arguments...);
 }
 
+// The same for what needs the handle's whole record: runs `operation(device, arguments...)`.
+template <class Operation, class... Arguments>
+ZemResult OnHandle(void* handle, Operation operation, Arguments... arguments) {
+  return OnDevice(
+      handle,
+      [handle, operation](IBaseFilter* /*filter*/, Arguments... checked) {
+        return operation(*static_cast<DeviceHandle*>(handle), checked...);
+      },
+      arguments...);
+}
+
 // The same for the calls without a handle: each access to a control opens the default camera and
 // releases it again.
 template <class Operation, class... Arguments>

@@ -768,7 +768,111 @@ ZEM_API ZemResult ZEMUVCEXT_UpdateFW_Vision(const uint8_t* image, uint32_t lengt
 
 /* ---------------------------------------------------------------------------------------------
  * H.264
+ *
+ * A camera has a list of H.264 stream formats. The library reads it when it is first needed and
+ * keeps it in the handle until that is closed; a camera that cannot tell its formats is given a
+ * default list of 25 for as long as its handle is open.
  * ------------------------------------------------------------------------------------------- */
+
+/** One H.264 stream format, 32 bytes. */
+typedef struct H264FrameInfo {
+  uint16_t wLength;      /**< 32 */
+  uint16_t wType;        /**< how the format is started: 0 and 1 by code, 2 by probe and commit */
+  uint16_t wFrameIndex;  /**< what ZEMAPI_SetH264FrameIndex chooses the format by */
+  uint8_t bListMark;     /**< list of the camera: 0 on the record of its last entry, 1 on all other;
+                              default list: 1 on the last record, 0 on all other */
+  uint8_t bReserved;     /**< 0 */
+  uint16_t wWidth;       /**< main picture, pixels */
+  uint16_t wHeight;      /**< main picture, pixels */
+  uint16_t wSubWidth;    /**< second picture, pixels */
+  uint16_t wSubHeight;   /**< second picture, pixels */
+  uint32_t dwMaxBitRate; /**< kbit/s */
+  uint32_t dwMinBitRate; /**< kbit/s */
+  uint16_t wMaxFps;      /**< frames per second */
+  uint16_t wMinFps;      /**< frames per second */
+  uint32_t dwReserved;   /**< 0 */
+} H264FrameInfo;
+
+/** Head of a list of H.264 stream formats. The records, H264FrameInfo, follow it at once. */
+typedef struct H264FrameList {
+  uint16_t wTotalLength; /**< bytes of the list; more than head and records take */
+  uint16_t wCount;       /**< records that follow */
+} H264FrameList;
+
+/**
+ * Hands out a copy of the camera's list of H.264 stream formats.
+ *
+ * Whatever goes wrong while the list is read from the camera gives the default list; nothing is
+ * reported.
+ *
+ * @param handle device handle
+ * @param list   receives the copy, an H264FrameList; the caller's, to be given back with
+ *               ZEMAPI_ReleaseH264FrameList; untouched on failure
+ * @return the length of the copy in bytes (808 for the default list); ZEM_E_NO_DEVICE for a null
+ *         handle; ZEM_E_FAIL when memory is exhausted
+ */
+ZEM_API ZemResult ZEMAPI_GetH264FrameList(void* handle, void** list);
+
+/** Frees a copy that ZEMAPI_GetH264FrameList handed out. Does nothing for null. */
+ZEM_API void ZEMAPI_ReleaseH264FrameList(void* list);
+
+/**
+ * Starts the first format of the camera's list that has the given frame index.
+ *
+ * Formats of type 2 are started on the H.264 unit: two rounds of probe and commit, one for each
+ * picture. Formats of the types 0 and 1 are started by the code of their resolution, on the Skype
+ * unit if that answers with a version of at most 19, otherwise by vendor commands.
+ *
+ * @param handle     device handle
+ * @param frameIndex wFrameIndex of the format
+ * @return 0, also for a type 2 whatever the camera answered, for a format of another type (nothing
+ *         is sent), for a type 0 whose switching on failed and for a type 1 whose switching on
+ *         failed; ZEM_E_FAIL when no format has the index, when the resolution code could not be
+ *         sent, and when memory is exhausted; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_SetH264FrameIndex(void* handle, unsigned short frameIndex);
+
+/**
+ * Starts H.264 at a resolution, or stops it. Spoken to as formats of the types 0 and 1; a
+ * resolution without a code is started with code 0.
+ *
+ * @param handle device handle
+ * @param width  pixels; 0 stops
+ * @param height pixels; 0 stops
+ * @return 1 for success and 0 for failure, unlike all other functions; ZEM_E_FAIL when the vendor
+ *         unit did not take the code; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_SetH264Mode(void* handle, unsigned int width, unsigned int height);
+
+/**
+ * Tells the uncompressed and MJPEG formats that carry H.264 streams: a fixed table of 3.
+ *
+ * @param handle  not used, may be null
+ * @param index   from 0
+ * @param width   receives the width in pixels
+ * @param height  receives the height in pixels
+ * @param subtype receives MEDIASUBTYPE_YUY2 or MEDIASUBTYPE_MJPG
+ * @return 0; 1, with zeros in all outputs, behind the last format
+ */
+ZEM_API ZemResult ZEMAPI_GetH264_UVC_PayloadFormat(void* handle, unsigned short index,
+                                                   unsigned short* width, unsigned short* height,
+                                                   GUID* subtype);
+
+/** Sets the frame rate of the running encoder, in frames per second. Results as all commands. */
+ZEM_API ZemResult ZEMAPI_SetFps(void* handle, unsigned short fps);
+
+/** Sets the bit rate of the running encoder, in the camera's units. Results as all commands. */
+ZEM_API ZemResult ZEMAPI_SetBitRate(void* handle, unsigned short bitRate);
+
+/** Makes the encoder's next picture a key frame. Results as all commands. */
+ZEM_API ZemResult ZEMAPI_ForceIFrame(void* handle);
+
+/**
+ * Not supported: sends nothing, and puts a line with the count on the debugger channel.
+ *
+ * @return ZEM_E_DEVICE_REFUSED; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_SetPframeCount(void* handle, unsigned int count);
 
 /* ---------------------------------------------------------------------------------------------
  * Encoding unit
@@ -776,7 +880,84 @@ ZEM_API ZemResult ZEMUVCEXT_UpdateFW_Vision(const uint8_t* image, uint32_t lengt
 
 /* ---------------------------------------------------------------------------------------------
  * Streams and endpoints
+ *
+ * Cameras with several encoded streams. The ORVAAPI_ functions speak to the stream and endpoint
+ * unit, the ZEMAPI_Multicas... ones to the vendor unit.
  * ------------------------------------------------------------------------------------------- */
+
+/** A stream's format. */
+typedef struct OrvaStreamFormat {
+  uint8_t bStreamFormat;    /**< kind of stream, the camera's numbers */
+  uint16_t wWidth;          /**< pixels */
+  uint16_t wHeight;         /**< pixels */
+  uint32_t dwFrameInterval; /**< 100 ns units */
+  uint32_t dwBitRate;       /**< bit/s */
+} OrvaStreamFormat;
+
+/**
+ * Reads the version of the stream unit.
+ *
+ * @param version receives 1 byte
+ * @return the platform's result; ZEM_E_FAIL for a null `version`, nothing is sent; ZEM_E_NO_DEVICE
+ *         for a null handle
+ */
+ZEM_API ZemResult ORVAAPI_GetVersion(void* handle, unsigned char* version);
+
+/** Reads the build day of the firmware, 2 bytes. Results as ORVAAPI_GetVersion. */
+ZEM_API ZemResult ORVAAPI_FirmwareBuildDay(void* handle, unsigned short* buildDay);
+
+/**
+ * Chooses the stream that the other functions act on.
+ *
+ * @return the platform's result; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ORVAAPI_SetStreamID(void* handle, unsigned char streamId);
+
+/**
+ * Reads the endpoint setting.
+ *
+ * @param setting receives 1 byte; a null pointer goes to the platform as it is
+ * @return the platform's result; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ORVAAPI_GetEndpointSetting(void* handle, unsigned char* setting);
+
+/**
+ * Writes or reads the format of the chosen stream.
+ *
+ * @param handle    device handle
+ * @param format    what is written, null for zeros in all fields; or what is read into, also when
+ *                  the read fails (zeros, where nothing was read)
+ * @param operation 0 writes the probe, 1 reads the probe, 2 writes the commit, 3 reads the commit;
+ *                  anything else sends nothing
+ * @return the platform's result; 0 for any other operation; ZEM_E_REFUSED for a read with a null
+ *         `format`; ZEM_E_NO_DEVICE for a null handle, whatever the operation
+ */
+ZEM_API ZemResult ORVAAPI_StreamFormatProbeCommit(void* handle, OrvaStreamFormat* format,
+                                                  unsigned int operation);
+
+/** Switches a layer on or off. Results as ORVAAPI_SetStreamID. */
+ZEM_API ZemResult ORVAAPI_ToggleLayerControl(void* handle, unsigned char value);
+
+/** Chooses a stream by a vendor command; no status is read. Results as ORVAAPI_SetStreamID. */
+ZEM_API ZemResult ZEMAPI_MulticastStreamID(void* handle, unsigned char streamId);
+
+/** Switches a layer by a vendor command; no status is read. Results as ORVAAPI_SetStreamID. */
+ZEM_API ZemResult ZEMAPI_MulticasToggleLayer(void* handle, unsigned char value);
+
+/**
+ * Commits the format of the chosen stream by a vendor command.
+ *
+ * @param handle       device handle
+ * @param streamFormat kind of stream, the camera's numbers
+ * @param width        pixels
+ * @param height       pixels
+ * @param packedLow    its lower 5 bits are sent
+ * @param packedHigh   its lower 11 bits are sent
+ * @return as all commands
+ */
+ZEM_API ZemResult ZEMAPI_MulticastCommit(void* handle, unsigned char streamFormat,
+                                         unsigned short width, unsigned short height,
+                                         unsigned char packedLow, unsigned short packedHigh);
 
 /* ---------------------------------------------------------------------------------------------
  * Frames and sound

@@ -50,6 +50,7 @@ TEST(AllocationTest, CommandsAllocateNothing) {
   char chars[8] = {};
   unsigned short word = 0;
   ZemULong moved = 0;
+  OrvaStreamFormat format = {};
   const std::vector<std::function<ZemResult()>> commands = {
       [&] { return ZEMAPI_UvcExtSet(handle, &zem::VendorXu, 1, bytes, 8, &moved); },
       [&] { return ZEMAPI_UvcExtGet(handle, &zem::VendorXu, 1, bytes, 8, &moved); },
@@ -75,6 +76,20 @@ TEST(AllocationTest, CommandsAllocateNothing) {
       [&] { return ZEMAPI_IspCommandEx(handle, bytes, bytes); },
       [&] { return ZEMAPI_VcpCommandEx(handle, bytes, bytes); },
       [&] { return ZEMAPI_GetDeviceInfo(handle, bytes); },
+      [&] { return ZEMAPI_SetFps(handle, 30); },
+      [&] { return ZEMAPI_SetBitRate(handle, 1000); },
+      [&] { return ZEMAPI_ForceIFrame(handle); },
+      [&] { return ZEMAPI_SetH264Mode(handle, 640, 480) - 1; },
+      [&] { return ORVAAPI_GetVersion(handle, bytes); },
+      [&] { return ORVAAPI_FirmwareBuildDay(handle, &word); },
+      [&] { return ORVAAPI_SetStreamID(handle, 1); },
+      [&] { return ORVAAPI_GetEndpointSetting(handle, bytes); },
+      [&] { return ORVAAPI_StreamFormatProbeCommit(handle, &format, 0); },
+      [&] { return ORVAAPI_StreamFormatProbeCommit(handle, &format, 3); },
+      [&] { return ORVAAPI_ToggleLayerControl(handle, 1); },
+      [&] { return ZEMAPI_MulticastStreamID(handle, 1); },
+      [&] { return ZEMAPI_MulticasToggleLayer(handle, 1); },
+      [&] { return ZEMAPI_MulticastCommit(handle, 1, 2, 3, 4, 5); },
   };
   for (std::size_t index = 0; index < commands.size(); ++index) {
     const std::uint64_t before = AllocationCount();

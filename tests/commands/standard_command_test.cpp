@@ -70,6 +70,14 @@ const std::vector<Command> kCommands = {
      [](void* handle, Outputs& out) { return ZEMAPI_GetFWVersion(handle, out.chars); }},
     {"GetCheckSumResult", 5, ZEM_E_REFUSED, false,
      [](void* handle, Outputs&) { return ZEMAPI_GetCheckSumResult(handle); }},
+    {"SetFps", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_SetFps(handle, 30); }},
+    {"SetBitRate", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_SetBitRate(handle, 1000); }},
+    {"ForceIFrame", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_ForceIFrame(handle); }},
+    {"MulticastCommit", 5, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_MulticastCommit(handle, 1, 2, 3, 4, 5); }},
 };
 
 class StandardCommandTest : public DeviceTest, public ::testing::WithParamInterface<Command> {

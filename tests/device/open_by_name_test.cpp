@@ -307,7 +307,7 @@ TEST_F(OpenBySourceFilterTest, HandleIsAFrameListThatIsNullAndTheFilter) {
   EXPECT_EQ(fields[1], filter.get());
   // Closing frees the list; the leak check of the sanitizers would tell.
   static_cast<zem::DeviceHandle*>(handle)->frameList =
-      static_cast<zem::H264FrameList*>(std::malloc(100));
+      static_cast<H264FrameList*>(std::malloc(100));
   ZEMAPI_CloseDevice(&handle);
 }
 

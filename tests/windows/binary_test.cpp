@@ -116,6 +116,26 @@ TEST(BinaryTest, ExportsExactlyTheInterface) {
       "ZEMUVCEXT_UpdateFW_with_progress",
       "ZEMUVCEXT_UpdateFW_with_progressEx",
       "ZEMUVCEXT_UpdateFW_Vision",
+      // H.264
+      "ZEMAPI_GetH264FrameList",
+      "ZEMAPI_ReleaseH264FrameList",
+      "ZEMAPI_SetH264FrameIndex",
+      "ZEMAPI_SetH264Mode",
+      "ZEMAPI_GetH264_UVC_PayloadFormat",
+      "ZEMAPI_SetFps",
+      "ZEMAPI_SetBitRate",
+      "ZEMAPI_ForceIFrame",
+      "ZEMAPI_SetPframeCount",
+      // Streams and endpoints
+      "ORVAAPI_GetVersion",
+      "ORVAAPI_FirmwareBuildDay",
+      "ORVAAPI_SetStreamID",
+      "ORVAAPI_GetEndpointSetting",
+      "ORVAAPI_StreamFormatProbeCommit",
+      "ORVAAPI_ToggleLayerControl",
+      "ZEMAPI_MulticastStreamID",
+      "ZEMAPI_MulticasToggleLayer",
+      "ZEMAPI_MulticastCommit",
   };
   EXPECT_EQ(present, wanted);
   EXPECT_EQ(exports->NumberOfFunctions, wanted.size());

@@ -1,0 +1,41 @@
+// The camera's list of H.264 stream formats: read from the camera once, then kept in the handle.
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+#include <span>
+
+#include "device/device_handle.h"
+#include "include/ZemUVCExtApi.h"
+#include "platform/com.h"
+
+namespace zem {
+
+struct FrameListDeleter {
+  void operator()(H264FrameList* list) const { std::free(list); }
+};
+
+// A list in memory of std::malloc, as the caller and the handle hold one.
+using FrameListPtr = std::unique_ptr<H264FrameList, FrameListDeleter>;
+
+// A list of `size` zero bytes, at least those of its header; null when there is no memory.
+FrameListPtr AllocateFrameList(std::size_t size);
+
+// The records that follow a list's header, all of them those that fit its memory.
+inline H264FrameInfo* RecordsOf(H264FrameList& list) {
+  return reinterpret_cast<H264FrameInfo*>(&list + 1);
+}
+inline std::span<const H264FrameInfo> RecordsOf(const H264FrameList& list) {
+  return {reinterpret_cast<const H264FrameInfo*>(&list + 1), list.wCount};
+}
+
+// Makes sure that the handle has its list: the camera's or, where anything about that goes wrong,
+// the default one. 0, or kFail when memory is exhausted.
+HRESULT EnsureFrameList(DeviceHandle& device);
+
+// A copy of the handle's list for the caller; its length in bytes, or kFail when memory is
+// exhausted. `list` must not be null.
+HRESULT GetH264FrameList(DeviceHandle& device, void** list);
+void ReleaseH264FrameList(void* list);
+
+}  // namespace zem
