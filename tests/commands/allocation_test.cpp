@@ -9,24 +9,11 @@
 #include "include/ZemUVCExtApi.h"
 #include "platform/simulated/simulated_platform.h"
 #include "tests/support/allocation_count.h"
-#include "tests/support/bare_camera.h"
+#include "tests/support/free_camera.h"
 
 namespace {
 
 using zem::testing::AllocationCount;
-
-class SilentCamera : public zem::testing::BareCamera {
- public:
-  SilentCamera() { nodeCount = 3; }
-  HRESULT Request(const KSP_NODE& request, void* data, ULONG length,
-                  ULONG* bytesReturned) override {
-    if (request.Property.Id == 0 && request.NodeId == 2 && length >= sizeof(GUID)) {
-      std::memcpy(data, &zem::VendorXu, sizeof(GUID));
-    }
-    *bytesReturned = sizeof(GUID);
-    return S_OK;
-  }
-};
 
 TEST(AllocationTest, CounterCounts) {
   if (!zem::testing::CanCountAllocations()) {
@@ -43,7 +30,7 @@ TEST(AllocationTest, CommandsAllocateNothing) {
   }
   zem::platform::simulated::Reset();
   zem::platform::simulated::TheSystem().recordDebuggerLines = false;
-  SilentCamera camera;
+  zem::testing::FreeCamera camera;
   void* handle = nullptr;
   ASSERT_EQ(ZEMAPI_OpenDeviceBySourceFilter(&camera, &handle), 0);
   unsigned char bytes[16] = {};
