@@ -35,6 +35,7 @@ inline constexpr std::uint16_t kH264ListRead = 11;
 inline constexpr std::uint16_t kFastBulkData = 13;
 inline constexpr std::uint16_t kVcpExtendedCommand = 14;
 inline constexpr std::uint16_t kVcpExtendedReply = 15;
+inline constexpr std::uint16_t kNvmem = 16;
 
 }  // namespace vendor_selector
 
@@ -67,5 +68,13 @@ inline constexpr std::uint16_t kCommit = 9;
 inline constexpr std::uint16_t kToggleLayer = 27;
 
 }  // namespace orva_selector
+
+// Of TirellaXu.
+namespace tirella_selector {
+
+inline constexpr std::uint16_t kLed = 2;
+inline constexpr std::uint16_t kNvmem = 4;
+
+}  // namespace tirella_selector
 
 }  // namespace zem

@@ -9,10 +9,9 @@
 
 namespace zem {
 
-// Runs `operation(filter, arguments...)`, unless a null pointer among the arguments makes it
-// kRefused.
-template <class Operation, class... Arguments>
-ZemResult OnFilter(IBaseFilter* filter, Operation operation, Arguments... arguments) {
+// Whether a pointer among the arguments is null.
+template <class... Arguments>
+bool AnyNull(Arguments... arguments) {
   [[maybe_unused]] const auto isNull = [](auto argument) {
     if constexpr (std::is_pointer_v<decltype(argument)>) {
       return argument == nullptr;
@@ -20,10 +19,14 @@ ZemResult OnFilter(IBaseFilter* filter, Operation operation, Arguments... argume
       return false;
     }
   };
-  if ((isNull(arguments) || ...)) {
-    return kRefused;
-  }
-  return operation(filter, arguments...);
+  return (isNull(arguments) || ...);
+}
+
+// Runs `operation(filter, arguments...)`, unless a null pointer among the arguments makes it
+// kRefused.
+template <class Operation, class... Arguments>
+ZemResult OnFilter(IBaseFilter* filter, Operation operation, Arguments... arguments) {
+  return AnyNull(arguments...) ? kRefused : operation(filter, arguments...);
 }
 
 // Runs `operation(filter, arguments...)` on the handle's device. A null handle gives kNoDevice, and

@@ -577,7 +577,209 @@ ZEM_API ZemResult ZEMAPI_UpdateCaliData(void* handle, const uint8_t* data, uint3
 
 /* ---------------------------------------------------------------------------------------------
  * Non-volatile memory and tables
+ *
+ * The camera keeps a small non-volatile memory (NVMEM) that is moved in pieces of at most 29 bytes.
+ * From address 0 it may hold a table store, whose image is
+ *
+ *   byte 0      0xEE, the mark of a valid image
+ *   byte 1      not interpreted
+ *   bytes 2, 3  length of the image in bytes with this header, little-endian
+ *   from 4      entries back to back: a byte that is not interpreted, the table's id, the entry's
+ *               length with its header of 4 bytes (little-endian), the table
+ *
+ * Where an id stands more than once, the first entry counts. A table handle is the first byte of
+ * such an image in 8192 bytes of memory; it is a copy, which other changes of the device do not
+ * refresh. An entry that is shorter than its header or does not end inside the 8192 bytes is
+ * corrupt and ends the search, also on the way to another table.
+ *
+ * The sizes of the caller's buffers for one table are not looked at: they hold what
+ * ZEMAPI_GetTableSize tells. A transport result other than 0 ends a read or write of the memory and
+ * is returned as it stands.
  * ------------------------------------------------------------------------------------------- */
+
+/**
+ * Writes to the vendor unit's non-volatile memory.
+ *
+ * @param handle  device handle
+ * @param address first byte's address; addresses wrap after 0xFFFF
+ * @param data    `length` bytes
+ * @param length  bytes to write; 0 sends nothing
+ * @param written receives the number of bytes that the device has taken, on failure too
+ * @return 0; the transport's result of the piece that failed; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_WriteNVMEM(void* handle, uint16_t address, const uint8_t* data,
+                                    uint32_t length, uint32_t* written);
+
+/**
+ * Reads from the vendor unit's non-volatile memory. A request for a piece that cannot be sent is
+ * passed over: the read of the piece decides.
+ *
+ * @param handle  device handle
+ * @param address first byte's address; addresses wrap after 0xFFFF
+ * @param buffer  receives `length` bytes
+ * @param length  bytes to read; 0 sends nothing
+ * @param read    receives the number of bytes read, on failure too
+ * @return 0; the transport's result of the read that failed; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_ReadNVMEM(void* handle, uint16_t address, uint8_t* buffer, uint32_t length,
+                                   uint32_t* read);
+
+/**
+ * Writes the whole 256-byte memory of the TIRELLA unit.
+ *
+ * @param handle  device handle
+ * @param data    `length` bytes, of which the first 256 are written
+ * @param length  256 or more; a longer one sends an empty piece for every 29 bytes more than the
+ *                ninth piece holds
+ * @param written receives 256; untouched on failure
+ * @return 0; ZEM_E_REFUSED for a length below 256, and nothing is sent; the transport's result of
+ *         the piece that failed; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_TIRELLA_WriteNVMEM(void* handle, const uint8_t* data, uint32_t length,
+                                            uint32_t* written);
+
+/**
+ * Reads the memory of the TIRELLA unit from address 0.
+ *
+ * @param handle device handle
+ * @param buffer receives `length` bytes, but 256 at most; where a read fails, the place of its
+ *               piece is written too
+ * @param length bytes to read; more than 256 count as 256
+ * @param read   receives the number of bytes read; untouched on failure
+ * @return 0; the transport's result of the read that failed; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_TIRELLA_ReadNVMEM(void* handle, uint8_t* buffer, uint32_t length,
+                                           uint32_t* read);
+
+/**
+ * Hands a value to the TIRELLA unit's LED control; what it means is the firmware's.
+ *
+ * @param handle device handle
+ * @param value  the value
+ * @return 0, also when it could not be sent; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_TIRELLA_LedCtrl(void* handle, uint8_t value);
+
+/**
+ * Reads the device's table store into memory.
+ *
+ * @param handle device handle
+ * @param table  receives the table handle, to be given back with ZEMAPI_CloseTableHandle; untouched
+ *               on failure
+ * @return 0; ZEM_E_REFUSED when the device has no image, when the image is longer than 8192 bytes
+ *         or when memory is exhausted; the transport's result when the image cannot be read;
+ *         ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_OpenTableHandle(void* handle, uint8_t** table);
+
+/**
+ * Frees a table handle and sets *table to null. Does nothing when *table is null.
+ *
+ * @param handle not used
+ * @param table  the address of the caller's table handle
+ * @return 0; ZEM_E_REFUSED for a null address
+ */
+ZEM_API ZemResult ZEMAPI_CloseTableHandle(void* handle, uint8_t** table);
+
+/**
+ * Tells a table's size.
+ *
+ * @param handle not used
+ * @param table  table handle
+ * @param id     the table's id
+ * @param size   receives the size in bytes; 0 on failure
+ * @return 0; ZEM_E_REFUSED for a null table handle, and when there is no such table or a corrupt
+ *         entry before it
+ */
+ZEM_API ZemResult ZEMAPI_GetTableSize(void* handle, uint8_t* table, uint8_t id, uint16_t* size);
+
+/**
+ * Copies a table out of a table handle.
+ *
+ * @param handle  not used
+ * @param table   table handle
+ * @param id      the table's id
+ * @param out     receives the table; untouched when there is none
+ * @param outSize not used
+ * @param size    receives the table's size, untouched when there is none; may be null
+ * @return 0, also when there is no such table; ZEM_E_FAIL when an entry is corrupt
+ */
+ZEM_API ZemResult ZEMAPI_ReadTableEx(void* handle, uint8_t* table, uint8_t id, uint8_t* out,
+                                     uint32_t outSize, uint32_t* size);
+
+/**
+ * Replaces a table in a table handle and writes its whole entry to the device. The size of a table
+ * never changes.
+ *
+ * @param handle   device handle; null changes the table handle's image only
+ * @param table    table handle
+ * @param id       the table's id
+ * @param data     as many bytes as the table has
+ * @param dataSize not used
+ * @param size     receives the table's size; may be null
+ * @return 0, also when the device did not take the entry; ZEM_E_REFUSED when there is no such
+ *         table, ZEM_E_FAIL when an entry is corrupt: then nothing is changed or sent
+ */
+ZEM_API ZemResult ZEMAPI_WriteTableEx(void* handle, uint8_t* table, uint8_t id, const uint8_t* data,
+                                      uint32_t dataSize, uint32_t* size);
+
+/**
+ * Copies a table out of the device, reading its first 8192 bytes of memory, marked as an image or
+ * not.
+ *
+ * @param handle  device handle
+ * @param id      the table's id
+ * @param out     receives the table; untouched when there is none
+ * @param outSize not used
+ * @param size    receives the table's size; untouched when there is none
+ * @return 0, also when there is no such table; ZEM_E_FAIL when an entry is corrupt; the transport's
+ *         result when the memory cannot be read; ZEM_E_REFUSED when memory is exhausted;
+ *         ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_ReadTable(void* handle, uint8_t id, uint8_t* out, uint32_t outSize,
+                                   uint32_t* size);
+
+/**
+ * Replaces a table in the device: reads its first 8192 bytes of memory and writes the table's whole
+ * entry back. The size of a table never changes.
+ *
+ * @param handle   device handle
+ * @param id       the table's id
+ * @param data     as many bytes as the table has
+ * @param dataSize not used
+ * @param size     receives the table's size, before the entry is written
+ * @return 0; ZEM_E_REFUSED when there is no such table or memory is exhausted, ZEM_E_FAIL when an
+ *         entry is corrupt: then nothing is written; the transport's result when the memory cannot
+ *         be read or written; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_WriteTable(void* handle, uint8_t id, const uint8_t* data,
+                                    uint32_t dataSize, uint32_t* size);
+
+/**
+ * Replaces the whole table store. The device goes on writing after the call has returned; there is
+ * nothing to wait for. The image is not checked. Drains the calling thread's message queue.
+ *
+ * @param handle device handle
+ * @param image  `length` bytes; may be null when the length is 0
+ * @param length bytes to send
+ * @return 0, also when the image could not be sent whole: the order to write goes out all the same;
+ *         ZEM_E_NO_DEVICE for a null handle or when the announce or the order could not be sent;
+ *         ZEM_E_DEVICE_REFUSED when the device is not idle after the announce, and no more is sent
+ */
+ZEM_API ZemResult ZEMAPI_WriteInitialTable(void* handle, const uint8_t* image, uint32_t length);
+
+/**
+ * Copies the image out of a table handle, as long as it says it is.
+ *
+ * @param handle   not used
+ * @param table    table handle
+ * @param out      receives the image, but `capacity` bytes at most
+ * @param capacity size of `out` in bytes
+ * @param size     receives the number of bytes copied
+ * @return 0
+ */
+ZEM_API ZemResult ZEMAPI_DumpWholeTable(void* handle, uint8_t* table, uint8_t* out,
+                                        uint32_t capacity, uint32_t* size);
 
 /* ---------------------------------------------------------------------------------------------
  * Calls without a handle

@@ -55,6 +55,8 @@ Outcome VendorUnit::Set(std::uint16_t selector, std::span<const std::uint8_t> by
     case vendor_selector::kVcpExtendedCommand:
       return Accept(bytes, vcpExtendedReply_,
                     [this](const LongBlock& block) { return RunVcpExtendedCommand(block); });
+    case vendor_selector::kNvmem:
+      return nvmem_.Set(bytes);
     default:
       return Outcome::kNoSuchControl;
   }
@@ -77,6 +79,8 @@ Outcome VendorUnit::Get(std::uint16_t selector, std::size_t /*length*/,
       return answer(vcpExtendedReply_);
     case vendor_selector::kDeviceInfo:
       return answer(state.deviceInfo);
+    case vendor_selector::kNvmem:
+      return nvmem_.Get(bytes);
     default:
       return Outcome::kNoSuchControl;
   }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "simulator/camera.h"
+#include "simulator/nvmem_control.h"
 
 namespace zem::simulator {
 
@@ -23,6 +24,7 @@ struct VendorState {
   std::array<std::uint8_t, 6> firmwareVersion = {1, 2, 3, 4, 5, 6};
   std::uint8_t checkSumStatus = 0;
   std::array<std::uint8_t, 8> deviceInfo = {0x51, 0x70, 0x01, 0x00, 0x5A, 0x45, 0x00, 0x01};
+  std::vector<std::uint8_t> nvmem = std::vector<std::uint8_t>(8192, 0xFF);
 };
 
 class VendorUnit : public ExtensionUnit {
@@ -54,6 +56,7 @@ class VendorUnit : public ExtensionUnit {
   LongBlock ispExtendedReply_ = {};
   LongBlock vcpExtendedReply_ = {};
   bool codecSelected_ = false;
+  NvmemControl nvmem_{state.nvmem};
 };
 
 }  // namespace zem::simulator

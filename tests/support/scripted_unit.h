@@ -1,4 +1,5 @@
-// An extension unit that accepts everything and answers what the test wrote down.
+// An extension unit that accepts everything and answers what the test wrote down; single controls
+// may be left to a simulated unit.
 #pragma once
 
 #include <cstdint>
@@ -25,10 +26,16 @@ class ScriptedUnit : public simulator::ExtensionUnit {
   // From now on every read of `selector` that has no answer of its own gets these bytes.
   void AlwaysAnswer(std::uint16_t selector, Bytes bytes) { standing_[selector] = std::move(bytes); }
 
+  // From now on `unit`, which must outlive this one, carries out what reaches `selector`.
+  void Delegate(std::uint16_t selector, ExtensionUnit& unit) { delegates_[selector] = &unit; }
+
   // From now on the unit has no such control.
   void Remove(std::uint16_t selector) { removed_.insert(selector); }
 
-  simulator::Outcome Set(std::uint16_t selector, std::span<const std::uint8_t> /*bytes*/) override {
+  simulator::Outcome Set(std::uint16_t selector, std::span<const std::uint8_t> bytes) override {
+    if (const auto delegate = delegates_.find(selector); delegate != delegates_.end()) {
+      return delegate->second->Set(selector, bytes);
+    }
     return removed_.contains(selector) ? simulator::Outcome::kNoSuchControl
                                        : simulator::Outcome::kDone;
   }
@@ -36,6 +43,9 @@ class ScriptedUnit : public simulator::ExtensionUnit {
   simulator::Outcome Get(std::uint16_t selector, std::size_t length, Bytes& bytes) override {
     if (removed_.contains(selector)) {
       return simulator::Outcome::kNoSuchControl;
+    }
+    if (const auto delegate = delegates_.find(selector); delegate != delegates_.end()) {
+      return delegate->second->Get(selector, length, bytes);
     }
     auto& queue = answers_[selector];
     if (!queue.empty()) {
@@ -52,6 +62,7 @@ class ScriptedUnit : public simulator::ExtensionUnit {
  private:
   std::map<std::uint16_t, std::deque<Bytes>> answers_;
   std::map<std::uint16_t, Bytes> standing_;
+  std::map<std::uint16_t, ExtensionUnit*> delegates_;
   std::set<std::uint16_t> removed_;
 };
 
