@@ -38,6 +38,8 @@ TEST(AllocationTest, CommandsAllocateNothing) {
   unsigned short word = 0;
   ZemULong moved = 0;
   OrvaStreamFormat format = {};
+  std::vector<std::uint8_t> memory(256);
+  std::uint32_t count = 0;
   const std::vector<std::function<ZemResult()>> commands = {
       [&] { return ZEMAPI_UvcExtSet(handle, &zem::VendorXu, 1, bytes, 8, &moved); },
       [&] { return ZEMAPI_UvcExtGet(handle, &zem::VendorXu, 1, bytes, 8, &moved); },
@@ -77,6 +79,11 @@ TEST(AllocationTest, CommandsAllocateNothing) {
       [&] { return ZEMAPI_MulticastStreamID(handle, 1); },
       [&] { return ZEMAPI_MulticasToggleLayer(handle, 1); },
       [&] { return ZEMAPI_MulticastCommit(handle, 1, 2, 3, 4, 5); },
+      [&] { return ZEMAPI_WriteNVMEM(handle, 0, memory.data(), 256, &count); },
+      [&] { return ZEMAPI_ReadNVMEM(handle, 0, memory.data(), 256, &count); },
+      [&] { return ZEMAPI_TIRELLA_WriteNVMEM(handle, memory.data(), 256, &count); },
+      [&] { return ZEMAPI_TIRELLA_ReadNVMEM(handle, memory.data(), 256, &count); },
+      [&] { return ZEMAPI_TIRELLA_LedCtrl(handle, 1); },
   };
   for (std::size_t index = 0; index < commands.size(); ++index) {
     const std::uint64_t before = AllocationCount();
