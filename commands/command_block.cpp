@@ -26,8 +26,9 @@ HRESULT ReadBlock(std::uint16_t selector, Block& block, IBaseFilter* filter) {
 
 template <class Block>
 Exchange<Block> SendCommand(const Channel<Block>& channel, const Block& command,
-                            IBaseFilter* filter) {
+                            IBaseFilter* filter, const Block& before) {
   Exchange<Block> exchange;
+  exchange.reply = before;
   exchange.written = WriteBlock(channel.commandSelector, command, filter);
   if (SUCCEEDED(exchange.written)) {
     exchange.read = ReadBlock(channel.replySelector, exchange.reply, filter);
@@ -56,13 +57,13 @@ HRESULT StandardCommand(const Channel<CommandBlock>& channel, const CommandBlock
 template HRESULT WriteBlock(std::uint16_t, CommandBlock, IBaseFilter*);
 template HRESULT ReadBlock(std::uint16_t, CommandBlock&, IBaseFilter*);
 template Exchange<CommandBlock> SendCommand(const Channel<CommandBlock>&, const CommandBlock&,
-                                            IBaseFilter*);
+                                            IBaseFilter*, const CommandBlock&);
 template HRESULT StandardResult(const Exchange<CommandBlock>&);
 
 template HRESULT WriteBlock(std::uint16_t, ExtendedBlock, IBaseFilter*);
 template HRESULT ReadBlock(std::uint16_t, ExtendedBlock&, IBaseFilter*);
 template Exchange<ExtendedBlock> SendCommand(const Channel<ExtendedBlock>&, const ExtendedBlock&,
-                                             IBaseFilter*);
+                                             IBaseFilter*, const ExtendedBlock&);
 template HRESULT StandardResult(const Exchange<ExtendedBlock>&);
 
 }  // namespace zem

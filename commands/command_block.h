@@ -50,21 +50,33 @@ template <class Block>
 struct Exchange {
   HRESULT written = 0;  // the platform's result of the write
   HRESULT read = 0;     // of the read; no read is made after a failed write
-  Block reply = {};     // zeros wherever nothing was read
+  Block reply = {};     // zeros wherever nothing was read, unless told otherwise
 
   std::uint8_t status() const { return reply[0]; }
 };
 
-// Writes `command` and, if that did not fail, reads the reply.
+// Writes `command` and, if that did not fail, reads the reply over `before`.
 template <class Block>
 Exchange<Block> SendCommand(const Channel<Block>& channel, const Block& command,
-                            IBaseFilter* filter);
+                            IBaseFilter* filter, const Block& before = {});
 
 // The rule by which most commands are judged: a failed write is kNoDevice, a status other than 0 is
 // kDeviceRefused, all else 0. A failed read is deliberately not looked at: its zeros look like
 // success.
 template <class Block>
 HRESULT StandardResult(const Exchange<Block>& exchange);
+
+// The other rule: the failed write's own result, or else the read's. The status is not looked at.
+template <class Block>
+HRESULT TransportResult(const Exchange<Block>& exchange) {
+  return FAILED(exchange.written) ? exchange.written : exchange.read;
+}
+
+// TransportResult, but kDeviceRefused for a status other than 0.
+template <class Block>
+HRESULT TransportAndStatusResult(const Exchange<Block>& exchange) {
+  return exchange.status() != 0 ? HRESULT{ZEM_E_DEVICE_REFUSED} : TransportResult(exchange);
+}
 
 // One command by the standard rule; its reply goes to `reply` when, and only when, the device
 // accepted.

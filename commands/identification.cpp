@@ -1,9 +1,11 @@
 #include "commands/identification.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "commands/command_block.h"
+#include "device/transport.h"
 #include "platform/result.h"
 
 namespace zem {
@@ -15,6 +17,13 @@ constexpr CommandBlock kCheckSumCommand = {0x06};
 
 // Status by which the firmware says that its check sum is wrong.
 constexpr std::uint8_t kCheckSumWrong = 0x80;
+
+constexpr CommandBlock kPrepareSensorSerial = {0x19, 0x81};
+constexpr ULONG kSensorSerialSize = 32;
+
+// Every version of the Skype unit below kFirstTrueSkypeVersion is reported as kOldSkypeVersion.
+constexpr std::uint8_t kOldSkypeVersion = 0x12;
+constexpr std::uint8_t kFirstTrueSkypeVersion = 0x14;
 
 }  // namespace
 
@@ -63,6 +72,27 @@ HRESULT GetDeviceInfo(IBaseFilter* filter, std::uint8_t* info) {
     return kNoDevice;
   }
   std::copy(block.begin(), block.end(), info);
+  return S_OK;
+}
+
+HRESULT GetSensorSN(IBaseFilter* filter, std::uint8_t* serial) {
+  const HRESULT written = WriteBlock(kVcpChannel.commandSelector, kPrepareSensorSerial, filter);
+  ULONG moved = 0;
+  // Deliberate: read whatever became of the command, and not looked at.
+  static_cast<void>(XuGetControl(VendorXu, vendor_selector::kSensorSerial, serial,
+                                 kSensorSerialSize, &moved, filter));
+  return FAILED(written) ? kNoDevice : S_OK;
+}
+
+HRESULT GetSkypeXUVersion(IBaseFilter* filter, std::uint8_t* version) {
+  std::uint8_t read = 0;
+  ULONG moved = 0;
+  if (FAILED(
+          XuGetControl(SkypeXu, skype_selector::kVersion, &read, sizeof(read), &moved, filter))) {
+    return kRefused;
+  }
+  // Deliberate: callers tell older versions apart from newer ones by this floor.
+  *version = read < kFirstTrueSkypeVersion ? kOldSkypeVersion : read;
   return S_OK;
 }
 

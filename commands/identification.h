@@ -1,7 +1,8 @@
-// What the camera says of itself: firmware version, check sum, device information.
+// What the camera says of itself: firmware version and build date, check sum, device information,
+// serial number of its sensor, version of its Skype unit.
 //
 // Results are those of the exports of the same meaning in include/ZemUVCExtApi.h. `filter` is the
-// device; outputs must not be null and are written on success only.
+// device; outputs must not be null and are written on success only, but for GetSensorSN's.
 #pragma once
 
 #include <cstdint>
@@ -23,5 +24,10 @@ HRESULT GetCheckSumResult(IBaseFilter* filter);
 
 // Eight bytes.
 HRESULT GetDeviceInfo(IBaseFilter* filter, std::uint8_t* info);
+
+// Thirty-two bytes.
+HRESULT GetSensorSN(IBaseFilter* filter, std::uint8_t* serial);
+
+HRESULT GetSkypeXUVersion(IBaseFilter* filter, std::uint8_t* version);
 
 }  // namespace zem

@@ -26,10 +26,6 @@ Exchange<Block> SendRaw(const Channel<Block>& channel, IBaseFilter* filter,
   return exchange;
 }
 
-HRESULT TransportResult(const Exchange<CommandBlock>& exchange) {
-  return FAILED(exchange.written) ? exchange.written : exchange.read;
-}
-
 }  // namespace
 
 HRESULT IspCommand(IBaseFilter* filter, const std::uint8_t* command, std::uint8_t* reply) {

@@ -30,6 +30,7 @@ inline constexpr std::uint16_t kIspExtendedReply = 7;
 inline constexpr std::uint16_t kMemoryRead = 8;  // and flash read-back in long chunks
 inline constexpr std::uint16_t kMemoryWrite = 9;
 inline constexpr std::uint16_t kDeviceInfo = 10;
+inline constexpr std::uint16_t kSensorSerial = 11;
 inline constexpr std::uint16_t kSlowFlashRead = 11;
 inline constexpr std::uint16_t kH264ListRead = 11;
 inline constexpr std::uint16_t kFastBulkData = 13;

@@ -405,7 +405,142 @@ ZEM_API ZemResult ZEMAPI_GetDeviceInfo(void* handle, unsigned char* info);
 
 /* ---------------------------------------------------------------------------------------------
  * Image tuning and information
+ *
+ * Results are those of the registers and vendor commands above, unless a function says otherwise.
+ * What the values mean is the firmware's: they are sent as they are.
  * ------------------------------------------------------------------------------------------- */
+
+/**
+ * Reads the day on which the firmware was built, such as "2021.Dec.15".
+ *
+ * The camera sends a two-digit year, a month of three characters and a day of two; the century and
+ * the dots are the library's.
+ *
+ * @param handle device handle
+ * @param date   receives 12 bytes: 11 characters and a zero byte
+ * @return as all commands
+ */
+ZEM_API ZemResult ZEMAPI_GetFWBuildDate(void* handle, char* date);
+
+/** Switches auto focus: 0 off, 1 on. */
+ZEM_API ZemResult ZEMAPI_EnableAF(void* handle, unsigned char enable);
+
+/** Switches auto exposure: 0 off, 1 on. */
+ZEM_API ZemResult ZEMAPI_EnableAE(void* handle, unsigned char enable);
+
+/**
+ * Reads the nine accumulators of the focus measurement, one command each.
+ *
+ * Ends at the first command that cannot be written or is refused; the values read until then stay.
+ * A reply that cannot be read counts as a repetition of the one before it, the first as zeros.
+ *
+ * @param handle device handle
+ * @param values receives up to 9 values
+ * @return as all commands
+ */
+ZEM_API ZemResult ZEMAPI_GetAFACC(void* handle, unsigned int* values);
+
+/**
+ * Sets the video recording mode. No reply is read.
+ *
+ * @return ZEM_E_NO_DEVICE for a null handle or a failed write, else the platform's result of the
+ *         write
+ */
+ZEM_API ZemResult ZEMAPI_SetVideoRecMode(void* handle, unsigned char mode);
+
+/**
+ * Sets the three gains of the white balance. The device's status is not looked at.
+ *
+ * @return ZEM_E_NO_DEVICE for a null handle; the platform's failure of the write, else its result
+ *         of reading the reply
+ */
+ZEM_API ZemResult ZEMAPI_SetAWBGain(void* handle, unsigned short gain1, unsigned short gain2,
+                                    unsigned short gain3);
+
+/**
+ * Reads the three gains of the white balance. The device's status is not looked at.
+ *
+ * @param handle device handle
+ * @param gain1  receives the first gain; as the other two also on a failure of the platform, and
+ *               then 0 when no reply arrived
+ * @param gain2  receives the second gain
+ * @param gain3  receives the third gain
+ * @return as ZEMAPI_SetAWBGain
+ */
+ZEM_API ZemResult ZEMAPI_GetAWBGain(void* handle, unsigned short* gain1, unsigned short* gain2,
+                                    unsigned short* gain3);
+
+/**
+ * Switches the gain between manual and automatic: the standard control with property number 7 keeps
+ * its value and changes its flags, then the firmware is told. A standard control that cannot be
+ * written does not stop that.
+ *
+ * @param handle device handle
+ * @param enable 0 automatic, anything else manual
+ * @return ZEM_E_NO_DEVICE for a null handle; ZEM_E_DEVICE_REFUSED when the device lacks the video
+ *         processing amplifier or answered the command with a status other than 0; the platform's
+ *         failure of reading the standard control, of writing the command, or its result of reading
+ *         the reply
+ */
+ZEM_API ZemResult ZEMAPI_EnableManualGainCtrl(void* handle, int enable);
+
+/**
+ * Sets the correction of lens shading.
+ *
+ * @return ZEM_E_NO_DEVICE for a null handle; ZEM_E_DEVICE_REFUSED for a device status other than 0;
+ *         the platform's failure of the write, else its result of reading the reply
+ */
+ZEM_API ZemResult ZEMAPI_SetShadding(void* handle, unsigned char value);
+
+/**
+ * Writes the six bytes of miscellaneous settings.
+ *
+ * @param handle   device handle
+ * @param settings 6 bytes
+ * @return as ZEMAPI_SetShadding
+ */
+ZEM_API ZemResult ZEMAPI_SetMiscSetting(void* handle, const unsigned char* settings);
+
+/**
+ * Reads the six bytes of miscellaneous settings.
+ *
+ * @param handle   device handle
+ * @param settings receives 6 bytes; untouched when the command could not be written or was refused,
+ *                 zeros when the reply could not be read
+ * @return as ZEMAPI_SetShadding
+ */
+ZEM_API ZemResult ZEMAPI_GetMiscSetting(void* handle, unsigned char* settings);
+
+/** Lets the firmware apply its own MJPEG quality. Results as ZEMAPI_SetShadding. */
+ZEM_API ZemResult ZEMAPI_SetMjpgQuality(void* handle);
+
+/** Chooses an image effect. Results as ZEMAPI_SetShadding. */
+ZEM_API ZemResult ZEMAPI_SetImageEffect(void* handle, unsigned char effect);
+
+/** Sets the encoder's highest quantiser. */
+ZEM_API ZemResult ZEMAPI_SetMaxQP(void* handle, unsigned char qp);
+
+/** Sets the encoder's lowest quantiser. */
+ZEM_API ZemResult ZEMAPI_SetMinQP(void* handle, unsigned char qp);
+
+/**
+ * Reads the image sensor's serial number: a command that prepares it, then 32 bytes, which are read
+ * whatever became of the command. A failed read is not reported.
+ *
+ * @param handle device handle
+ * @param serial receives 32 bytes; what was not read stays as it was
+ * @return 0, or ZEM_E_NO_DEVICE for a null handle or when the command could not be written
+ */
+ZEM_API ZemResult ZEMAPI_GetSensorSN(void* handle, unsigned char* serial);
+
+/**
+ * Reads the version of the Skype extension unit.
+ *
+ * @param handle  device handle
+ * @param version receives one byte; 0x12 for every version below 0x14; untouched on failure
+ * @return 0; ZEM_E_REFUSED when it cannot be read; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_GetSkypeXUVersion(void* handle, unsigned char* version);
 
 /* ---------------------------------------------------------------------------------------------
  * Standard camera, video and audio controls

@@ -189,4 +189,13 @@ struct IKsControl : IUnknown {
 
 struct KSTOPOLOGY_CONNECTION;
 
+// ---- Standard controls ----
+
+struct IAMVideoProcAmp : IUnknown {
+  virtual HRESULT STDMETHODCALLTYPE GetRange(LONG property, LONG* minimum, LONG* maximum,
+                                             LONG* step, LONG* defaultValue, LONG* capsFlags) = 0;
+  virtual HRESULT STDMETHODCALLTYPE Set(LONG property, LONG value, LONG flags) = 0;
+  virtual HRESULT STDMETHODCALLTYPE Get(LONG property, LONG* value, LONG* flags) = 0;
+};
+
 #include "platform/ks_topology_info.h"

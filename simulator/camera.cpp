@@ -107,4 +107,54 @@ Outcome Camera::Get(std::size_t node, std::uint16_t selector, std::span<std::uin
   return outcome;
 }
 
+// Finds a standard control for one access to it.
+Outcome Camera::UseControl(ControlFamily family, std::int32_t property, StandardControl*& control) {
+  const Disturbance disturbance = NextTransfer();
+  if (unplugged_) {
+    return Outcome::kUnplugged;
+  }
+  if (disturbance.fail) {
+    return Outcome::kFailed;
+  }
+  StandardControls& controls = controls_[family];
+  const auto found = controls.find(property);
+  if (found == controls.end()) {
+    return Outcome::kNoSuchControl;
+  }
+  control = &found->second;
+  return Outcome::kDone;
+}
+
+Outcome Camera::GetControl(ControlFamily family, std::int32_t property, ControlSetting& setting) {
+  StandardControl* control = nullptr;
+  const Outcome outcome = UseControl(family, property, control);
+  if (outcome == Outcome::kDone) {
+    setting = control->setting;
+  }
+  return outcome;
+}
+
+Outcome Camera::SetControl(ControlFamily family, std::int32_t property,
+                           const ControlSetting& setting) {
+  StandardControl* control = nullptr;
+  const Outcome outcome = UseControl(family, property, control);
+  if (outcome != Outcome::kDone) {
+    return outcome;
+  }
+  if (!control->Takes(setting)) {
+    return Outcome::kInvalidValue;
+  }
+  control->Apply(setting);
+  return Outcome::kDone;
+}
+
+Outcome Camera::GetControlRange(ControlFamily family, std::int32_t property, ControlRange& range) {
+  StandardControl* control = nullptr;
+  const Outcome outcome = UseControl(family, property, control);
+  if (outcome == Outcome::kDone) {
+    range = control->range;
+  }
+  return outcome;
+}
+
 }  // namespace zem::simulator

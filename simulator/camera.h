@@ -6,12 +6,14 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <span>
 #include <vector>
 
 #include "platform/com.h"
 #include "simulator/faults.h"
+#include "simulator/standard_controls.h"
 
 namespace zem::simulator {
 
@@ -19,6 +21,7 @@ enum class Outcome {
   kDone,
   kNoSuchControl,  // the unit has no such control, or not in that direction
   kWrongLength,    // the length does not suit the control
+  kInvalidValue,   // the control does not take this value
   kFailed,         // the device stalled the transfer
   kUnplugged,      // the device is gone
 };
@@ -68,6 +71,12 @@ class Camera {
     return added;
   }
 
+  // Gives the camera a family of standard controls.
+  void AddControls(ControlFamily family, StandardControls controls) {
+    controls_[family] = std::move(controls);
+  }
+  bool HasControls(ControlFamily family) const { return controls_.contains(family); }
+
   void AddFault(const Fault& fault) { faults_.push_back(fault); }
 
   // Called for every transfer once its outcome is known.
@@ -82,6 +91,9 @@ class Camera {
     return node < nodes_.size() ? nodes_[node].get() : nullptr;
   }
 
+  // Transfers so far, by which faults count.
+  std::uint32_t transfers() const { return transfers_; }
+
   bool unplugged() const { return unplugged_; }
   void Unplug();
 
@@ -93,6 +105,11 @@ class Camera {
   // Reads into `bytes`; `reported` becomes the byte count that the camera says it moved.
   Outcome Get(std::size_t node, std::uint16_t selector, std::span<std::uint8_t> bytes,
               std::uint32_t& reported);
+
+  // Standard controls. Each access is a transfer that can fail, but not one that is observed.
+  Outcome GetControl(ControlFamily family, std::int32_t property, ControlSetting& setting);
+  Outcome SetControl(ControlFamily family, std::int32_t property, const ControlSetting& setting);
+  Outcome GetControlRange(ControlFamily family, std::int32_t property, ControlRange& range);
 
  private:
   // What the faults make of a transfer.
@@ -108,12 +125,14 @@ class Camera {
   Outcome Answer(ExtensionUnit& unit, std::uint16_t selector, std::size_t length,
                  const Disturbance& disturbance, std::vector<std::uint8_t>& answer);
   void Report(const Transfer& transfer) const;
+  Outcome UseControl(ControlFamily family, std::int32_t property, StandardControl*& control);
 
   std::vector<std::unique_ptr<ExtensionUnit>> nodes_;
+  std::map<ControlFamily, StandardControls> controls_;
   std::vector<Fault> faults_;
   std::function<void(const Transfer&)> observer_;
   std::function<void()> unplugObserver_;
-  std::uint64_t transfers_ = 0;
+  std::uint32_t transfers_ = 0;
   bool unplugged_ = false;
 };
 

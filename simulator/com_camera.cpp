@@ -5,6 +5,8 @@
 #include <cstring>
 #include <utility>
 
+#include "simulator/com_controls.h"
+
 namespace zem::simulator {
 namespace {
 
@@ -119,7 +121,7 @@ class CameraFilter : public ComObject<IBaseFilter, IKsTopologyInfo> {
     } else if (iid == IID_IBaseFilter || iid == IID_IUnknown) {
       *object = static_cast<IBaseFilter*>(this);
     } else {
-      return E_NOINTERFACE;
+      return QueryControls(camera_, gate_, iid, object);
     }
     AddRef();
     return S_OK;
@@ -216,6 +218,8 @@ HRESULT ResultOf(Outcome outcome) {
       return kNotFound;
     case Outcome::kWrongLength:
       return kMoreData;
+    case Outcome::kInvalidValue:
+      return kInvalidParameter;
     case Outcome::kFailed:
       return kGenFailure;
     case Outcome::kUnplugged:

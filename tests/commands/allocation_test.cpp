@@ -35,6 +35,9 @@ TEST(AllocationTest, CommandsAllocateNothing) {
   ASSERT_EQ(ZEMAPI_OpenDeviceBySourceFilter(&camera, &handle), 0);
   unsigned char bytes[16] = {};
   char chars[8] = {};
+  char date[12] = {};
+  unsigned char serial[32] = {};
+  unsigned values[9] = {};
   unsigned short word = 0;
   ZemULong moved = 0;
   OrvaStreamFormat format = {};
@@ -65,6 +68,22 @@ TEST(AllocationTest, CommandsAllocateNothing) {
       [&] { return ZEMAPI_IspCommandEx(handle, bytes, bytes); },
       [&] { return ZEMAPI_VcpCommandEx(handle, bytes, bytes); },
       [&] { return ZEMAPI_GetDeviceInfo(handle, bytes); },
+      [&] { return ZEMAPI_GetFWBuildDate(handle, date); },
+      [&] { return ZEMAPI_EnableAF(handle, 1); },
+      [&] { return ZEMAPI_EnableAE(handle, 1); },
+      [&] { return ZEMAPI_GetAFACC(handle, values); },
+      [&] { return ZEMAPI_SetVideoRecMode(handle, 1); },
+      [&] { return ZEMAPI_SetAWBGain(handle, 1, 2, 3); },
+      [&] { return ZEMAPI_GetAWBGain(handle, &word, &word, &word); },
+      [&] { return ZEMAPI_SetShadding(handle, 1); },
+      [&] { return ZEMAPI_SetMiscSetting(handle, bytes); },
+      [&] { return ZEMAPI_GetMiscSetting(handle, bytes); },
+      [&] { return ZEMAPI_SetMjpgQuality(handle); },
+      [&] { return ZEMAPI_SetImageEffect(handle, 1); },
+      [&] { return ZEMAPI_SetMaxQP(handle, 1); },
+      [&] { return ZEMAPI_SetMinQP(handle, 1); },
+      [&] { return ZEMAPI_GetSensorSN(handle, serial); },
+      [&] { return ZEMAPI_GetSkypeXUVersion(handle, bytes); },
       [&] { return ZEMAPI_SetFps(handle, 30); },
       [&] { return ZEMAPI_SetBitRate(handle, 1000); },
       [&] { return ZEMAPI_ForceIFrame(handle); },

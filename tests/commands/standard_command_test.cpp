@@ -70,6 +70,14 @@ const std::vector<Command> kCommands = {
      [](void* handle, Outputs& out) { return ZEMAPI_GetFWVersion(handle, out.chars); }},
     {"GetCheckSumResult", 5, ZEM_E_REFUSED, false,
      [](void* handle, Outputs&) { return ZEMAPI_GetCheckSumResult(handle); }},
+    {"EnableAF", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_EnableAF(handle, 1); }},
+    {"EnableAE", 2, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_EnableAE(handle, 1); }},
+    {"SetMaxQP", 5, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_SetMaxQP(handle, 1); }},
+    {"SetMinQP", 5, ZEM_E_DEVICE_REFUSED, false,
+     [](void* handle, Outputs&) { return ZEMAPI_SetMinQP(handle, 1); }},
     {"SetFps", 2, ZEM_E_DEVICE_REFUSED, false,
      [](void* handle, Outputs&) { return ZEMAPI_SetFps(handle, 30); }},
     {"SetBitRate", 2, ZEM_E_DEVICE_REFUSED, false,
@@ -164,6 +172,7 @@ using NullOutputTest = DeviceTest;
 
 TEST_F(NullOutputTest, NullPointersAreRefusedBehindTheHandleAndNothingIsSent) {
   unsigned char block[16] = {};
+  unsigned short gain = 0;
   const std::vector<std::function<ZemResult(void*)>> calls = {
       [](void* camera) { return ZEMAPI_GetRegister(camera, 1, nullptr); },
       [](void* camera) { return ZEMAPI_GetSensorRegister(camera, 1, nullptr); },
@@ -175,6 +184,15 @@ TEST_F(NullOutputTest, NullPointersAreRefusedBehindTheHandleAndNothingIsSent) {
       },
       [](void* camera) { return ZEMAPI_ReadCodecReg(camera, 1, nullptr); },
       [](void* camera) { return ZEMAPI_GetDeviceInfo(camera, nullptr); },
+      [](void* camera) { return ZEMAPI_GetFWBuildDate(camera, nullptr); },
+      [](void* camera) { return ZEMAPI_GetAFACC(camera, nullptr); },
+      [&](void* camera) { return ZEMAPI_GetAWBGain(camera, nullptr, &gain, &gain); },
+      [&](void* camera) { return ZEMAPI_GetAWBGain(camera, &gain, nullptr, &gain); },
+      [&](void* camera) { return ZEMAPI_GetAWBGain(camera, &gain, &gain, nullptr); },
+      [](void* camera) { return ZEMAPI_SetMiscSetting(camera, nullptr); },
+      [](void* camera) { return ZEMAPI_GetMiscSetting(camera, nullptr); },
+      [](void* camera) { return ZEMAPI_GetSensorSN(camera, nullptr); },
+      [](void* camera) { return ZEMAPI_GetSkypeXUVersion(camera, nullptr); },
       [&](void* camera) { return ZEMAPI_IspCommand(camera, nullptr, block); },
       [&](void* camera) { return ZEMAPI_IspCommand(camera, block, nullptr); },
       [&](void* camera) { return ZEMAPI_VcpCommand(camera, nullptr, block); },

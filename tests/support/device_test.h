@@ -60,7 +60,7 @@ class DeviceTest : public ::testing::Test {
 
   // The camera fails its n-th transfer from now on, counted from 1.
   void FailTransfer(std::uint32_t n) {
-    camera_->AddFault({simulator::Fault::Kind::kFail, transfers_ + n, 1, 0});
+    camera_->AddFault({simulator::Fault::Kind::kFail, camera_->transfers() + n, 1, 0});
   }
 
   // All transfers since the last call: "set vendor 1: 0a 00 ..." or "get vendor 2 [8]", with
@@ -85,7 +85,6 @@ class DeviceTest : public ::testing::Test {
   std::vector<simulator::ListedDevice> devices_;
   void* handle_ = nullptr;
   Lines wire_;
-  std::uint32_t transfers_ = 0;
 };
 
 }  // namespace zem::testing

@@ -1,0 +1,98 @@
+#include "simulator/com_controls.h"
+
+#include <string>
+#include <utility>
+
+#include "simulator/com_camera.h"
+
+namespace zem::simulator {
+namespace {
+
+// Either interface has these three methods in this order.
+template <class Interface, ControlFamily family>
+class ControlInterface : public ComObject<Interface> {
+ public:
+  ControlInterface(std::shared_ptr<Camera> camera, CallGate* gate, const char* name,
+                   const GUID& iid)
+      : camera_(std::move(camera)), gate_(gate), name_(name), iid_(iid) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    return QueryOne<Interface>(this, iid_, iid, object);
+  }
+
+  HRESULT STDMETHODCALLTYPE GetRange(LONG property, LONG* minimum, LONG* maximum, LONG* step,
+                                     LONG* defaultValue, LONG* flags) override {
+    if (const HRESULT refused = Pass("GetRange"); FAILED(refused)) {
+      return refused;
+    }
+    ControlRange range;
+    const Outcome outcome = camera_->GetControlRange(family, property, range);
+    if (outcome == Outcome::kDone) {
+      *minimum = range.minimum;
+      *maximum = range.maximum;
+      *step = range.step;
+      *defaultValue = range.defaultValue;
+      *flags = range.flags;
+    }
+    return ResultOf(outcome);
+  }
+
+  HRESULT STDMETHODCALLTYPE Set(LONG property, LONG value, LONG flags) override {
+    if (const HRESULT refused = Pass("Set"); FAILED(refused)) {
+      return refused;
+    }
+    return ResultOf(camera_->SetControl(family, property, {value, flags}));
+  }
+
+  HRESULT STDMETHODCALLTYPE Get(LONG property, LONG* value, LONG* flags) override {
+    if (const HRESULT refused = Pass("Get"); FAILED(refused)) {
+      return refused;
+    }
+    ControlSetting setting;
+    const Outcome outcome = camera_->GetControl(family, property, setting);
+    if (outcome == Outcome::kDone) {
+      *value = setting.value;
+      *flags = setting.flags;
+    }
+    return ResultOf(outcome);
+  }
+
+ private:
+  HRESULT Pass(const char* method) const {
+    return Enter(gate_, (std::string(name_) + "::" + method).c_str());
+  }
+
+  std::shared_ptr<Camera> camera_;
+  CallGate* gate_;
+  const char* name_;
+  GUID iid_;
+};
+
+template <class Interface, ControlFamily family>
+HRESULT Make(const std::shared_ptr<Camera>& camera, CallGate* gate, const char* name,
+             const GUID& iid, void** object) {
+  const std::string call = std::string("QueryInterface(") + name + ")";
+  if (const HRESULT refused = Enter(gate, call.c_str()); FAILED(refused)) {
+    return refused;
+  }
+  if (!camera->HasControls(family)) {
+    return E_NOINTERFACE;
+  }
+  *object =
+      static_cast<Interface*>(new ControlInterface<Interface, family>(camera, gate, name, iid));
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT QueryControls(const std::shared_ptr<Camera>& camera, CallGate* gate, REFIID iid,
+                      void** object) {
+  *object = nullptr;
+  if (iid == IID_IAMVideoProcAmp) {
+    return Make<IAMVideoProcAmp, ControlFamily::kVideoProcessing>(camera, gate, "IAMVideoProcAmp",
+                                                                  iid, object);
+  }
+  return E_NOINTERFACE;
+}
+
+}  // namespace zem::simulator
