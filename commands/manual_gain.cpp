@@ -1,7 +1,7 @@
 #include "commands/manual_gain.h"
 
 #include "commands/command_block.h"
-#include "platform/com_ptr.h"
+#include "device/standard_controls.h"
 #include "platform/result.h"
 
 namespace zem {
@@ -14,18 +14,10 @@ constexpr LONG kGainProperty = 7;
 constexpr LONG kAutomatic = 1;
 constexpr LONG kManual = 2;
 
-ComPtr<IAMVideoProcAmp> AskForAmplifier(IBaseFilter* filter) {
-  ComPtr<IAMVideoProcAmp> amplifier;
-  if (FAILED(filter->QueryInterface(IID_IAMVideoProcAmp, amplifier.ReceiveVoid()))) {
-    amplifier.Reset();
-  }
-  return amplifier;
-}
-
 }  // namespace
 
 HRESULT EnableManualGainCtrl(IBaseFilter* filter, int enable) {
-  ComPtr<IAMVideoProcAmp> amplifier = AskForAmplifier(filter);
+  auto amplifier = AskForControls<IAMVideoProcAmp>(filter);
   if (!amplifier) {
     return kDeviceRefused;
   }
@@ -36,7 +28,7 @@ HRESULT EnableManualGainCtrl(IBaseFilter* filter, int enable) {
   }
   amplifier.Reset();
   // Deliberate: neither the second request for the interface nor the write may stop the command.
-  amplifier = AskForAmplifier(filter);
+  amplifier = AskForControls<IAMVideoProcAmp>(filter);
   if (amplifier) {
     static_cast<void>(amplifier->Set(kGainProperty, value, enable != 0 ? kManual : kAutomatic));
     amplifier.Reset();

@@ -36,8 +36,11 @@
 typedef long ZemResult;
 /** Length or byte count of a raw transfer; the platform's `unsigned long`, 32 bits wide. */
 typedef unsigned long ZemULong;
+/** Number of a standard control; the platform's `long`, 32 bits wide. */
+typedef long ZemLong;
 #else
 typedef int32_t ZemResult;
+typedef int32_t ZemLong;
 typedef uint32_t ZemULong;
 #endif
 
@@ -544,7 +547,102 @@ ZEM_API ZemResult ZEMAPI_GetSkypeXUVersion(void* handle, unsigned char* version)
 
 /* ---------------------------------------------------------------------------------------------
  * Standard camera, video and audio controls
+ *
+ * Properties, values and flags are the platform's own: VideoProcAmpProperty for the video
+ * processing amplifier, CameraControlProperty for the camera terminal, flags 1 automatic and 2
+ * manual.
  * ------------------------------------------------------------------------------------------- */
+
+/**
+ * Reads a property of the video processing amplifier.
+ *
+ * @param handle   device handle
+ * @param property such as VideoProcAmp_Brightness
+ * @param value    receives the value
+ * @param flags    receives the flags
+ * @return the platform's result unchanged; ZEM_E_DEVICE_REFUSED when the device has no such
+ *         controls at all; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_GetVideoProcAmp(void* handle, ZemLong property, ZemLong* value,
+                                         ZemLong* flags);
+
+/** Sets a property of the video processing amplifier. Results as ZEMAPI_GetVideoProcAmp. */
+ZEM_API ZemResult ZEMAPI_SetVideoProcAmp(void* handle, ZemLong property, ZemLong value,
+                                         ZemLong flags);
+
+/**
+ * Reads what a property of the video processing amplifier can be set to.
+ *
+ * @param handle       device handle
+ * @param property     such as VideoProcAmp_Brightness
+ * @param minimum      receives the lowest value
+ * @param maximum      receives the highest value
+ * @param step         receives the distance of two values
+ * @param defaultValue receives the value at first
+ * @param capsFlags    receives the flags that can be set
+ * @return as ZEMAPI_GetVideoProcAmp
+ */
+ZEM_API ZemResult ZEMAPI_GetVideoProcAmpRange(void* handle, ZemLong property, ZemLong* minimum,
+                                              ZemLong* maximum, ZemLong* step,
+                                              ZemLong* defaultValue, ZemLong* capsFlags);
+
+/** ZEMAPI_GetVideoProcAmp for a property of the camera terminal, such as CameraControl_Exposure. */
+ZEM_API ZemResult ZEMAPI_GetCameraControl(void* handle, ZemLong property, ZemLong* value,
+                                          ZemLong* flags);
+
+/** ZEMAPI_SetVideoProcAmp for a property of the camera terminal. */
+ZEM_API ZemResult ZEMAPI_SetCameraControl(void* handle, ZemLong property, ZemLong value,
+                                          ZemLong flags);
+
+/** ZEMAPI_GetVideoProcAmpRange for a property of the camera terminal. */
+ZEM_API ZemResult ZEMAPI_GetCameraControlRange(void* handle, ZemLong property, ZemLong* minimum,
+                                               ZemLong* maximum, ZemLong* step,
+                                               ZemLong* defaultValue, ZemLong* capsFlags);
+
+/**
+ * Hands out the kernel-streaming node interface IVideoProcAmp of the first topology node that gives
+ * one.
+ *
+ * *videoProcAmp is not cleared first: set it to null before the call.
+ *
+ * @param handle       device handle
+ * @param videoProcAmp receives the interface, the caller's to release; as it was when the device
+ * has no nodes
+ * @return the platform's result of the last node asked, 0 when there are no nodes, or its failure
+ * of reaching the topology; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_Get_IVideoProcAmp_Interface(void* handle, void** videoProcAmp);
+
+/**
+ * Opens the audio input (microphone) with the given display name, compared as by
+ * ZEMAPI_OpenDeviceByPath. COM stays initialised once for the calling thread;
+ * ZEMAPI_AudioCloseDevice does not take that back.
+ *
+ * @param displayName the moniker's display name
+ * @param audio       receives the device's filter, released with ZEMAPI_AudioCloseDevice; untouched
+ *                    on failure
+ * @return 0; ZEM_E_FAIL when no audio input has the name; or the platform's failure
+ */
+ZEM_API ZemResult ZEMAPI_AudioOpenDeviceByPath(const wchar_t* displayName,
+                                               struct IBaseFilter** audio);
+
+/**
+ * Releases an audio input and sets *audio to null.
+ *
+ * @param audio address of the filter; neither it nor *audio may be null
+ * @return 0, which says nothing
+ */
+ZEM_API ZemResult ZEMAPI_AudioCloseDevice(struct IBaseFilter** audio);
+
+/**
+ * Sets the recording level of an audio input.
+ *
+ * @param audio  the filter; null is a success that does nothing
+ * @param volume percent: 0 silence, 100 full level. Other values are handed on as such and the
+ *               platform decides
+ * @return the platform's result unchanged, also for an audio input without a mixer
+ */
+ZEM_API ZemResult ZEMAPI_AudioSetVolume(struct IBaseFilter* audio, int volume);
 
 /* ---------------------------------------------------------------------------------------------
  * Bulk data

@@ -198,4 +198,30 @@ struct IAMVideoProcAmp : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE Get(LONG property, LONG* value, LONG* flags) = 0;
 };
 
+struct IAMCameraControl : IUnknown {
+  virtual HRESULT STDMETHODCALLTYPE GetRange(LONG property, LONG* minimum, LONG* maximum,
+                                             LONG* step, LONG* defaultValue, LONG* capsFlags) = 0;
+  virtual HRESULT STDMETHODCALLTYPE Set(LONG property, LONG value, LONG flags) = 0;
+  virtual HRESULT STDMETHODCALLTYPE Get(LONG property, LONG* value, LONG* flags) = 0;
+};
+
+struct IAMAudioInputMixer : IUnknown {
+  virtual HRESULT STDMETHODCALLTYPE put_Enable(BOOL enable) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_Enable(BOOL* enable) = 0;
+  virtual HRESULT STDMETHODCALLTYPE put_Mono(BOOL mono) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_Mono(BOOL* mono) = 0;
+  virtual HRESULT STDMETHODCALLTYPE put_MixLevel(double level) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_MixLevel(double* level) = 0;
+  virtual HRESULT STDMETHODCALLTYPE put_Pan(double pan) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_Pan(double* pan) = 0;
+  virtual HRESULT STDMETHODCALLTYPE put_Loudness(BOOL loudness) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_Loudness(BOOL* loudness) = 0;
+  virtual HRESULT STDMETHODCALLTYPE put_Treble(double treble) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_Treble(double* treble) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_TrebleRange(double* range) = 0;
+  virtual HRESULT STDMETHODCALLTYPE put_Bass(double bass) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_Bass(double* bass) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_BassRange(double* range) = 0;
+};
+
 #include "platform/ks_topology_info.h"

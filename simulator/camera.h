@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -62,6 +63,13 @@ class Camera {
  public:
   // Adds a node without an extension unit, such as a terminal.
   void AddPlainNode() { nodes_.push_back(nullptr); }
+
+  // Adds the node of a processing unit, which gives the node interface IVideoProcAmp.
+  void AddProcessingNode() {
+    processingNodes_.insert(nodes_.size());
+    AddPlainNode();
+  }
+  bool IsProcessingNode(std::size_t node) const { return processingNodes_.contains(node); }
 
   // Adds a node that is an extension unit, and hands the unit back.
   template <class Unit>
@@ -128,6 +136,7 @@ class Camera {
   Outcome UseControl(ControlFamily family, std::int32_t property, StandardControl*& control);
 
   std::vector<std::unique_ptr<ExtensionUnit>> nodes_;
+  std::set<std::size_t> processingNodes_;
   std::map<ControlFamily, StandardControls> controls_;
   std::vector<Fault> faults_;
   std::function<void(const Transfer&)> observer_;

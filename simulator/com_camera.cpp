@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "simulator/com_controls.h"
+#include "simulator/com_filter.h"
 
 namespace zem::simulator {
 namespace {
@@ -105,7 +106,16 @@ class NodeControl : public ComObject<IKsControl> {
   DWORD node_;
 };
 
-class CameraFilter : public ComObject<IBaseFilter, IKsTopologyInfo> {
+// What stands for IVideoProcAmp of the processing unit's node: it can be held and released. No host
+// here calls its methods.
+class ProcessingNode : public ComObject<IUnknown> {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    return QueryOne<IUnknown>(this, IID_IVideoProcAmp, iid, object);
+  }
+};
+
+class CameraFilter : public StreamlessFilter<IKsTopologyInfo> {
  public:
   CameraFilter(std::shared_ptr<Camera> camera, CallGate* gate)
       : camera_(std::move(camera)), gate_(gate) {}
@@ -171,33 +181,16 @@ class CameraFilter : public ComObject<IBaseFilter, IKsTopologyInfo> {
       return refused;
     }
     *object = nullptr;
+    if (iid == IID_IVideoProcAmp && camera_->IsProcessingNode(node)) {
+      *object = static_cast<IUnknown*>(new ProcessingNode());
+      return S_OK;
+    }
     if (!(iid == IID_IKsControl)) {
       return E_NOINTERFACE;
     }
     *object = static_cast<IKsControl*>(new NodeControl(camera_, gate_, node));
     return S_OK;
   }
-
-  // ---- IBaseFilter: no stream is simulated ----
-
-  HRESULT STDMETHODCALLTYPE GetClassID(CLSID* /*classId*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Stop() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Pause() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Run(REFERENCE_TIME /*start*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetState(DWORD /*timeoutMs*/, FILTER_STATE* /*state*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE SetSyncSource(IReferenceClock* /*clock*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetSyncSource(IReferenceClock** /*clock*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE EnumPins(IEnumPins** /*pins*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE FindPin(LPCWSTR /*id*/, IPin** /*pin*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryFilterInfo(FILTER_INFO* /*info*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE JoinFilterGraph(IFilterGraph* /*graph*/, LPCWSTR /*name*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE QueryVendorInfo(LPWSTR* /*info*/) override { return E_NOTIMPL; }
 
  private:
   std::shared_ptr<Camera> camera_;

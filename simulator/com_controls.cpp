@@ -92,6 +92,10 @@ HRESULT QueryControls(const std::shared_ptr<Camera>& camera, CallGate* gate, REF
     return Make<IAMVideoProcAmp, ControlFamily::kVideoProcessing>(camera, gate, "IAMVideoProcAmp",
                                                                   iid, object);
   }
+  if (iid == IID_IAMCameraControl) {
+    return Make<IAMCameraControl, ControlFamily::kCameraTerminal>(camera, gate, "IAMCameraControl",
+                                                                  iid, object);
+  }
   return E_NOINTERFACE;
 }
 

@@ -102,6 +102,13 @@ void DeviceTest::List(const std::wstring& displayName,
                       }});
 }
 
+void DeviceTest::ListMicrophone(const std::wstring& displayName,
+                                const std::shared_ptr<simulator::Microphone>& microphone) {
+  devices_.push_back(
+      {displayName, std::nullopt, CLSID_AudioInputDeviceCategory,
+       [this, microphone] { return simulator::MakeMicrophoneFilter(microphone, &gate); }});
+}
+
 void* DeviceTest::handle() {
   if (handle_ == nullptr) {
     EXPECT_EQ(ZEMAPI_OpenDevice(0, &handle_), 0);

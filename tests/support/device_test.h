@@ -13,6 +13,7 @@
 #include "include/ZemUVCExtApi.h"
 #include "platform/simulated/simulated_platform.h"
 #include "simulator/camera.h"
+#include "simulator/com_microphone.h"
 #include "simulator/device_list.h"
 #include "tests/support/recording_gate.h"
 #include "tests/support/scripted_unit.h"
@@ -53,6 +54,8 @@ class DeviceTest : public ::testing::Test {
   void List(const std::wstring& displayName, const std::shared_ptr<simulator::Camera>& camera,
             std::optional<std::wstring> devicePath = std::nullopt,
             const GUID& category = CLSID_VideoInputDeviceCategory);
+  void ListMicrophone(const std::wstring& displayName,
+                      const std::shared_ptr<simulator::Microphone>& microphone);
   void ListNothing() { devices_.clear(); }
 
   // The camera's handle, opened on first use by the default ids; what that sent is forgotten.

@@ -94,6 +94,17 @@ TEST(BinaryTest, ExportsExactlyTheInterface) {
       "ZEMAPI_SetMinQP",
       "ZEMAPI_GetSensorSN",
       "ZEMAPI_GetSkypeXUVersion",
+      // Standard camera, video and audio controls
+      "ZEMAPI_GetVideoProcAmp",
+      "ZEMAPI_SetVideoProcAmp",
+      "ZEMAPI_GetVideoProcAmpRange",
+      "ZEMAPI_GetCameraControl",
+      "ZEMAPI_SetCameraControl",
+      "ZEMAPI_GetCameraControlRange",
+      "ZEMAPI_Get_IVideoProcAmp_Interface",
+      "ZEMAPI_AudioOpenDeviceByPath",
+      "ZEMAPI_AudioCloseDevice",
+      "ZEMAPI_AudioSetVolume",
       // Bulk data
       "ZEMAPI_SendData",
       "ZEMAPI_WriteFWData",

@@ -1,0 +1,53 @@
+// Standard camera, video and audio controls.
+#include "device/audio_input.h"
+#include "device/standard_controls.h"
+#include "exports/export_support.h"
+
+using zem::OnDevice;
+
+ZemResult ZEMAPI_GetVideoProcAmp(void* handle, ZemLong property, ZemLong* value, ZemLong* flags) {
+  return OnDevice(handle, zem::GetControl<IAMVideoProcAmp>, property, value, flags);
+}
+
+ZemResult ZEMAPI_SetVideoProcAmp(void* handle, ZemLong property, ZemLong value, ZemLong flags) {
+  return OnDevice(handle, zem::SetControl<IAMVideoProcAmp>, property, value, flags);
+}
+
+ZemResult ZEMAPI_GetVideoProcAmpRange(void* handle, ZemLong property, ZemLong* minimum,
+                                      ZemLong* maximum, ZemLong* step, ZemLong* defaultValue,
+                                      ZemLong* capsFlags) {
+  return OnDevice(handle, zem::GetControlRange<IAMVideoProcAmp>, property, minimum, maximum, step,
+                  defaultValue, capsFlags);
+}
+
+ZemResult ZEMAPI_GetCameraControl(void* handle, ZemLong property, ZemLong* value, ZemLong* flags) {
+  return OnDevice(handle, zem::GetControl<IAMCameraControl>, property, value, flags);
+}
+
+ZemResult ZEMAPI_SetCameraControl(void* handle, ZemLong property, ZemLong value, ZemLong flags) {
+  return OnDevice(handle, zem::SetControl<IAMCameraControl>, property, value, flags);
+}
+
+ZemResult ZEMAPI_GetCameraControlRange(void* handle, ZemLong property, ZemLong* minimum,
+                                       ZemLong* maximum, ZemLong* step, ZemLong* defaultValue,
+                                       ZemLong* capsFlags) {
+  return OnDevice(handle, zem::GetControlRange<IAMCameraControl>, property, minimum, maximum, step,
+                  defaultValue, capsFlags);
+}
+
+ZemResult ZEMAPI_Get_IVideoProcAmp_Interface(void* handle, void** videoProcAmp) {
+  return OnDevice(handle, zem::GetVideoProcAmpNode, videoProcAmp);
+}
+
+ZemResult ZEMAPI_AudioOpenDeviceByPath(const wchar_t* displayName, IBaseFilter** audio) {
+  return zem::OpenAudioInput(displayName, audio);
+}
+
+ZemResult ZEMAPI_AudioCloseDevice(IBaseFilter** audio) {
+  zem::CloseAudioInput(audio);
+  return S_OK;
+}
+
+ZemResult ZEMAPI_AudioSetVolume(IBaseFilter* audio, int volume) {
+  return zem::SetAudioVolume(audio, volume);
+}

@@ -1,0 +1,76 @@
+#include "simulator/com_microphone.h"
+
+#include <utility>
+
+#include "simulator/com_filter.h"
+
+namespace zem::simulator {
+namespace {
+
+class MicrophoneFilter : public StreamlessFilter<IAMAudioInputMixer> {
+ public:
+  MicrophoneFilter(std::shared_ptr<Microphone> microphone, CallGate* gate)
+      : microphone_(std::move(microphone)), gate_(gate) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    *object = nullptr;
+    if (iid == IID_IAMAudioInputMixer) {
+      if (const HRESULT refused = Enter(gate_, "QueryInterface(IAMAudioInputMixer)");
+          FAILED(refused)) {
+        return refused;
+      }
+      if (!microphone_->mixer) {
+        return E_NOINTERFACE;
+      }
+      *object = static_cast<IAMAudioInputMixer*>(this);
+    } else if (iid == IID_IBaseFilter || iid == IID_IUnknown) {
+      *object = static_cast<IBaseFilter*>(this);
+    } else {
+      return E_NOINTERFACE;
+    }
+    AddRef();
+    return S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE put_MixLevel(double level) override {
+    if (const HRESULT refused = Enter(gate_, "put_MixLevel"); FAILED(refused)) {
+      return refused;
+    }
+    microphone_->mixLevel = level;
+    return S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE get_MixLevel(double* level) override {
+    *level = microphone_->mixLevel;
+    return S_OK;
+  }
+
+  // ---- Not simulated ----
+
+  HRESULT STDMETHODCALLTYPE put_Enable(BOOL /*enable*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_Enable(BOOL* /*enable*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_Mono(BOOL /*mono*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_Mono(BOOL* /*mono*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_Pan(double /*pan*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_Pan(double* /*pan*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_Loudness(BOOL /*loudness*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_Loudness(BOOL* /*loudness*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_Treble(double /*treble*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_Treble(double* /*treble*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_TrebleRange(double* /*range*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_Bass(double /*bass*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_Bass(double* /*bass*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_BassRange(double* /*range*/) override { return E_NOTIMPL; }
+
+ private:
+  std::shared_ptr<Microphone> microphone_;
+  CallGate* gate_;
+};
+
+}  // namespace
+
+IBaseFilter* MakeMicrophoneFilter(std::shared_ptr<Microphone> microphone, CallGate* gate) {
+  return new MicrophoneFilter(std::move(microphone), gate);
+}
+
+}  // namespace zem::simulator
