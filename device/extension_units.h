@@ -40,6 +40,14 @@ inline constexpr std::uint16_t kNvmem = 16;
 
 }  // namespace vendor_selector
 
+// Of StreamProbeXu.
+namespace stream_probe_selector {
+
+inline constexpr std::uint16_t kProbe = 23;
+inline constexpr std::uint16_t kCommit = 24;
+
+}  // namespace stream_probe_selector
+
 // Of H264Xu.
 namespace h264_selector {
 

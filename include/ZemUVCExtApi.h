@@ -1311,7 +1311,69 @@ ZEM_API ZemResult ZEMAPI_SetPframeCount(void* handle, unsigned int count);
 
 /* ---------------------------------------------------------------------------------------------
  * Encoding unit
+ *
+ * These functions take the device object itself instead of a handle. A null device object means the
+ * default camera, opened for that one access.
+ *
+ * Every transfer is appended to ZemWrenCmdLog.txt in the "Temp" folder of the Windows directory, as
+ * UTF-16 text: time, direction and the transport's result, and for the controls the library knows a
+ * title and the fields of the block. The file is opened and closed for each; one that cannot be
+ * opened is no failure. The block is logged whatever became of the transfer.
+ *
+ * WREN_EuGet stands at the end of this header: it is exported under its C++ symbol only.
  * ------------------------------------------------------------------------------------------- */
+
+/**
+ * Opens the index-th camera with the ids of the settings file, as ZEMAPI_OpenDevice finds it.
+ *
+ * @param index  position among the matching cameras only, from 0
+ * @param device receives the device object, an IBaseFilter released with WREN_CloseDevice;
+ * untouched on failure
+ * @return as ZEMAPI_OpenDevice
+ */
+ZEM_API ZemResult WREN_OpenDevice(uint32_t index, void** device);
+
+/**
+ * Releases a device object and sets *device to null. Does nothing when *device (or device) is null.
+ * COM is not uninitialised, although WREN_OpenDevice initialised it.
+ */
+ZEM_API void WREN_CloseDevice(void** device);
+
+/**
+ * Writes one control of the encoding unit.
+ *
+ * @param device   device object
+ * @param selector control selector; ZEM_E_REFUSED above 0xFFFF
+ * @param data     `length` bytes; may be null when there are none
+ * @param length   bytes to write
+ * @return the platform's result unchanged
+ */
+ZEM_API ZemResult WREN_EuSet(void* device, uint32_t selector, void* data, uint16_t length);
+
+/**
+ * Writes the H.264 probe block.
+ *
+ * @param device device object
+ * @param block  51 bytes
+ * @return ZEM_E_NO_DEVICE when the transfer failed, else the platform's result
+ */
+ZEM_API ZemResult WREN_ProbeSet(void* device, void* block);
+
+/** Reads the H.264 probe block into 51 bytes. Results as WREN_ProbeSet. */
+ZEM_API ZemResult WREN_ProbeGet(void* device, void* block);
+
+/** Writes the H.264 commit block, 51 bytes. Results as WREN_ProbeSet. */
+ZEM_API ZemResult WREN_CommitSet(void* device, void* block);
+
+/** Reads the H.264 commit block into 51 bytes. Results as WREN_ProbeSet. */
+ZEM_API ZemResult WREN_CommitGet(void* device, void* block);
+
+/**
+ * Appends the caller's text to the log, behind the time and the word "Set". No line end is added.
+ *
+ * @param text of any length; null writes nothing
+ */
+ZEM_API void WREN_WriteLog(const wchar_t* text);
 
 /* ---------------------------------------------------------------------------------------------
  * Streams and endpoints
@@ -1411,6 +1473,19 @@ ZEM_API ZemResult ZEMAPI_MulticastCommit(void* handle, unsigned char streamForma
  */
 ZemResult ZEMAPI_GetFWVersion(void* handle, char* version)
     ZEM_DECORATED("?ZEMAPI_GetFWVersion@@YAJPEAXPEAD@Z");
+
+/**
+ * Reads one control of the encoding unit. For C++ callers; others find the function by its symbol.
+ *
+ * @param device   device object
+ * @param selector control selector; ZEM_E_REFUSED above 0xFFFF
+ * @param data     receives up to `length` bytes; may be null when there are none
+ * @param length   bytes to read
+ * @return ZEM_E_NO_DEVICE when the transfer failed, whatever its own code (which the log has), else
+ *         the platform's result
+ */
+ZemResult WREN_EuGet(void* device, unsigned int selector, void* data, unsigned short length)
+    ZEM_DECORATED("?WREN_EuGet@@YAJPEAXI0G@Z");
 #endif
 
 #endif /* ZEM_UVC_EXT_API_H */

@@ -50,7 +50,26 @@ std::uint32_t PrivateProfileInt(const wchar_t* section, const wchar_t* key, std:
 // be opened and for a null path.
 std::FILE* OpenFile(const wchar_t* path, const wchar_t* mode);
 
+// Appends `text` to a file opened in binary mode, in the bytes that this platform keeps wide text
+// in: UTF-16 on Windows, UTF-8 elsewhere.
+void WriteText(std::FILE* file, const wchar_t* text);
+
+// Puts the full path of a log file into `path`, cut to what it holds: the "Temp" folder of the
+// Windows directory; elsewhere $TMPDIR or /tmp.
+void LogFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name);
+
 // ---- Time ----
+
+struct LocalTime {
+  int year;
+  int month;  // from 1
+  int day;
+  int hour;
+  int minute;
+  int second;
+};
+
+LocalTime CurrentLocalTime();
 
 void Sleep(std::uint32_t milliseconds);
 

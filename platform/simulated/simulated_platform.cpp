@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <filesystem>
 #include <string_view>
 #include <utility>
 
@@ -125,6 +126,20 @@ std::FILE* OpenFile(const wchar_t* path, const wchar_t* mode) {
   }
   return std::fopen(NarrowText(path).c_str(), NarrowText(mode).c_str());
 }
+
+void WriteText(std::FILE* file, const wchar_t* text) {
+  const std::string narrow = NarrowText(text);
+  static_cast<void>(std::fwrite(narrow.data(), 1, narrow.size(), file));
+}
+
+void LogFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name) {
+  const char* const folder = std::getenv("TMPDIR");  // NOLINT(concurrency-mt-unsafe)
+  const std::filesystem::path whole =
+      std::filesystem::path(folder != nullptr ? folder : "/tmp") / std::filesystem::path(name);
+  FormatWide(path, L"%s", whole.wstring().c_str());
+}
+
+LocalTime CurrentLocalTime() { return simulated::TheSystem().localTime; }
 
 void Sleep(std::uint32_t milliseconds) {
   simulated::System& system = simulated::TheSystem();

@@ -44,6 +44,9 @@ struct System {
   int dispatchedMessages = 0;
   std::function<void()> onDrain;  // called at the beginning of each drain
 
+  // The local time of day, which stands still.
+  LocalTime localTime = {2024, 3, 5, 7, 8, 9};
+
   // COM initialisations and uninitialisations of the thread.
   int comInitializations = 0;
   int comUninitializations = 0;

@@ -49,6 +49,22 @@ std::FILE* OpenFile(const wchar_t* path, const wchar_t* mode) {
   return path != nullptr ? _wfopen(path, mode) : nullptr;
 }
 
+void WriteText(std::FILE* file, const wchar_t* text) {
+  static_cast<void>(std::fwrite(text, sizeof(wchar_t), wcslen(text), file));
+}
+
+void LogFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name) {
+  wchar_t folder[kPathCapacity] = {};
+  GetWindowsDirectoryW(folder, static_cast<UINT>(kPathCapacity));
+  FormatWide(path, L"%s\\Temp\\%s", folder, name);
+}
+
+LocalTime CurrentLocalTime() {
+  SYSTEMTIME time = {};
+  GetLocalTime(&time);
+  return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond};
+}
+
 void Sleep(std::uint32_t milliseconds) { ::Sleep(milliseconds); }
 
 std::uint32_t MillisecondClock() { return timeGetTime(); }

@@ -105,6 +105,16 @@ TEST(BinaryTest, ExportsExactlyTheInterface) {
       "ZEMAPI_AudioOpenDeviceByPath",
       "ZEMAPI_AudioCloseDevice",
       "ZEMAPI_AudioSetVolume",
+      // Encoding unit
+      "WREN_OpenDevice",
+      "WREN_CloseDevice",
+      "WREN_EuSet",
+      "?WREN_EuGet@@YAJPEAXI0G@Z",
+      "WREN_ProbeSet",
+      "WREN_ProbeGet",
+      "WREN_CommitSet",
+      "WREN_CommitGet",
+      "WREN_WriteLog",
       // Bulk data
       "ZEMAPI_SendData",
       "ZEMAPI_WriteFWData",
@@ -211,8 +221,8 @@ TEST(BinaryTest, ImportsThePlatformCallsByName) {
   for (const char* const wanted :
        {"CoInitialize", "CoUninitialize", "CoCreateInstance", "CoGetMalloc", "VariantInit",
         "VariantClear", "GetPrivateProfileIntW", "GetModuleFileNameW", "PathRemoveFileSpecW",
-        "OutputDebugStringW", "Sleep", "timeGetTime", "PeekMessageW", "GetMessageW",
-        "TranslateMessage", "DispatchMessageW"}) {
+        "OutputDebugStringW", "GetLocalTime", "GetWindowsDirectoryW", "Sleep", "timeGetTime",
+        "PeekMessageW", "GetMessageW", "TranslateMessage", "DispatchMessageW"}) {
     EXPECT_TRUE(names.contains(wanted)) << wanted;
   }
 }
