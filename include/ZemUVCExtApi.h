@@ -1458,7 +1458,73 @@ ZEM_API ZemResult ZEMAPI_MulticastCommit(void* handle, unsigned char streamForma
 
 /* ---------------------------------------------------------------------------------------------
  * Frames and sound
+ *
+ * File utilities for the host's own tools; no device is touched. Pixels are three bytes each in the
+ * order blue, green, red, rows back to back without padding, also where width * 3 is no multiple of
+ * 4. The writers return 1 for a file that was written and 0 otherwise; they may be called from any
+ * thread. A picture or sound whose byte count does not fit the file's 32-bit fields gives 0, and
+ * then nothing is created. So does a null pointer.
  * ------------------------------------------------------------------------------------------- */
+
+/**
+ * Converts a frame of three planes to pixels, top-down like the frame. Despite its name it does not
+ * read the interleaved layout that is called NV12.
+ *
+ * @param source      width * height bytes of Y, then U and then V with width * height / 4 bytes
+ * each, one for a block of two by two pixels; of an odd frame, chroma that is missing counts as 128
+ * @param destination receives width * height * 3 bytes; must not overlap the source
+ * @param width       pixels in a row
+ * @param height      rows
+ */
+ZEM_API void NV12_to_RGB(const uint8_t* source, uint8_t* destination, uint32_t width,
+                         uint32_t height);
+
+/**
+ * Writes a YUY2 frame as a 24-bit BMP file, upright. A frame without pixels gives the 54 bytes of
+ * the headers and 0. When the pixels cannot be written, what was written stays on the disk.
+ *
+ * @param path   file to create or overwrite
+ * @param frame  height rows of width * 2 bytes: Y0, U, Y1, V for each two pixels
+ * @param width  pixels in a row
+ * @param height rows
+ * @return 1 for a file written, else 0
+ */
+ZEM_API int32_t ConvertYUY2toBMP(const wchar_t* path, const uint8_t* frame, uint32_t width,
+                                 uint32_t height);
+
+/**
+ * Writes a frame of three planes, as NV12_to_RGB takes it, as a 24-bit BMP file. The rows keep the
+ * frame's order, so the picture stands upside down in a viewer. Otherwise as ConvertYUY2toBMP.
+ */
+ZEM_API int32_t ConvertNV12toBMP(const wchar_t* path, const uint8_t* frame, uint32_t width,
+                                 uint32_t height);
+
+/**
+ * Writes pixels as a 24-bit BMP file, in the order in which they lie.
+ *
+ * @param path   file to create or overwrite
+ * @param pixels width * height * 3 bytes from malloc of the Universal C Runtime. After a success
+ * the function has freed them; after a failure they are still the caller's
+ * @param width  pixels in a row
+ * @param height rows
+ * @return 1 for a file written, else 0
+ */
+ZEM_API int32_t ConvertRGBtoBMP(const wchar_t* path, uint8_t* pixels, uint32_t width,
+                                uint32_t height);
+
+/**
+ * Puts a WAV header in front of raw PCM samples. Short reads and writes are not noticed.
+ *
+ * @param rawPath       file with the samples; up to 2 GiB on Windows
+ * @param wavPath       file to create or overwrite
+ * @param channels      samples per frame
+ * @param sampleRate    frames per second
+ * @param bitsPerSample bits of one sample
+ * @return 1 when a file with samples was written; 0 otherwise, also for an empty raw file, whose
+ * WAV file of 44 bytes is written all the same
+ */
+ZEM_API int32_t PackWavFile(const wchar_t* rawPath, const wchar_t* wavPath, uint8_t channels,
+                            int32_t sampleRate, uint8_t bitsPerSample);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -17,8 +17,12 @@ namespace zem::testing {
 namespace {
 
 std::atomic<std::uint64_t> allocations = 0;
+std::atomic<std::uint64_t> allocatedBytes = 0;
 
-void CountOne(const volatile void* /*memory*/, std::size_t /*size*/) { ++allocations; }
+void CountOne(const volatile void* /*memory*/, std::size_t size) {
+  ++allocations;
+  allocatedBytes += size;
+}
 void Ignore(const volatile void* /*memory*/) {}
 
 const bool installed = __sanitizer_install_malloc_and_free_hooks(CountOne, Ignore) != 0;
@@ -28,12 +32,14 @@ const bool installed = __sanitizer_install_malloc_and_free_hooks(CountOne, Ignor
 bool CanCountAllocations() { return installed; }
 
 std::uint64_t AllocationCount() { return allocations; }
+std::uint64_t AllocatedBytes() { return allocatedBytes; }
 
 #else
 
 bool CanCountAllocations() { return false; }
 
 std::uint64_t AllocationCount() { return 0; }
+std::uint64_t AllocatedBytes() { return 0; }
 
 #endif
 

@@ -1,4 +1,4 @@
-// How many times the process asked for heap memory.
+// How many times the process asked for heap memory, and for how much.
 #pragma once
 
 #include <cstdint>
@@ -10,5 +10,8 @@ bool CanCountAllocations();
 
 // Allocations since the process began.
 std::uint64_t AllocationCount();
+
+// Bytes of all these allocations, released by now or not.
+std::uint64_t AllocatedBytes();
 
 }  // namespace zem::testing

@@ -1,0 +1,23 @@
+// The kernels themselves; callers go through PixelKernels().
+#pragma once
+
+#include "media/pixel_conversion.h"
+
+namespace zem {
+
+// The conversion of one pixel, step by step: what every kernel's bytes are measured against. Writes
+// blue, green, red.
+void ConvertPixel(std::uint8_t luma, std::uint8_t chromaU, std::uint8_t chromaV, std::uint8_t* bgr);
+
+// Used by the other kernels for what is too little for them.
+void ConvertYuy2Reference(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
+                          std::ptrdiff_t toNext);
+void ConvertPlanarReference(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
+                            std::uint8_t* bgr, std::size_t width, std::size_t stride,
+                            std::size_t rows);
+
+extern const PixelKernel kReferenceKernel;
+extern const PixelKernel kSse2Kernel;
+extern const PixelKernel kAvx2Kernel;
+
+}  // namespace zem
