@@ -11,6 +11,7 @@ HRESULT SetFps(IBaseFilter* filter, std::uint16_t fps) {
   return StandardCommand(kIspChannel, {0x02, ByteOf(fps, 0), ByteOf(fps, 1)}, filter);
 }
 
+// Shares its code with the picture quality, where 0xFF stands for "by bit rate".
 HRESULT SetBitRate(IBaseFilter* filter, std::uint16_t bitRate) {
   return StandardCommand(kIspChannel, {0x08, 0xFF, ByteOf(bitRate, 0), ByteOf(bitRate, 1)}, filter);
 }

@@ -1,7 +1,7 @@
 // Settings of the running H.264 encoder: one vendor command each.
 //
-// Results are those of the exports of the same name in include/ZemUVCExtApi.h; `filter` is the
-// device.
+// Results are those of the exports of the same name in include/ZemUVCExtApi.h; `filter` as in
+// device/transport.h.
 #pragma once
 
 #include <cstdint>

@@ -2,6 +2,7 @@
 #include "commands/identification.h"
 #include "commands/raw_commands.h"
 #include "commands/registers.h"
+#include "encoding/encoder_settings.h"
 #include "exports/export_support.h"
 #include "transfer/stateless_commands.h"
 #include "transfer/stateless_transfer.h"
@@ -17,21 +18,19 @@ using zem::Progress;
 
 ZemResult ZEMUVCEXT_DoAF(uint16_t value) { return stateless::Send(stateless::DoAF(value)); }
 
-ZemResult ZEMUVCEXT_SetFps(uint16_t fps) { return stateless::Send(stateless::SetFps(fps)); }
+ZemResult ZEMUVCEXT_SetFps(uint16_t fps) { return OnDefaultCamera(zem::SetFps, fps); }
 
 ZemResult ZEMUVCEXT_SetResolution(uint32_t width, uint32_t height) {
   return stateless::Send(stateless::SetResolution(width, height));
 }
 
-ZemResult ZEMUVCEXT_SetIFrame(void) { return stateless::Send(stateless::SetIFrame()); }
+ZemResult ZEMUVCEXT_SetIFrame(void) { return OnDefaultCamera(zem::ForceIFrame); }
 
 ZemResult ZEMUVCEXT_SetVideoQuality(uint8_t quality) {
   return stateless::Send(stateless::SetVideoQuality(quality));
 }
 
-ZemResult ZEMUVCEXT_SetBitRate(uint16_t rate) {
-  return stateless::Send(stateless::SetBitRate(rate));
-}
+ZemResult ZEMUVCEXT_SetBitRate(uint16_t rate) { return OnDefaultCamera(zem::SetBitRate, rate); }
 
 ZemResult ZEMUVCEXT_SetFlickMode(uint8_t mode) {
   return stateless::Send(stateless::SetFlickMode(mode));

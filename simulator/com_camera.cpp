@@ -12,6 +12,7 @@ namespace zem::simulator {
 namespace {
 
 // Win32 errors in HRESULT form, as the platform's class driver reports them.
+constexpr auto kNoAccess = static_cast<HRESULT>(0x800703E6U);
 constexpr auto kInvalidParameter = static_cast<HRESULT>(0x80070057U);
 constexpr auto kMoreData = static_cast<HRESULT>(0x800700EAU);
 constexpr auto kGenFailure = static_cast<HRESULT>(0x8007001FU);
@@ -88,6 +89,9 @@ class NodeControl : public ComObject<IKsControl> {
 
   HRESULT MoveControl(const KSP_NODE& request, std::uint8_t* data, ULONG dataLength,
                       ULONG* bytesReturned) {
+    if (data == nullptr && dataLength > 0) {
+      return kNoAccess;
+    }
     const auto selector = static_cast<std::uint16_t>(request.Property.Id);
     std::uint32_t moved = 0;
     Outcome outcome = Outcome::kNoSuchControl;

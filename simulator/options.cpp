@@ -1,9 +1,13 @@
 #include "simulator/options.h"
 
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <utility>
 
+#include "simulator/h264_unit.h"
+#include "simulator/orva_unit.h"
+#include "simulator/skype_unit.h"
 #include "simulator/vendor_unit.h"
 
 namespace zem::simulator {
@@ -19,12 +23,44 @@ void RefuseUnknownKeys(const json& object, std::initializer_list<std::string_vie
   }
 }
 
-std::uint16_t ReadId(const json& object, const char* key, std::uint16_t missing) {
-  const auto id = object.value<std::int64_t>(key, missing);
-  if (id < 0 || id > 0xFFFF) {
-    throw std::invalid_argument(std::string(key) + " is not a 16-bit number");
+// A number as wide as `missing`, which stands in where the key is absent.
+template <class Number>
+Number ReadNumber(const json& object, const char* key, Number missing) {
+  constexpr std::int64_t kMost = std::numeric_limits<Number>::max();
+  const auto number = object.value<std::int64_t>(key, missing);
+  if (number < 0 || number > kMost) {
+    throw std::invalid_argument(std::string(key) + " is not a number from 0 to " +
+                                std::to_string(kMost));
   }
-  return static_cast<std::uint16_t>(id);
+  return static_cast<Number>(number);
+}
+
+H264Format ReadFormat(const json& object) {
+  RefuseUnknownKeys(object, {"type", "index", "width", "height", "subWidth", "subHeight",
+                             "maxBitRate", "minBitRate", "maxFps", "minFps"});
+  H264Format format;
+  format.type = ReadNumber(object, "type", format.type);
+  format.frameIndex = ReadNumber(object, "index", format.frameIndex);
+  format.width = ReadNumber(object, "width", format.width);
+  format.height = ReadNumber(object, "height", format.height);
+  format.subWidth = ReadNumber(object, "subWidth", format.subWidth);
+  format.subHeight = ReadNumber(object, "subHeight", format.subHeight);
+  format.maxBitRate = ReadNumber(object, "maxBitRate", format.maxBitRate);
+  format.minBitRate = ReadNumber(object, "minBitRate", format.minBitRate);
+  format.maxFps = ReadNumber(object, "maxFps", format.maxFps);
+  format.minFps = ReadNumber(object, "minFps", format.minFps);
+  return format;
+}
+
+std::vector<H264Format> ReadFormats(const json& object) {
+  std::vector<H264Format> formats;
+  for (const json& format : object.value("h264Formats", json::array())) {
+    formats.push_back(ReadFormat(format));
+  }
+  if (formats.size() > H264Encoder::kMostFormats) {
+    throw std::invalid_argument("h264Formats has more formats than a list can tell");
+  }
+  return formats;
 }
 
 std::vector<Fault> ReadFaults(const json& object) {
@@ -40,12 +76,18 @@ std::vector<Fault> ReadFaults(const json& object) {
 }
 
 CameraOptions ReadCamera(const json& object) {
-  RefuseUnknownKeys(object, {"vendorId", "productId", "name", "vendorUnit", "faults"});
+  RefuseUnknownKeys(object, {"vendorId", "productId", "name", "vendorUnit", "h264Unit", "skypeUnit",
+                             "skypeVersion", "orvaUnit", "h264Formats", "faults"});
   CameraOptions camera;
-  camera.vendorId = ReadId(object, "vendorId", camera.vendorId);
-  camera.productId = ReadId(object, "productId", camera.productId);
+  camera.vendorId = ReadNumber(object, "vendorId", camera.vendorId);
+  camera.productId = ReadNumber(object, "productId", camera.productId);
   camera.name = object.value("name", camera.name);
   camera.vendorUnit = object.value("vendorUnit", camera.vendorUnit);
+  camera.h264Unit = object.value("h264Unit", camera.h264Unit);
+  camera.skypeUnit = object.value("skypeUnit", camera.skypeUnit);
+  camera.skypeVersion = ReadNumber(object, "skypeVersion", camera.skypeVersion);
+  camera.orvaUnit = object.value("orvaUnit", camera.orvaUnit);
+  camera.h264Formats = ReadFormats(object);
   camera.faults = ReadFaults(object);
   return camera;
 }
@@ -105,9 +147,8 @@ BootLoaderOptions ReadBootLoader(const json& object) {
   bootLoader.start = ReadStage(object, "start", bootLoader.start);
   bootLoader.afterJump = ReadStage(object, "afterJump", bootLoader.afterJump);
   bootLoader.signature = object.value("signature", bootLoader.signature);
-  bootLoader.responseFormat =
-      static_cast<std::uint8_t>(ReadId(object, "responseFormat", bootLoader.responseFormat));
-  bootLoader.absentOpens = ReadId(object, "absentOpens", 1);
+  bootLoader.responseFormat = ReadNumber(object, "responseFormat", bootLoader.responseFormat);
+  bootLoader.absentOpens = ReadNumber(object, "absentOpens", bootLoader.absentOpens);
   if (object.contains("storages")) {
     bootLoader.storages.clear();
     for (const json& storage : object.at("storages")) {
@@ -151,8 +192,18 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
   auto camera = std::make_shared<Camera>();
   camera->AddPlainNode();
   camera->AddPlainNode();
+  const auto encoder = std::make_shared<H264Encoder>(options.h264Formats);
   if (options.vendorUnit) {
-    camera->AddUnit(std::make_unique<VendorUnit>()).enterRomBoot = std::move(enterRomBoot);
+    camera->AddUnit(std::make_unique<VendorUnit>(encoder)).enterRomBoot = std::move(enterRomBoot);
+  }
+  if (options.h264Unit) {
+    camera->AddUnit(std::make_unique<H264Unit>(encoder));
+  }
+  if (options.skypeUnit) {
+    camera->AddUnit(std::make_unique<SkypeUnit>(options.skypeVersion, encoder));
+  }
+  if (options.orvaUnit) {
+    camera->AddUnit(std::make_unique<OrvaUnit>());
   }
   for (const Fault& fault : options.faults) {
     camera->AddFault(fault);

@@ -10,6 +10,7 @@
 
 #include "simulator/boot_loader.h"
 #include "simulator/camera.h"
+#include "simulator/h264_encoder.h"
 
 namespace zem::simulator {
 
@@ -18,6 +19,11 @@ struct CameraOptions {
   std::uint16_t productId = 0x8C00;
   std::string name = "ZEM Simulated Camera";
   bool vendorUnit = true;
+  bool h264Unit = false;
+  bool skypeUnit = false;
+  bool orvaUnit = false;
+  std::uint8_t skypeVersion = 19;
+  std::vector<H264Format> h264Formats;
   std::vector<Fault> faults;
 };
 
@@ -28,14 +34,14 @@ struct Options {
 };
 
 // Reads options from JSON: {"cameras": [{"vendorId": 23109, "productId": 35840, "name": "...",
-// "vendorUnit": true, "faults": ["unplug@3"]}], "bootLoader": {"letter": "F"}}. Whatever is missing
-// keeps its default; empty text is all defaults. Throws std::invalid_argument with a sentence for a
-// person on anything else.
+// "faults": ["unplug@3"]}], "bootLoader": {"letter": "F"}}; docs/simulator.md has all keys.
+// Whatever is missing keeps its default; empty text is all defaults. Throws std::invalid_argument
+// with a sentence for a person on anything else.
 Options ParseOptions(std::string_view json);
 
-// The camera that the options describe: an input terminal, a processing unit and, if wanted, the
-// vendor unit, in this order. `enterRomBoot` is called when a host sends it into ROM boot; null for
-// a camera without a boot loader.
+// The camera that the options describe: an input terminal, a processing unit and those of the
+// extension units that are wanted: vendor, H.264, Skype, ORVA, in this order. `enterRomBoot` is
+// called when a host sends it into ROM boot; null for a camera without a boot loader.
 std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
                                    std::function<void()> enterRomBoot = nullptr);
 

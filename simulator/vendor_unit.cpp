@@ -42,7 +42,8 @@ Outcome Accept(std::span<const std::uint8_t> bytes, Block& reply, Run run) {
 
 }  // namespace
 
-VendorUnit::VendorUnit() : ExtensionUnit(VendorXu) {}
+VendorUnit::VendorUnit(std::shared_ptr<H264Encoder> encoder)
+    : ExtensionUnit(VendorXu), encoder_(std::move(encoder)) {}
 
 Outcome VendorUnit::Set(std::uint16_t selector, std::span<const std::uint8_t> bytes) {
   switch (selector) {
@@ -81,6 +82,8 @@ Outcome VendorUnit::Get(std::uint16_t selector, std::size_t /*length*/,
       return answer(state.deviceInfo);
     case vendor_selector::kNvmem:
       return nvmem_.Get(bytes);
+    case vendor_selector::kH264ListRead:
+      return answer(encoder_->NextListPiece());
     default:
       return Outcome::kNoSuchControl;
   }
@@ -100,7 +103,7 @@ VendorUnit::Block VendorUnit::RunIspCommand(const Block& command) {
       return reply;
     }
     default:
-      return {kUnknownCommand};
+      return encoder_->RunIspCommand(command).value_or(Block{kUnknownCommand});
   }
 }
 
@@ -136,7 +139,7 @@ VendorUnit::Block VendorUnit::RunVcpCommand(const Block& command) {
     case 0xFF:
       return RunCodecCommand(command);
     default:
-      return {kUnknownCommand};
+      return encoder_->RunVcpCommand(command).value_or(Block{kUnknownCommand});
   }
 }
 

@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <span>
 #include <vector>
 
 #include "simulator/camera.h"
+#include "simulator/h264_encoder.h"
 #include "simulator/nvmem_control.h"
 
 namespace zem::simulator {
@@ -29,7 +31,7 @@ struct VendorState {
 
 class VendorUnit : public ExtensionUnit {
  public:
-  VendorUnit();
+  explicit VendorUnit(std::shared_ptr<H264Encoder> encoder = std::make_shared<H264Encoder>());
 
   Outcome Set(std::uint16_t selector, std::span<const std::uint8_t> bytes) override;
   Outcome Get(std::uint16_t selector, std::size_t length,
@@ -57,6 +59,7 @@ class VendorUnit : public ExtensionUnit {
   LongBlock vcpExtendedReply_ = {};
   bool codecSelected_ = false;
   NvmemControl nvmem_{state.nvmem};
+  std::shared_ptr<H264Encoder> encoder_;
 };
 
 }  // namespace zem::simulator

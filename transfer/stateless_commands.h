@@ -1,7 +1,8 @@
 // Commands to the default camera without a handle: each access to a control opens the camera and
 // releases it again, so that a command and its reply are two openings.
 //
-// Commands that are the same with a handle are those of commands/, run without a filter.
+// Commands that are the same with a handle are those of commands/ and encoding/, run without a
+// filter.
 #pragma once
 
 #include <cstdint>
@@ -16,21 +17,12 @@ constexpr CommandBlock DoAF(std::uint16_t value) {
   return {0x00, ByteOf(value, 0), ByteOf(value, 1)};
 }
 
-constexpr CommandBlock SetFps(std::uint16_t fps) { return {0x02, ByteOf(fps, 0), ByteOf(fps, 1)}; }
-
 // In units of 8 pixels, of which only the low byte is sent.
 constexpr CommandBlock SetResolution(std::uint32_t width, std::uint32_t height) {
   return {0x03, ByteOf(width / 8, 0), ByteOf(height / 8, 0)};
 }
 
-constexpr CommandBlock SetIFrame() { return {0x04}; }
-
 constexpr CommandBlock SetVideoQuality(std::uint8_t quality) { return {0x08, quality}; }
-
-// Shares its code with the quality, where 0xFF stands for "by bit rate".
-constexpr CommandBlock SetBitRate(std::uint16_t rate) {
-  return {0x08, 0xFF, ByteOf(rate, 0), ByteOf(rate, 1)};
-}
 
 constexpr CommandBlock SetFlickMode(std::uint8_t mode) { return {0x09, mode}; }
 

@@ -5,6 +5,8 @@
 
 #include <stdexcept>
 
+#include "device/extension_units.h"
+
 namespace {
 
 using zem::simulator::BootStage;
@@ -77,15 +79,28 @@ TEST(SimulatorOptionsTest, BootLoaderAsTold) {
 }
 
 TEST(SimulatorOptionsTest, WrongOptionsAreRefusedWithAReason) {
-  for (const char* const text :
-       {"nonsense", "[]", R"({"camera": []})", R"({"cameras": [{"vid": 1}]})",
-        R"({"cameras": [{"vendorId": 65536}]})", R"({"cameras": [{"vendorId": "x"}]})",
-        R"({"cameras": [{"faults": ["x"]}]})", R"({"cameras": [1]})", R"({"bootLoader": {"x": 1}})",
-        R"({"bootLoader": {"letter": "B"}})", R"({"bootLoader": {"letter": "FG"}})",
-        R"({"bootLoader": {"start": "x"}})", R"({"bootLoader": {"faults": ["x"]}})",
-        R"({"bootLoader": {"storages": [{"type": "x"}]}})",
-        R"({"bootLoader": {"storages": [{"size": -1}]}})",
-        R"({"bootLoader": {"storages": [{"size": 268435457}]}})"}) {
+  for (const char* const text : {"nonsense",
+                                 "[]",
+                                 R"({"camera": []})",
+                                 R"({"cameras": [{"vid": 1}]})",
+                                 R"({"cameras": [{"vendorId": 65536}]})",
+                                 R"({"cameras": [{"vendorId": "x"}]})",
+                                 R"({"cameras": [{"skypeVersion": 256}]})",
+                                 R"({"cameras": [{"h264Formats": [1]}]})",
+                                 R"({"cameras": [{"h264Formats": [{"fps": 1}]}]})",
+                                 R"({"cameras": [{"h264Formats": [{"index": 256}]}]})",
+                                 R"({"cameras": [{"h264Formats": [{"maxBitRate": 4294967296}]}]})",
+                                 R"({"cameras": [{"h264Formats": [{"width": -1}]}]})",
+                                 R"({"cameras": [{"faults": ["x"]}]})",
+                                 R"({"cameras": [1]})",
+                                 R"({"bootLoader": {"x": 1}})",
+                                 R"({"bootLoader": {"letter": "B"}})",
+                                 R"({"bootLoader": {"letter": "FG"}})",
+                                 R"({"bootLoader": {"start": "x"}})",
+                                 R"({"bootLoader": {"faults": ["x"]}})",
+                                 R"({"bootLoader": {"storages": [{"type": "x"}]}})",
+                                 R"({"bootLoader": {"storages": [{"size": -1}]}})",
+                                 R"({"bootLoader": {"storages": [{"size": 268435457}]}})"}) {
     EXPECT_THROW(ParseOptions(text), std::invalid_argument) << text;
   }
 }
@@ -97,6 +112,42 @@ TEST(SimulatorOptionsTest, VendorUnitIsTheThirdNode) {
   EXPECT_NE(camera->UnitAt(2), nullptr);
   options.vendorUnit = false;
   EXPECT_EQ(zem::simulator::MakeCamera(options)->nodeCount(), 2U);
+}
+
+TEST(SimulatorOptionsTest, FormatsAsTold) {
+  const Options options = ParseOptions(
+      R"({"cameras": [{"skypeVersion": 20, "h264Formats": [{}, {"type": 2, "index": 3, "width": 4,
+          "height": 5, "subWidth": 6, "subHeight": 7, "maxBitRate": 4294967295, "minBitRate": 9,
+          "maxFps": 10, "minFps": 11}]}]})");
+  const auto& camera = options.cameras.at(0);
+  EXPECT_EQ(camera.skypeVersion, 20);
+  ASSERT_EQ(camera.h264Formats.size(), 2U);
+  EXPECT_EQ(camera.h264Formats[0].type, 1);
+  EXPECT_EQ(camera.h264Formats[0].maxFps, 30);
+  const auto& format = camera.h264Formats[1];
+  EXPECT_EQ(format.type, 2);
+  EXPECT_EQ(format.frameIndex, 3);
+  EXPECT_EQ(format.width, 4);
+  EXPECT_EQ(format.height, 5);
+  EXPECT_EQ(format.subWidth, 6);
+  EXPECT_EQ(format.subHeight, 7);
+  EXPECT_EQ(format.maxBitRate, 4294967295U);
+  EXPECT_EQ(format.minBitRate, 9U);
+  EXPECT_EQ(format.maxFps, 10);
+  EXPECT_EQ(format.minFps, 11);
+}
+
+TEST(SimulatorOptionsTest, UnitsInTheirOrder) {
+  zem::simulator::CameraOptions options;
+  options.h264Unit = true;
+  options.skypeUnit = true;
+  options.orvaUnit = true;
+  const auto camera = zem::simulator::MakeCamera(options);
+  ASSERT_EQ(camera->nodeCount(), 6U);
+  EXPECT_TRUE(camera->UnitAt(2)->id() == zem::VendorXu);
+  EXPECT_TRUE(camera->UnitAt(3)->id() == zem::H264Xu);
+  EXPECT_TRUE(camera->UnitAt(4)->id() == zem::SkypeXu);
+  EXPECT_TRUE(camera->UnitAt(5)->id() == zem::OrvaXu);
 }
 
 }  // namespace

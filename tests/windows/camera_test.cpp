@@ -6,11 +6,13 @@
 
 #include "include/ZemUVCExtApi.h"
 #include "tests/windows/support/debugger_capture.h"
+#include "tests/windows/support/opened_camera.h"
 #include "tests/windows/support/simulator_guard.h"
 
 namespace {
 
 using zem::testing::DebuggerCapture;
+using zem::testing::OpenedCamera;
 using zem::testing::SimulatorGuard;
 
 constexpr GUID kVendorUnit = ZEM_VENDOR_XU;
@@ -21,20 +23,6 @@ constexpr const wchar_t* kDisplayName =
     L"@device:sw:{860BB310-5D01-11D0-BD3B-00A0C911CE86}\\usb#vid_5a45&pid_8c00&mi_00#"
     L"zem-simulator&0";
 constexpr const wchar_t* kDevicePath = L"\\\\?\\USB#VID_5A45&PID_8C00&mi_00#zem-simulator&0";
-
-class OpenedCamera {
- public:
-  OpenedCamera() { EXPECT_EQ(ZEMAPI_OpenDevice(0, &handle_), 0); }
-  ~OpenedCamera() { ZEMAPI_CloseDevice(&handle_); }
-  OpenedCamera(const OpenedCamera&) = delete;
-  OpenedCamera& operator=(const OpenedCamera&) = delete;
-
-  // NOLINTNEXTLINE(google-explicit-constructor): stands wherever a handle does
-  operator void*() const { return handle_; }
-
- private:
-  void* handle_ = nullptr;
-};
 
 // A settings file beside this executable, for the length of a test.
 class SettingsFile {

@@ -50,6 +50,9 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   AddDeviceCommands(*this);
   AddRegisterCommands(*this);
   AddRawCommands(*this);
+  AddH264Commands(*this);
+  AddStreamCommands(*this);
+  AddMulticastCommands(*this);
 }
 
 CLI::App* Program::AddCommand(CLI::App* parent, const std::string& name,

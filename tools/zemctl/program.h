@@ -54,5 +54,8 @@ class Program {
 void AddDeviceCommands(Program& program);
 void AddRegisterCommands(Program& program);
 void AddRawCommands(Program& program);
+void AddH264Commands(Program& program);
+void AddStreamCommands(Program& program);
+void AddMulticastCommands(Program& program);
 
 }  // namespace zemctl
