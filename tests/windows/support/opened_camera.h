@@ -1,4 +1,4 @@
-// The first camera with the default ids, open for the length of a test.
+// The default camera, open for the length of a test.
 #pragma once
 
 #include <gtest/gtest.h>
