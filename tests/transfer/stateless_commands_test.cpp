@@ -372,7 +372,7 @@ TEST_F(StatelessMemoryTest, FailureOfAnyPieceIsReturnedAsItIsAndEndsTheRead) {
     FailTransfer(k);
     Bytes buffer(40, 0x5A);
     EXPECT_EQ(ZEMUVCEXT_IspCmdReadMem(buffer.data(), 40), kFailedTransfer) << k;
-    Bytes expected((k - 1) * 16, 0xA1);
+    Bytes expected(std::size_t{16} * (k - 1), 0xA1);
     expected.resize(40, 0x5A);
     EXPECT_EQ(buffer, expected) << k;
     EXPECT_EQ(TakeWire().size(), k);

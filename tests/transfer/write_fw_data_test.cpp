@@ -37,12 +37,13 @@ TEST_F(WriteFWDataTest, SlowCameraGetsChunksOf32OnTheSlowControl) {
   MakeSlow();
   const Bytes data = CountingBytes(34);
   EXPECT_EQ(Write(data), 0);
-  EXPECT_EQ(TakeWire(), (Lines{"get vendor 13 [512] failed",
-                               "set vendor 3: 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f 10 "
-                               "11 12 13 14 15 16 17 18 19 1a 1b 1c 1d 1e 1f 20",
-                               "progress 5", "drain",
-                               "set vendor 3: 21 22 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-                               "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00",
+  constexpr const char* kWhole =
+      "set vendor 3: 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f 10 "
+      "11 12 13 14 15 16 17 18 19 1a 1b 1c 1d 1e 1f 20";
+  constexpr const char* kPadded =
+      "set vendor 3: 21 22 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+      "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00";
+  EXPECT_EQ(TakeWire(), (Lines{"get vendor 13 [512] failed", kWhole, "progress 5", "drain", kPadded,
                                "progress 0", "drain", "drain"}));
   EXPECT_EQ(TakeDebuggerLines(), (WideLines{kSlowLine, SetLine(0, 32), SetLine(0, 32)}));
 }
