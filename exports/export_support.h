@@ -9,11 +9,13 @@
 
 namespace zem {
 
-// Whether a pointer among the arguments is null.
+// Whether a pointer among the arguments is null. A null path is passed over: it stands for a file
+// that cannot be opened.
 template <class... Arguments>
 bool AnyNull(Arguments... arguments) {
   [[maybe_unused]] const auto isNull = [](auto argument) {
-    if constexpr (std::is_pointer_v<decltype(argument)>) {
+    using Argument = decltype(argument);
+    if constexpr (std::is_pointer_v<Argument> && !std::is_same_v<Argument, const wchar_t*>) {
       return argument == nullptr;
     } else {
       return false;

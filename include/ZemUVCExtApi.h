@@ -1199,7 +1199,304 @@ ZEM_API ZemResult ZEMUVCEXT_UpdateFW_Vision(const uint8_t* image, uint32_t lengt
 
 /* ---------------------------------------------------------------------------------------------
  * ROM boot
+ *
+ * A camera that runs its ROM boot loader, or an updater loaded by it, is no video device but a USB
+ * mass-storage volume. A ROM-boot session stands for one such volume; it is used by one thread at a
+ * time.
+ *
+ * Unless a function says otherwise it returns ZEM_E_FAIL for a null session, for a file that cannot
+ * be opened or is malformed (then before anything is sent), and when the device does not accept a
+ * command. What fails on the way to the device leaves a line on the debugger channel. A command
+ * that fails with the system's error 31 is tried up to six times, 500 ms apart.
+ *
+ * One function of this family, ZEMROMAPI_SwitchModePCAM_DRAM, is for C++ callers only and stands at
+ * the end of this header.
  * ------------------------------------------------------------------------------------------- */
+
+/**
+ * Sends a running camera into ROM boot: both commands below, 500 ms apart. Whether the camera took
+ * them is deliberately not looked at.
+ *
+ * @param handle device handle
+ * @return 0, or ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_ResetToRomboot(void* handle);
+
+/**
+ * Sends a running camera into ROM boot with the 8-byte VCP command 0x16. No reply is read.
+ *
+ * @return the platform's result of the write; ZEM_E_NO_DEVICE for a null handle
+ */
+ZEM_API ZemResult ZEMAPI_ResetToRomboot_VCP8(void* handle);
+
+/** ZEMAPI_ResetToRomboot_VCP8 with the 16-byte VCP command 0xFF 0x03. */
+ZEM_API ZemResult ZEMAPI_ResetToRomboot_VCP16(void* handle);
+
+/**
+ * Looks for a camera in ROM boot among the volumes C: to Z: and opens a session on the first one.
+ *
+ * Volumes that turn out to be something else stay open until the process ends.
+ *
+ * @param mode 1 for the boot loader, 2 for the "ZEM" storage of a loaded updater. With bit 0x10 the
+ *             device is also told the storage address divider: now, and by every further search of
+ *             the process, also when this call fails
+ * @return the session; null when no camera is found or the first one found is not of that mode
+ */
+ZEM_API void* ZEMROMAPI_OpenDevice(unsigned int mode);
+
+/**
+ * Ends a session and closes its volume. The caller's pointer is left as it was. Does nothing for a
+ * null pointer.
+ *
+ * @param device the address of the caller's session
+ */
+ZEM_API void ZEMROMAPI_CloseDevice(void** device);
+
+/**
+ * Has what the session erases, and what ZEMROMAPI_UpdateLinuxFwPkg and the partial updates write,
+ * written into a file as well, each byte at its storage address. What the other burners write is
+ * not mirrored.
+ *
+ * A null path, or one of 260 characters or more, changes nothing. The file need not exist: without
+ * it there is no mirror.
+ *
+ * @param device session
+ * @param path   the dump file
+ * @param size   if not 0, the file is made anew and filled with 0xFF: `size` bytes, taken as
+ *               unsigned and rounded up to a multiple of 4,096
+ * @return 0, also when the file cannot be made; ZEM_E_FAIL for a null session
+ */
+ZEM_API ZemResult ZEMROMAPI_CreateDumpFile(void* device, const wchar_t* path, int size);
+
+/**
+ * Loads a code image into the boot loader and starts it. The device comes back as something else,
+ * so the volume is closed once the image is there, whether it was started or not.
+ *
+ * @param device session
+ * @param path   the image, with its 18-byte header or without; at least 18 bytes
+ * @return 1, or ZEM_E_FAIL; when the image could not be sent the volume stays open
+ */
+ZEM_API ZemResult ZEMROMAPI_LoadMiniUVC(void* device, const wchar_t* path);
+
+/**
+ * Loads the updater and starts it, then waits up to five minutes for its storage to show up; the
+ * session goes on with that.
+ *
+ * @param device session
+ * @param path   the image, as for ZEMROMAPI_LoadMiniUVC
+ * @return 1 once the image has been sent: also when it could not be started, and when no storage
+ *         showed up (then the session has no volume); else ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_LoadUpdater(void* device, const wchar_t* path);
+
+/** Resets the device. Returns 1, whether it answers or not. */
+ZEM_API ZemResult ZEMROMAPI_ResetSystem(void* device);
+
+/**
+ * Selects the serial flash as the storage that is erased, written and read.
+ *
+ * @param device session
+ * @return 0 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_SwitchModePCAM_SF(void* device);
+
+/**
+ * Selects the parallel NAND. On the debugger channel it goes by the name of the SPI NAND.
+ *
+ * @param device session
+ * @param option passed on to the boot code
+ * @return 0 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND(void* device, unsigned char option);
+
+/** Selects the SPI NAND; otherwise as ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND. */
+ZEM_API ZemResult ZEMROMAPI_SwitchModePCAM_SPI_NAND(void* device, unsigned char option);
+
+/** Selects the eMMC; otherwise as ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND. */
+ZEM_API ZemResult ZEMROMAPI_SwitchModePCAM_EMMC(void* device, unsigned char option);
+
+/** Starts the code in the load buffer. Returns 0 or ZEM_E_FAIL; the volume stays open. */
+ZEM_API ZemResult ZEMROMAPI_LongJump(void* device);
+
+/** Sets the memory address that firmware is downloaded to. Returns 0 or ZEM_E_FAIL. */
+ZEM_API ZemResult ZEMROMAPI_SetFwDownloadAddr(void* device, unsigned int address);
+
+/** Writes one byte to a register at a 32-bit address. Returns 0 or ZEM_E_FAIL. */
+ZEM_API ZemResult ZEMROMAPI_WriteRegister(void* device, unsigned int address, unsigned char value);
+
+/**
+ * Reads one byte from a register at a 32-bit address.
+ *
+ * @param device  session
+ * @param address the register
+ * @param value   receives the byte; untouched on failure
+ * @return 0 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_ReadRegister(void* device, unsigned int address, unsigned char* value);
+
+/**
+ * Sends any SCSI command as it is.
+ *
+ * @param device session
+ * @param dataIn not 0 to read, 0 to send
+ * @param length bytes of data, at most 65,536 to read; 0 for a command without data
+ * @param cdb    16 bytes
+ * @param data   `length` bytes: receives what is read, and is untouched on failure; or is sent. May
+ *               be null for a length of 0
+ * @return 0 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_ScsiCommand(void* device, int dataIn, unsigned int length,
+                                        unsigned char* cdb, void* data);
+
+/**
+ * Makes the enhanced area of an eMMC. The name is misspelt, and stays so.
+ *
+ * @param device session; not tested for null
+ * @param first  passed on to the boot code
+ * @param second passed on to the boot code
+ * @return 1 when the device accepted the command, 0 when it did not
+ */
+ZEM_API ZemResult ZEMROMAPI_MkEmmcEhancedArea(void* device, unsigned int first,
+                                              unsigned int second);
+
+/* Storage and firmware packages. The functions below write, read or burn the selected storage. An
+ * address in storage is a byte address. Data moves in whole sectors of 512 bytes and by commands of
+ * at most 32,768 bytes; the rest of a last sector is what follows the data in its file, else zeros.
+ * What would reach past the last 32-bit address is refused like a malformed file, as is a file of 2
+ * GiB or more. A write that fails leaves the line "Failed to transfer data to device." and what has
+ * been written; where a file has a header block, that is written last, so a camera never takes half
+ * an image for a whole one. */
+
+/**
+ * Erases a region: writes 0xFF over it, whole sectors in the storage and `size` bytes in the dump
+ * file.
+ *
+ * @param device  session; not tested for null
+ * @param address of the region
+ * @param size    in bytes; 0 erases nothing
+ * @return 0 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_Erase(void* device, unsigned int address, unsigned int size);
+
+/**
+ * Burns an image file: 18 bytes with the payload's length at offset 14, a header block of 4,096
+ * bytes, the payload. The magic is not looked at. Erases the header block's place, whether or not
+ * that succeeds, writes the payload behind it, then the header block.
+ *
+ * @param device  session
+ * @param path    the image, such as a file made by ZEMROMAPI_DispackZemPcCamFw
+ * @param address in: where the header block goes; out: the next free multiple of 4,096. On a
+ * failure it is where writing stopped; untouched when the file is refused
+ * @return 1 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_BurnFw(void* device, const wchar_t* path, unsigned int* address);
+
+/**
+ * Burns the data of a package to address 0: offset 10 of the file is a 32-bit number that counts
+ * from there to the data, offset 14 the data's length. Nothing is erased before.
+ *
+ * @param device  session
+ * @param path    the package
+ * @param address receives the number of bytes written; untouched when the file is refused
+ * @return 1 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_BurnPcCamFw(void* device, const wchar_t* path, unsigned int* address);
+
+/**
+ * Burns a package laid out as for ZEMROMAPI_BurnPcCamFw whose data begins with a header block of
+ * 4,096 bytes: erases 4,096 bytes at address 0, writes the payload from 4,096 on, then the header
+ * block to 0.
+ *
+ * @param device  session
+ * @param path    the package
+ * @param address receives the end of what is written of the payload, not rounded up further;
+ *                untouched when the file is refused
+ * @return 1 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_BurnPcCamFwPnsV2(void* device, const wchar_t* path,
+                                             unsigned int* address);
+
+/**
+ * Splits a package of boot code and firmware into the image files "VSN_V3BC" and "VSN_V3FW" in the
+ * current folder. Their magics are "VSN_V2BC" and "VSN_V2FW". A file that cannot be created is
+ * skipped.
+ *
+ * @param device not used, may be null
+ * @param path   the package
+ * @return 1; ZEM_E_FAIL when the package cannot be opened or is malformed, before a file is made,
+ *         and when a file could not be written whole
+ */
+ZEM_API ZemResult ZEMROMAPI_DispackZemPcCamFw(void* device, const wchar_t* path);
+
+/**
+ * Writes a Linux firmware package: a header of 8,192 bytes and the body. Erases the header's place,
+ * writes the body, then the header. A package of at most 4,096 bytes is written whole as a header;
+ * one of 4,097 to 8,191 bytes is malformed.
+ *
+ * @param device        session
+ * @param path          the package; the file itself is not changed
+ * @param bodyAddress   where the body goes, which is also put into the header that is written (at
+ *                      offset 16, divided by 1 << the 32-bit shift at offset 8); 0xFFFFFFFF for the
+ *                      address that the header says
+ * @param headerAddress where the header goes
+ * @return 1 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_UpdateLinuxFwPkg(void* device, const wchar_t* path,
+                                             unsigned int bodyAddress, unsigned int headerAddress);
+
+/**
+ * ZEMROMAPI_UpdateLinuxFwPkg with the body at the address that the package's header says. A file
+ * shorter than 512 bytes leaves the line "ZEMROMAPI_UpdateLinuxFwPkg_ file error." and gives
+ * ZEM_E_FAIL.
+ */
+ZEM_API ZemResult ZEMROMAPI_UpdateLinuxFwPkg_(void* device, const wchar_t* path,
+                                              unsigned int headerAddress);
+
+/**
+ * Writes a file whose first 4,096 bytes are a header: erases the header's place, writes what
+ * follows, then the header. A file of at most 4,096 bytes is written as it is.
+ *
+ * @param device  session
+ * @param path    the file
+ * @param address in: where the file goes; out: the end of what is written
+ * @return 1 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_PartialUpdateWithHeader(void* device, const wchar_t* path,
+                                                    unsigned int* address);
+
+/**
+ * Writes a file as it is, without erasing before.
+ *
+ * @param device  session
+ * @param path    the file
+ * @param address in: where the file goes; out: the end of what is written
+ * @return 1 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_PartialUpdate(void* device, const wchar_t* path, unsigned int* address);
+
+/**
+ * Reads the selected storage from address 0 on into a file, which is made anew. A failed read
+ * leaves the line "Usb transfer failed", and in the file what came before.
+ *
+ * @param device  session
+ * @param path    the file
+ * @param address receives the number of bytes read; what it holds before does not matter
+ * @param length  bytes to read, rounded up to whole sectors
+ * @return 1 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_PartialRead(void* device, const wchar_t* path, unsigned int* address,
+                                        unsigned int length);
+
+/**
+ * Writes a file from address 0 on, as it is, into the storage selected for the camera's memory (see
+ * ZEMROMAPI_SwitchModePCAM_DRAM). The check sum of each piece goes to the debugger channel.
+ *
+ * @param device  session
+ * @param path    the file
+ * @param address receives the number of bytes written
+ * @return 1 or ZEM_E_FAIL
+ */
+ZEM_API ZemResult ZEMROMAPI_LoadFW2Memory(void* device, const wchar_t* path, unsigned int* address);
 
 /* ---------------------------------------------------------------------------------------------
  * H.264
@@ -1552,6 +1849,16 @@ ZemResult ZEMAPI_GetFWVersion(void* handle, char* version)
  */
 ZemResult WREN_EuGet(void* device, unsigned int selector, void* data, unsigned short length)
     ZEM_DECORATED("?WREN_EuGet@@YAJPEAXI0G@Z");
+
+/**
+ * Selects the camera's memory as the storage that is written. For C++ callers only: its exported
+ * symbol is the one that a Microsoft x64 compiler gives it.
+ *
+ * @param device ROM-boot session
+ * @return 0 or ZEM_E_FAIL
+ */
+ZemResult ZEMROMAPI_SwitchModePCAM_DRAM(void* device)
+    ZEM_DECORATED("?ZEMROMAPI_SwitchModePCAM_DRAM@@YAJPEAX@Z");
 #endif
 
 #endif /* ZEM_UVC_EXT_API_H */

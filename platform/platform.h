@@ -58,6 +58,31 @@ void WriteText(std::FILE* file, const wchar_t* text);
 // Windows directory; elsewhere $TMPDIR or /tmp.
 void LogFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name);
 
+// Moves a file's position, counted in bytes from its start; false when that fails.
+bool SeekFile(std::FILE* file, std::uint64_t position);
+
+// ---- Volumes ----
+
+// An open volume; null is none.
+using VolumeHandle = void*;
+
+// Opens a raw volume, such as "\\.\C:", for reading and writing, shared for both. Null when it
+// cannot be opened.
+VolumeHandle OpenVolume(const wchar_t* path);
+void CloseVolume(VolumeHandle volume);
+
+// Issues one device control. `block` is what goes in and what comes back. False when it failed;
+// LastError then says why.
+bool ControlVolume(VolumeHandle volume, std::uint32_t code, void* block, std::uint32_t inputLength,
+                   std::uint32_t outputLength);
+
+// The thread's error code of the last platform call that failed.
+std::uint32_t LastError();
+
+// Puts the system's own text for an error code into `text`; nothing when there is none or when it
+// does not fit with its terminator.
+void ErrorText(std::uint32_t code, std::span<wchar_t> text);
+
 // ---- Time ----
 
 struct LocalTime {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <cwchar>
 #include <filesystem>
+#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -56,9 +57,36 @@ void TranslateFormat(const wchar_t* format, std::span<wchar_t> translated) {
   translated[out] = L'\0';
 }
 
+// Error codes of the system.
+constexpr std::uint32_t kFileNotFound = 2;
+constexpr std::uint32_t kInvalidHandle = 6;
+
+// The open volume behind a handle; null, and the call is written down, when there is none.
+simulated::OpenedVolume* FindOpenVolume(VolumeHandle handle) {
+  simulated::System& system = simulated::TheSystem();
+  for (simulated::OpenedVolume& volume : system.openedVolumes) {
+    if (&volume == handle && volume.open) {
+      return &volume;
+    }
+  }
+  ++system.invalidVolumeCalls;
+  system.lastError = kInvalidHandle;
+  return nullptr;
+}
+
 }  // namespace
 
 namespace simulated {
+
+std::vector<std::wstring> System::OpenVolumePaths() const {
+  std::vector<std::wstring> paths;
+  for (const OpenedVolume& volume : openedVolumes) {
+    if (volume.open) {
+      paths.push_back(volume.path);
+    }
+  }
+  return paths;
+}
 
 System& TheSystem() {
   static System system;
@@ -140,6 +168,50 @@ void LogFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name) {
 }
 
 LocalTime CurrentLocalTime() { return simulated::TheSystem().localTime; }
+
+bool SeekFile(std::FILE* file, std::uint64_t position) {
+  return position <= static_cast<std::uint64_t>(std::numeric_limits<long>::max()) &&
+         std::fseek(file, static_cast<long>(position), SEEK_SET) == 0;
+}
+
+VolumeHandle OpenVolume(const wchar_t* path) {
+  simulated::System& system = simulated::TheSystem();
+  system.volumePaths.emplace_back(path);
+  const auto volume = system.volumes.find(path);
+  if (volume == system.volumes.end()) {
+    system.lastError = kFileNotFound;
+    return nullptr;
+  }
+  return &system.openedVolumes.emplace_back(simulated::OpenedVolume{path, volume->second});
+}
+
+void CloseVolume(VolumeHandle volume) {
+  if (simulated::OpenedVolume* const opened = FindOpenVolume(volume); opened != nullptr) {
+    opened->open = false;
+  }
+}
+
+bool ControlVolume(VolumeHandle volume, std::uint32_t code, void* block, std::uint32_t inputLength,
+                   std::uint32_t outputLength) {
+  const simulated::OpenedVolume* const opened = FindOpenVolume(volume);
+  if (opened == nullptr) {
+    return false;
+  }
+  const std::optional<std::uint32_t> error =
+      opened->answer({opened->path, code, block, inputLength, outputLength});
+  simulated::TheSystem().lastError = error.value_or(simulated::TheSystem().lastError);
+  return !error.has_value();
+}
+
+std::uint32_t LastError() { return simulated::TheSystem().lastError; }
+
+void ErrorText(std::uint32_t code, std::span<wchar_t> text) {
+  const simulated::System& system = simulated::TheSystem();
+  const auto known = system.errorTexts.find(code);
+  if (known != system.errorTexts.end() && known->second.size() < text.size()) {
+    std::copy_n(known->second.c_str(), known->second.size() + 1, text.begin());
+  }
+}
 
 void Sleep(std::uint32_t milliseconds) {
   simulated::System& system = simulated::TheSystem();

@@ -6,6 +6,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,26 @@ namespace zem::platform::simulated {
 struct Message {
   std::function<void()> handler;  // the window procedure's work; may be missing
   bool isQuit = false;
+};
+
+// One device control as the system sees it.
+struct VolumeRequest {
+  std::wstring path;  // of the volume
+  std::uint32_t code;
+  void* block;  // what goes in and what comes back
+  std::uint32_t inputLength;
+  std::uint32_t outputLength;
+};
+
+// What stands behind a volume. Answers a request with nothing when it is done, or with the system's
+// error code, which may even be 0.
+using VolumeAnswer = std::function<std::optional<std::uint32_t>(const VolumeRequest&)>;
+
+// One volume that has been opened; its handle is its address.
+struct OpenedVolume {
+  std::wstring path;
+  VolumeAnswer answer;
+  bool open = true;
 };
 
 struct System {
@@ -32,6 +53,19 @@ struct System {
 
   // Files that OpenFile refuses to open.
   std::function<bool(const std::wstring& path)> refuseFile;
+
+  // Volumes by path, such as L"\\\\.\\F:", every path that was asked for, and every one opened.
+  std::map<std::wstring, VolumeAnswer> volumes;
+  std::vector<std::wstring> volumePaths;
+  std::deque<OpenedVolume> openedVolumes;
+  // Paths of the volumes that are open, in the order of their opening.
+  std::vector<std::wstring> OpenVolumePaths() const;
+  // Controls and closings of a handle that is none or is closed.
+  int invalidVolumeCalls = 0;
+
+  // The error code of the last platform call that failed, and the system's text for each code.
+  std::uint32_t lastError = 0;
+  std::map<std::uint32_t, std::wstring> errorTexts;
 
   // The virtual clock, and every sleep that moved it.
   std::uint32_t clockMilliseconds = 0;

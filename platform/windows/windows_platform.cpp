@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 
 #include "platform/com_ptr.h"
 #include "platform/platform.h"
@@ -63,6 +64,43 @@ LocalTime CurrentLocalTime() {
   SYSTEMTIME time = {};
   GetLocalTime(&time);
   return {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond};
+}
+
+bool SeekFile(std::FILE* file, std::uint64_t position) {
+  return _fseeki64(file, static_cast<long long>(position), SEEK_SET) == 0;
+}
+
+VolumeHandle OpenVolume(const wchar_t* path) {
+  const HANDLE volume =
+      CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                  OPEN_EXISTING, 0, nullptr);
+  return volume != INVALID_HANDLE_VALUE ? volume : nullptr;
+}
+
+void CloseVolume(VolumeHandle volume) { CloseHandle(volume); }
+
+bool ControlVolume(VolumeHandle volume, std::uint32_t code, void* block, std::uint32_t inputLength,
+                   std::uint32_t outputLength) {
+  DWORD returned = 0;
+  return DeviceIoControl(volume, code, block, inputLength, block, outputLength, &returned,
+                         nullptr) != FALSE;
+}
+
+std::uint32_t LastError() { return GetLastError(); }
+
+void ErrorText(std::uint32_t code, std::span<wchar_t> text) {
+  wchar_t* systemText = nullptr;
+  const DWORD length = FormatMessageW(
+      FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+      nullptr, code, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
+      reinterpret_cast<wchar_t*>(&systemText), 0, nullptr);
+  if (systemText == nullptr) {
+    return;
+  }
+  if (length < text.size()) {
+    std::wmemcpy(text.data(), systemText, length + 1);
+  }
+  LocalFree(systemText);
 }
 
 void Sleep(std::uint32_t milliseconds) { ::Sleep(milliseconds); }

@@ -1,0 +1,168 @@
+// ROM boot: the way into it, the session, the boot loader's commands, burning and packages.
+#include "exports/export_support.h"
+#include "romboot/boot_commands.h"
+#include "romboot/burning.h"
+#include "romboot/code_loading.h"
+#include "romboot/dump_file.h"
+#include "romboot/linux_package.h"
+#include "romboot/memory_load.h"
+#include "romboot/package_split.h"
+#include "romboot/partial_access.h"
+#include "romboot/rom_boot_config.h"
+#include "romboot/rom_boot_entry.h"
+#include "romboot/storage_transfer.h"
+
+using zem::OnDevice;
+using zem::ZemRomBootConfig;
+
+namespace {
+
+// Of storage types that have none.
+constexpr unsigned char kNoOption = 0;
+
+ZemRomBootConfig& Session(void* device) { return *static_cast<ZemRomBootConfig*>(device); }
+
+// Runs `operation(session, arguments...)`. A null session gives kFail, and then a null pointer
+// among the arguments kRefused; either way nothing is sent.
+template <class Operation, class... Arguments>
+ZemResult OnSession(void* device, Operation operation, Arguments... arguments) {
+  if (device == nullptr) {
+    return zem::kFail;
+  }
+  if (zem::AnyNull(arguments...)) {
+    return zem::kRefused;
+  }
+  return operation(Session(device), arguments...);
+}
+
+}  // namespace
+
+ZemResult ZEMAPI_ResetToRomboot(void* handle) { return OnDevice(handle, zem::ResetToRomboot); }
+
+ZemResult ZEMAPI_ResetToRomboot_VCP8(void* handle) {
+  return OnDevice(handle, zem::ResetToRombootVcp8);
+}
+
+ZemResult ZEMAPI_ResetToRomboot_VCP16(void* handle) {
+  return OnDevice(handle, zem::ResetToRombootVcp16);
+}
+
+void* ZEMROMAPI_OpenDevice(unsigned int mode) { return zem::OpenRomBoot(mode); }
+
+void ZEMROMAPI_CloseDevice(void** device) {
+  if (device != nullptr) {
+    zem::CloseRomBoot(static_cast<ZemRomBootConfig*>(*device));
+  }
+}
+
+ZemResult ZEMROMAPI_CreateDumpFile(void* device, const wchar_t* path, int size) {
+  return OnSession(device, zem::CreateDumpFile, path, size);
+}
+
+ZemResult ZEMROMAPI_LoadMiniUVC(void* device, const wchar_t* path) {
+  return OnSession(device, zem::LoadMiniUVC, path);
+}
+
+ZemResult ZEMROMAPI_LoadUpdater(void* device, const wchar_t* path) {
+  return OnSession(device, zem::LoadUpdater, path);
+}
+
+ZemResult ZEMROMAPI_ResetSystem(void* device) { return OnSession(device, zem::ResetSystem); }
+
+ZemResult ZEMROMAPI_SwitchModePCAM_SF(void* device) {
+  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_PCAM_SF, kNoOption);
+}
+
+ZemResult ZEMROMAPI_SwitchModePCAM_DRAM(void* device) {
+  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_PCAM_DRAM, kNoOption);
+}
+
+ZemResult ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND(void* device, unsigned char option) {
+  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_PARALLEL_NAND, option);
+}
+
+ZemResult ZEMROMAPI_SwitchModePCAM_SPI_NAND(void* device, unsigned char option) {
+  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_SPI_NAND, option);
+}
+
+ZemResult ZEMROMAPI_SwitchModePCAM_EMMC(void* device, unsigned char option) {
+  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_EMMC, option);
+}
+
+ZemResult ZEMROMAPI_LongJump(void* device) { return OnSession(device, zem::LongJump); }
+
+ZemResult ZEMROMAPI_SetFwDownloadAddr(void* device, unsigned int address) {
+  return OnSession(device, zem::SetFwDownloadAddr, address);
+}
+
+ZemResult ZEMROMAPI_WriteRegister(void* device, unsigned int address, unsigned char value) {
+  return OnSession(device, zem::WriteBootRegister, address, value);
+}
+
+ZemResult ZEMROMAPI_ReadRegister(void* device, unsigned int address, unsigned char* value) {
+  return OnSession(device, zem::ReadBootRegister, address, value);
+}
+
+ZemResult ZEMROMAPI_ScsiCommand(void* device, int dataIn, unsigned int length, unsigned char* cdb,
+                                void* data) {
+  // The data may be null when there is none, so ScsiCommand itself looks at it.
+  const auto send = [data](ZemRomBootConfig& session, int in, unsigned count,
+                           unsigned char* command) {
+    return zem::ScsiCommand(session, in, count, command, data);
+  };
+  return OnSession(device, send, dataIn, length, cdb);
+}
+
+ZemResult ZEMROMAPI_MkEmmcEhancedArea(void* device, unsigned int first, unsigned int second) {
+  // Deliberate: the session is not tested for null.
+  return zem::MakeEmmcEnhancedArea(Session(device), first, second);
+}
+
+ZemResult ZEMROMAPI_Erase(void* device, unsigned int address, unsigned int size) {
+  // Deliberate: the session is not tested for null.
+  return zem::Erase(Session(device), address, size);
+}
+
+ZemResult ZEMROMAPI_BurnFw(void* device, const wchar_t* path, unsigned int* address) {
+  return OnSession(device, zem::BurnFw, path, address);
+}
+
+ZemResult ZEMROMAPI_BurnPcCamFw(void* device, const wchar_t* path, unsigned int* address) {
+  return OnSession(device, zem::BurnPcCamFw, path, address);
+}
+
+ZemResult ZEMROMAPI_BurnPcCamFwPnsV2(void* device, const wchar_t* path, unsigned int* address) {
+  return OnSession(device, zem::BurnPcCamFwPnsV2, path, address);
+}
+
+ZemResult ZEMROMAPI_DispackZemPcCamFw(void* /*device*/, const wchar_t* path) {
+  return zem::DispackZemPcCamFw(path);
+}
+
+ZemResult ZEMROMAPI_UpdateLinuxFwPkg(void* device, const wchar_t* path, unsigned int bodyAddress,
+                                     unsigned int headerAddress) {
+  return OnSession(device, zem::UpdateLinuxFwPkg, path, bodyAddress, headerAddress);
+}
+
+ZemResult ZEMROMAPI_UpdateLinuxFwPkg_(void* device, const wchar_t* path,
+                                      unsigned int headerAddress) {
+  return OnSession(device, zem::UpdateLinuxFwPkgAtOwnAddress, path, headerAddress);
+}
+
+ZemResult ZEMROMAPI_PartialUpdateWithHeader(void* device, const wchar_t* path,
+                                            unsigned int* address) {
+  return OnSession(device, zem::PartialUpdateWithHeader, path, address);
+}
+
+ZemResult ZEMROMAPI_PartialUpdate(void* device, const wchar_t* path, unsigned int* address) {
+  return OnSession(device, zem::PartialUpdate, path, address);
+}
+
+ZemResult ZEMROMAPI_PartialRead(void* device, const wchar_t* path, unsigned int* address,
+                                unsigned int length) {
+  return OnSession(device, zem::PartialRead, path, address, length);
+}
+
+ZemResult ZEMROMAPI_LoadFW2Memory(void* device, const wchar_t* path, unsigned int* address) {
+  return OnSession(device, zem::LoadFW2Memory, path, address);
+}

@@ -1,0 +1,81 @@
+// The ground of every native test of a camera in ROM boot: a fresh simulated system, a boot loader
+// on volume F:, a folder for files, and a check that no volume is used behind its closing.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "include/ZemUVCExtApi.h"
+#include "platform/simulated/simulated_platform.h"
+#include "romboot/usb_scsi_cmd.h"
+#include "tests/support/device_test.h"
+#include "tests/support/scripted_volume.h"
+
+namespace zem::testing {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// The system's error codes.
+inline constexpr std::uint32_t kGeneralFailure = 31;
+inline constexpr std::uint32_t kTimeout = 121;
+inline constexpr std::uint32_t kInvalidHandle = 6;
+
+// "\\.\F:"
+inline std::wstring VolumePath(wchar_t letter) { return std::wstring(L"\\\\.\\") + letter + L":"; }
+
+class RomBootTest : public ::testing::Test {
+ protected:
+  RomBootTest();
+  // Closes the session and requires that no volume is left open, but for those in `leftOpen`.
+  ~RomBootTest() override;
+
+  platform::simulated::System& system() { return platform::simulated::TheSystem(); }
+
+  // Puts a scripted volume behind a drive letter.
+  void Attach(wchar_t letter, ScriptedVolume& scripted) {
+    system().volumes[VolumePath(letter)] = scripted.Answer();
+  }
+
+  // A session on the boot loader, opened on first use; what that did is forgotten.
+  void* session();
+
+  // All controls of `volume` since the last call as text: direction, CDB, length of the data, and
+  // " failed" behind those that did: "out fa 55 66 08 ... [512]".
+  Lines TakeCommands();
+  WideLines TakeDebuggerLines() { return std::exchange(system().debuggerLines, {}); }
+  std::vector<std::uint32_t> TakeSleeps() { return std::exchange(system().sleeps, {}); }
+
+  // A path in the test's own folder; a file with these bytes there; a file's bytes.
+  std::wstring PathOf(const std::string& name) const;
+  std::wstring WriteFile(const std::string& name, const Bytes& bytes) const;
+  static Bytes ReadFile(const std::wstring& path);
+  bool Exists(const std::string& name) const { return std::filesystem::exists(folder_ / name); }
+  const std::filesystem::path& folder() const { return folder_; }
+
+  // The boot loader.
+  ScriptedVolume volume;
+
+  // Volumes that the test expects to stay open.
+  std::vector<std::wstring> leftOpen;
+  // Controls of a null or closed volume that it expects.
+  int invalidVolumeCalls = 0;
+
+ private:
+  std::filesystem::path folder_;
+  void* session_ = nullptr;
+};
+
+// Bytes without a pattern of any power of two.
+Bytes SomeBytes(std::size_t size, std::uint8_t first = 1);
+
+// `bytes`, and zeros up to a whole number of sectors.
+Bytes PaddedToSectors(Bytes bytes);
+
+// One part of `bytes`.
+Bytes PartOf(const Bytes& bytes, std::size_t offset, std::size_t size);
+
+}  // namespace zem::testing
