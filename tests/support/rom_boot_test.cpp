@@ -1,8 +1,14 @@
 #include "tests/support/rom_boot_test.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cwchar>
 #include <fstream>
 #include <iterator>
+
+#include "platform/bytes.h"
+#include "romboot/rom_boot_config.h"
 
 namespace zem::testing {
 
@@ -47,6 +53,28 @@ Lines RomBootTest::TakeCommands() {
   return lines;
 }
 
+Bytes RomBootTest::Stored(std::uint32_t address, std::size_t size) const {
+  constexpr std::uint8_t kWriteStorage = 0x08;
+  Bytes stored(size, 0xCC);
+  for (const VolumeControl& control : volume.controls) {
+    if (control.IsIn() || control.failed || control.cdb[3] != kWriteStorage) {
+      continue;
+    }
+    const std::uint32_t start = LoadBe32(&control.cdb[4]);
+    for (std::size_t index = 0; index < control.sent.size(); ++index) {
+      const std::uint64_t place = std::uint64_t{start} + index - address;
+      if (place < size) {
+        stored[static_cast<std::size_t>(place)] = control.sent[index];
+      }
+    }
+  }
+  return stored;
+}
+
+void RomBootTest::SetAddressDivider(std::uint32_t divider) {
+  static_cast<ZemRomBootConfig*>(session())->scsi.addressDivider = divider;
+}
+
 std::wstring RomBootTest::PathOf(const std::string& name) const {
   return (folder_ / name).wstring();
 }
@@ -62,6 +90,22 @@ Bytes RomBootTest::ReadFile(const std::wstring& path) {
   std::ifstream file(std::filesystem::path(path), std::ios::binary);
   EXPECT_TRUE(file.is_open());
   return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+std::string WriteCommand(std::uint32_t address, std::uint32_t sectors, unsigned flag) {
+  std::array<char, 80> text = {};
+  std::snprintf(text.data(), text.size(),
+                "out fa 55 66 08 %02x %02x %02x %02x %02x %02x %02x 00 00 00 00 00 [%u]",
+                address >> 24, address >> 16 & 0xFF, address >> 8 & 0xFF, address & 0xFF,
+                sectors >> 8, sectors & 0xFF, flag, sectors * 512);
+  return text.data();
+}
+
+std::wstring AddressLine(std::uint32_t address, std::uint32_t length, unsigned flag) {
+  std::array<wchar_t, 80> text = {};
+  std::swprintf(text.data(), text.size(), L"Adr=0x%X, Len=0x%X Flag=0x%X\r\n", address, length,
+                flag);
+  return text.data();
 }
 
 Bytes SomeBytes(std::size_t size, std::uint8_t first) {

@@ -49,6 +49,13 @@ class RomBootTest : public ::testing::Test {
   WideLines TakeDebuggerLines() { return std::exchange(system().debuggerLines, {}); }
   std::vector<std::uint32_t> TakeSleeps() { return std::exchange(system().sleeps, {}); }
 
+  // What the writes that did not fail have put into storage, from an address on; 0xCC where nothing
+  // was written.
+  Bytes Stored(std::uint32_t address, std::size_t size) const;
+
+  // Of the session's channel.
+  void SetAddressDivider(std::uint32_t divider);
+
   // A path in the test's own folder; a file with these bytes there; a file's bytes.
   std::wstring PathOf(const std::string& name) const;
   std::wstring WriteFile(const std::string& name, const Bytes& bytes) const;
@@ -68,6 +75,12 @@ class RomBootTest : public ::testing::Test {
   std::filesystem::path folder_;
   void* session_ = nullptr;
 };
+
+// A storage write as TakeCommands gives it: the same bytes as the literal ones elsewhere.
+std::string WriteCommand(std::uint32_t address, std::uint32_t sectors, unsigned flag = 0);
+
+// The debugger line of a storage write.
+std::wstring AddressLine(std::uint32_t address, std::uint32_t length, unsigned flag = 0);
 
 // Bytes without a pattern of any power of two.
 Bytes SomeBytes(std::size_t size, std::uint8_t first = 1);

@@ -1,0 +1,222 @@
+// The Linux package, in both forms.
+#include "tests/support/package_files.h"
+#include "tests/support/rom_boot_test.h"
+
+namespace {
+
+using zem::testing::AddressLine;
+using zem::testing::Bytes;
+using zem::testing::Joined;
+using zem::testing::kTimeout;
+using zem::testing::Lines;
+using zem::testing::LinuxHeader;
+using zem::testing::PaddedToSectors;
+using zem::testing::PartOf;
+using zem::testing::PutLe32;
+using zem::testing::RomBootTest;
+using zem::testing::SomeBytes;
+using zem::testing::WideLines;
+using zem::testing::WriteCommand;
+
+constexpr unsigned int kAddressInHeader = 0xFFFFFFFF;
+const wchar_t* const kTransferFailed = L"Failed to transfer data to device.\r\n";
+
+class LinuxPackageTest : public RomBootTest {
+ protected:
+  ZemResult Update(const Bytes& file, unsigned int bodyAddress, unsigned int headerAddress) {
+    return ZEMROMAPI_UpdateLinuxFwPkg(session(), WriteFile("package", file).c_str(), bodyAddress,
+                                      headerAddress);
+  }
+  ZemResult UpdateAtOwnAddress(const Bytes& file, unsigned int headerAddress) {
+    return ZEMROMAPI_UpdateLinuxFwPkg_(session(), WriteFile("package", file).c_str(),
+                                       headerAddress);
+  }
+  // A dump file of `size` bytes of 0x11.
+  std::wstring Dump(std::size_t size) {
+    const std::wstring dump = WriteFile("dump", Bytes(size, 0x11));
+    EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), dump.c_str(), 0), 0);
+    return dump;
+  }
+};
+
+TEST_F(LinuxPackageTest, EraseThenBodyThenHeader) {
+  const Bytes header = LinuxHeader(9, 0x1234);
+  const Bytes body = SomeBytes(40000);
+  EXPECT_EQ(Update(Joined({header, body}), 0x300000, 0x20000), 1);
+  ASSERT_EQ(volume.controls.size(), 4U);
+  EXPECT_EQ(volume.controls[0].sent, Bytes(8192, 0xFF));
+  EXPECT_EQ(Stored(0x300000, 40448), PaddedToSectors(body));
+  Bytes written = header;
+  PutLe32(written, 16, 0x1800);
+  EXPECT_EQ(volume.controls[3].sent, written) << "the body's address, in units of 1 << 9";
+  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 02 00 00 00 10 00 00 00 00 00 00 [8192]",
+                                   "out fa 55 66 08 00 30 00 00 00 40 00 00 00 00 00 00 [32768]",
+                                   "out fa 55 66 08 00 30 80 00 00 0f 00 00 00 00 00 00 [7680]",
+                                   "out fa 55 66 08 00 02 00 00 00 10 00 00 00 00 00 00 [8192]"}));
+  EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"Adr=0x20000, Len=0x2000 Flag=0x0\r\n",
+                                            L"Adr=0x300000, Len=0x8000 Flag=0x0\r\n",
+                                            L"Adr=0x308000, Len=0x1E00 Flag=0x0\r\n",
+                                            L"Adr=0x20000, Len=0x2000 Flag=0x0\r\n"}));
+}
+
+TEST_F(LinuxPackageTest, AddressFFFFFFFFIsTheOneInTheHeaderWhichStaysAsItIs) {
+  const Bytes header = LinuxHeader(12, 0x345);
+  EXPECT_EQ(Update(Joined({header, SomeBytes(512)}), kAddressInHeader, 0), 1);
+  EXPECT_EQ(TakeCommands(),
+            (Lines{WriteCommand(0, 16), WriteCommand(0x345000, 1), WriteCommand(0, 16)}));
+  EXPECT_EQ(Stored(0, 0).size(), 0U);
+  EXPECT_EQ(UpdateAtOwnAddress(Joined({header, SomeBytes(512)}), 0), 1);
+  EXPECT_EQ(volume.controls.at(2).sent, header);
+  EXPECT_EQ(TakeCommands(),
+            (Lines{WriteCommand(0, 16), WriteCommand(0x345000, 1), WriteCommand(0, 16)}));
+}
+
+TEST_F(LinuxPackageTest, AddressBetweenTwoUnitsIsRoundedDownInTheHeaderOnly) {
+  EXPECT_EQ(Update(Joined({LinuxHeader(12, 0), SomeBytes(512)}), 0x12FFF, 0), 1);
+  EXPECT_EQ(PartOf(volume.controls.at(2).sent, 16, 4), (Bytes{0x12, 0, 0, 0}));
+  EXPECT_EQ(TakeCommands().at(1), WriteCommand(0x12FFF, 1));
+}
+
+TEST_F(LinuxPackageTest, TheFileItselfIsNotChanged) {
+  const Bytes file = Joined({LinuxHeader(9, 0x1234), SomeBytes(100)});
+  EXPECT_EQ(Update(file, 0x300000, 0), 1);
+  EXPECT_EQ(ReadFile(PathOf("package")), file);
+}
+
+TEST_F(LinuxPackageTest, UpTo4096BytesAreAllHeader) {
+  for (const std::size_t size : {std::size_t{20}, std::size_t{600}, std::size_t{4096}}) {
+    const Bytes file = PartOf(LinuxHeader(4, 0x1234), 0, size);
+    EXPECT_EQ(Update(file, 0x100, 0x20000), 1);
+    Bytes written = file;
+    PutLe32(written, 16, 0x10);
+    EXPECT_EQ(volume.controls.at(1).sent, PaddedToSectors(written));
+    EXPECT_EQ(TakeCommands(),
+              (Lines{WriteCommand(0x20000, 16),
+                     WriteCommand(0x20000, static_cast<std::uint32_t>((size + 511) / 512))}));
+  }
+}
+
+TEST_F(LinuxPackageTest, HeaderWithoutABody) {
+  EXPECT_EQ(Update(LinuxHeader(0, 0), kAddressInHeader, 0x20000), 1);
+  EXPECT_EQ(TakeCommands(), (Lines{WriteCommand(0x20000, 16), WriteCommand(0x20000, 16)}));
+}
+
+TEST_F(LinuxPackageTest, AllIsMirroredWithoutTheRounding) {
+  const std::wstring dump = Dump(0x6000);
+  const Bytes header = LinuxHeader(0, 0x4000);
+  const Bytes body = SomeBytes(700);
+  EXPECT_EQ(Update(Joined({header, body}), kAddressInHeader, 0x1000), 1);
+  Bytes mirrored(0x6000, 0x11);
+  std::copy(header.begin(), header.end(), mirrored.begin() + 0x1000);
+  std::copy(body.begin(), body.end(), mirrored.begin() + 0x4000);
+  EXPECT_EQ(ReadFile(dump), mirrored);
+}
+
+TEST_F(LinuxPackageTest, EraseIsMirroredWhereTheHeaderIsShorter) {
+  const std::wstring dump = Dump(0x3000);
+  const Bytes file = PartOf(LinuxHeader(0, 0), 0, 100);
+  EXPECT_EQ(Update(file, kAddressInHeader, 0), 1);
+  Bytes mirrored = file;
+  mirrored.resize(0x2000, 0xFF);
+  mirrored.resize(0x3000, 0x11);
+  EXPECT_EQ(ReadFile(dump), mirrored);
+}
+
+TEST_F(LinuxPackageTest, AFailureAtAnyCommandEndsItWithoutTheHeader) {
+  const Bytes file = Joined({LinuxHeader(9, 0x1234), SomeBytes(40000)});
+  for (std::size_t failing = 1; failing <= 4; ++failing) {
+    for (const bool ownAddress : {false, true}) {
+      session();
+      volume.Fail(failing, kTimeout);
+      EXPECT_EQ(ownAddress ? UpdateAtOwnAddress(file, 0x20000) : Update(file, 0x300000, 0x20000),
+                ZEM_E_FAIL);
+      EXPECT_EQ(Stored(0x20000, 8192), Bytes(8192, failing == 1 ? 0xCC : 0xFF));
+      EXPECT_EQ(Stored(ownAddress ? 0x1234 << 9 : 0x300000, 32768),
+                failing <= 2 ? Bytes(32768, 0xCC) : SomeBytes(32768));
+      EXPECT_EQ(TakeCommands().size(), failing);
+      const WideLines lines = TakeDebuggerLines();
+      EXPECT_EQ(lines.size(), failing + 2);
+      EXPECT_EQ(lines.back(), kTransferFailed);
+    }
+  }
+}
+
+TEST_F(LinuxPackageTest, PackagesOf4097To8191BytesAreRefusedBeforeAnythingIsSent) {
+  const std::wstring dump = Dump(4);
+  for (const std::size_t size :
+       {std::size_t{4097}, std::size_t{4608}, std::size_t{6000}, std::size_t{8191}}) {
+    const Bytes file = PartOf(LinuxHeader(0, 0x4000), 0, size);
+    EXPECT_EQ(Update(file, 0x4000, 0), ZEM_E_FAIL) << size;
+    EXPECT_EQ(Update(file, kAddressInHeader, 0), ZEM_E_FAIL) << size;
+    EXPECT_EQ(UpdateAtOwnAddress(file, 0), ZEM_E_FAIL) << size;
+  }
+  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(ReadFile(dump), Bytes(4, 0x11));
+}
+
+TEST_F(LinuxPackageTest, PackagesTooShortForTheirFieldsAreRefusedBeforeAnythingIsSent) {
+  for (std::size_t size = 0; size < 20; ++size) {
+    EXPECT_EQ(Update(Bytes(size), 0x4000, 0), ZEM_E_FAIL) << size;
+    EXPECT_EQ(Update(Bytes(size), kAddressInHeader, 0), ZEM_E_FAIL) << size;
+  }
+  EXPECT_EQ(TakeCommands(), Lines());
+}
+
+TEST_F(LinuxPackageTest, ShiftOf32AndMoreIsMalformed) {
+  for (const std::uint32_t shift : {32U, 33U, 64U, 0x80000000U, 0xFFFFFFFFU}) {
+    for (const Bytes& file :
+         {Joined({LinuxHeader(shift, 0), SomeBytes(512)}), PartOf(LinuxHeader(shift, 0), 0, 600)}) {
+      EXPECT_EQ(Update(file, 0x4000, 0), ZEM_E_FAIL) << shift;
+      EXPECT_EQ(Update(file, kAddressInHeader, 0), ZEM_E_FAIL) << shift;
+      EXPECT_EQ(UpdateAtOwnAddress(file, 0), ZEM_E_FAIL) << shift;
+    }
+  }
+  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(Update(Joined({LinuxHeader(31, 1), SomeBytes(512)}), kAddressInHeader, 0), 1);
+  EXPECT_EQ(TakeCommands().at(1), WriteCommand(0x80000000, 1));
+}
+
+TEST_F(LinuxPackageTest, BodyAddressesBeyond32BitsAreMalformed) {
+  for (const auto& [shift, units] : std::vector<std::pair<std::uint32_t, std::uint32_t>>{
+           {31, 2}, {1, 0x80000000}, {16, 0x10000}, {9, 0xFFFFFFFF}}) {
+    const Bytes file = Joined({LinuxHeader(shift, units), SomeBytes(512)});
+    EXPECT_EQ(Update(file, kAddressInHeader, 0), ZEM_E_FAIL);
+    EXPECT_EQ(UpdateAtOwnAddress(file, 0), ZEM_E_FAIL);
+  }
+  EXPECT_EQ(TakeCommands(), Lines());
+}
+
+TEST_F(LinuxPackageTest, WhatWouldReachPastTheLastAddressIsRefusedBeforeAnythingIsSent) {
+  const Bytes file = Joined({LinuxHeader(0, 0), SomeBytes(513)});
+  EXPECT_EQ(Update(file, 0xFFFFFE00, 0), ZEM_E_FAIL);
+  EXPECT_EQ(Update(file, 0, 0xFFFFE001), ZEM_E_FAIL);
+  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(Update(file, 0xFFFFFC00, 0xFFFFE000), 1);
+  EXPECT_EQ(TakeCommands().size(), 3U);
+}
+
+TEST_F(LinuxPackageTest, OwnAddressNeedsAFirstReadOf512Bytes) {
+  const Bytes file = LinuxHeader(0, 0);
+  for (const std::size_t size : {std::size_t{0}, std::size_t{20}, std::size_t{511}}) {
+    EXPECT_EQ(UpdateAtOwnAddress(PartOf(file, 0, size), 0), ZEM_E_FAIL);
+    EXPECT_EQ(TakeDebuggerLines(), WideLines{L"ZEMROMAPI_UpdateLinuxFwPkg_ file error.\r\n"});
+  }
+  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(UpdateAtOwnAddress(PartOf(file, 0, 512), 0), 1);
+}
+
+TEST_F(LinuxPackageTest, NullsAndMissingFiles) {
+  const std::wstring path = WriteFile("package", LinuxHeader(0, 0));
+  EXPECT_EQ(ZEMROMAPI_UpdateLinuxFwPkg(nullptr, path.c_str(), 0, 0), ZEM_E_FAIL);
+  EXPECT_EQ(ZEMROMAPI_UpdateLinuxFwPkg_(nullptr, path.c_str(), 0), ZEM_E_FAIL);
+  EXPECT_EQ(ZEMROMAPI_UpdateLinuxFwPkg(session(), nullptr, 0, 0), ZEM_E_FAIL);
+  EXPECT_EQ(ZEMROMAPI_UpdateLinuxFwPkg_(session(), nullptr, 0), ZEM_E_FAIL);
+  EXPECT_EQ(ZEMROMAPI_UpdateLinuxFwPkg(session(), PathOf("none").c_str(), 0, 0), ZEM_E_FAIL);
+  EXPECT_EQ(ZEMROMAPI_UpdateLinuxFwPkg_(session(), PathOf("none").c_str(), 0), ZEM_E_FAIL);
+  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeDebuggerLines(), WideLines()) << "a file that cannot be opened leaves no line";
+}
+
+}  // namespace

@@ -1,0 +1,260 @@
+// Writing a file to any region of storage, and reading storage into a file.
+#include "tests/support/package_files.h"
+#include "tests/support/rom_boot_test.h"
+
+namespace {
+
+using zem::testing::AddressLine;
+using zem::testing::Bytes;
+using zem::testing::Joined;
+using zem::testing::kGeneralFailure;
+using zem::testing::kTimeout;
+using zem::testing::Lines;
+using zem::testing::PaddedToSectors;
+using zem::testing::PartOf;
+using zem::testing::RomBootTest;
+using zem::testing::SomeBytes;
+using zem::testing::WideLines;
+using zem::testing::WriteCommand;
+
+const wchar_t* const kTransferFailed = L"Failed to transfer data to device.\r\n";
+
+// ---- With a header ----
+
+class PartialUpdateWithHeaderTest : public RomBootTest {
+ protected:
+  ZemResult Update(const Bytes& file) {
+    return ZEMROMAPI_PartialUpdateWithHeader(session(), WriteFile("file", file).c_str(), &address);
+  }
+  unsigned int address = 0x5000;
+};
+
+TEST_F(PartialUpdateWithHeaderTest, EraseThenBodyThenHeader) {
+  const Bytes file = SomeBytes(4096 + 33000);
+  EXPECT_EQ(Update(file), 1);
+  EXPECT_EQ(address, 0x6000U + 33280U) << "the body's end";
+  EXPECT_EQ(volume.controls.at(0).sent, Bytes(4096, 0xFF));
+  EXPECT_EQ(volume.controls.at(3).sent, PartOf(file, 0, 4096));
+  EXPECT_EQ(Stored(0x5000, 4096 + 33280), PaddedToSectors(file));
+  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 00 50 00 00 08 00 00 00 00 00 00 [4096]",
+                                   "out fa 55 66 08 00 00 60 00 00 40 00 00 00 00 00 00 [32768]",
+                                   "out fa 55 66 08 00 00 e0 00 00 01 00 00 00 00 00 00 [512]",
+                                   "out fa 55 66 08 00 00 50 00 00 08 00 00 00 00 00 00 [4096]"}));
+  EXPECT_EQ(
+      TakeDebuggerLines(),
+      (WideLines{L"Adr=0x5000, Len=0x1000 Flag=0x0\r\n", L"Adr=0x6000, Len=0x8000 Flag=0x0\r\n",
+                 L"Adr=0xE000, Len=0x200 Flag=0x0\r\n", L"Adr=0x5000, Len=0x1000 Flag=0x0\r\n"}));
+}
+
+TEST_F(PartialUpdateWithHeaderTest, UpTo4096BytesAreWrittenAsTheyAre) {
+  for (const auto& [size, end] : std::vector<std::pair<std::size_t, unsigned int>>{
+           {1, 0x5200}, {4095, 0x6000}, {4096, 0x6000}}) {
+    address = 0x5000;
+    EXPECT_EQ(Update(SomeBytes(size)), 1);
+    EXPECT_EQ(address, end);
+    EXPECT_EQ(TakeCommands(),
+              (Lines{WriteCommand(0x5000, 8), WriteCommand(0x5000, (end - 0x5000) / 512)}));
+  }
+}
+
+TEST_F(PartialUpdateWithHeaderTest, OneByteMoreIsABody) {
+  EXPECT_EQ(Update(SomeBytes(4097)), 1);
+  EXPECT_EQ(address, 0x6200U);
+  EXPECT_EQ(TakeCommands(),
+            (Lines{WriteCommand(0x5000, 8), WriteCommand(0x6000, 1), WriteCommand(0x5000, 8)}));
+}
+
+TEST_F(PartialUpdateWithHeaderTest, AnEmptyFileErasesTheHeadersPlace) {
+  EXPECT_EQ(Update({}), 1);
+  EXPECT_EQ(address, 0x5000U);
+  EXPECT_EQ(TakeCommands(), Lines{WriteCommand(0x5000, 8)});
+}
+
+TEST_F(PartialUpdateWithHeaderTest, AllIsMirroredWithoutTheRounding) {
+  const std::wstring dump = WriteFile("dump", Bytes(0x8000, 0x11));
+  ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), dump.c_str(), 0), 0);
+  const Bytes file = SomeBytes(4096 + 700);
+  EXPECT_EQ(Update(file), 1);
+  EXPECT_EQ(ReadFile(dump),
+            Joined({Bytes(0x5000, 0x11), file, Bytes(0x8000 - 0x5000 - file.size(), 0x11)}));
+}
+
+TEST_F(PartialUpdateWithHeaderTest, AFailureAtAnyCommandEndsItWithoutTheHeader) {
+  const unsigned int addresses[] = {0x5000, 0x6000, 0xE000, 0xE200};
+  for (std::size_t failing = 1; failing <= 4; ++failing) {
+    session();
+    address = 0x5000;
+    volume.Fail(failing, kTimeout);
+    EXPECT_EQ(Update(SomeBytes(4096 + 33000)), ZEM_E_FAIL);
+    EXPECT_EQ(address, addresses[failing - 1]);
+    EXPECT_EQ(Stored(0x5000, 4096), Bytes(4096, failing == 1 ? 0xCC : 0xFF));
+    EXPECT_EQ(TakeCommands().size(), failing);
+    EXPECT_EQ(TakeDebuggerLines().back(), kTransferFailed);
+  }
+}
+
+TEST_F(PartialUpdateWithHeaderTest, WhatWouldReachPastTheLastAddressIsRefused) {
+  address = 0xFFFFF200;
+  EXPECT_EQ(Update(SomeBytes(1)), ZEM_E_FAIL) << "there is no room to erase";
+  address = 0xFFFFE000;
+  EXPECT_EQ(Update(SomeBytes(8193)), ZEM_E_FAIL);
+  EXPECT_EQ(address, 0xFFFFE000U);
+  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(Update(SomeBytes(8192)), 1);
+  EXPECT_EQ(address, 0U);
+}
+
+// ---- Without one ----
+
+class PartialUpdateTest : public RomBootTest {
+ protected:
+  ZemResult Update(const Bytes& file) {
+    return ZEMROMAPI_PartialUpdate(session(), WriteFile("file", file).c_str(), &address);
+  }
+  unsigned int address = 0x5000;
+};
+
+TEST_F(PartialUpdateTest, NothingIsErased) {
+  const Bytes file = SomeBytes(33000);
+  EXPECT_EQ(Update(file), 1);
+  EXPECT_EQ(address, 0x5000U + 33280U);
+  EXPECT_EQ(Stored(0x5000, 33280), PaddedToSectors(file));
+  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 00 50 00 00 40 00 00 00 00 00 00 [32768]",
+                                   "out fa 55 66 08 00 00 d0 00 00 01 00 00 00 00 00 00 [512]"}));
+}
+
+TEST_F(PartialUpdateTest, FilesOfMoreThan4MiBAreReadInPieces) {
+  const Bytes file = SomeBytes(4194304 + 1000);
+  const std::wstring dump = WriteFile("dump", {});
+  ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), dump.c_str(), 0), 0);
+  address = 0;
+  EXPECT_EQ(Update(file), 1);
+  EXPECT_EQ(address, 4194304U + 1024U);
+  EXPECT_EQ(Stored(0, 4194304 + 1024), PaddedToSectors(file))
+      << "zeros behind the last piece, and not what is left of the one before";
+  EXPECT_EQ(ReadFile(dump), file);
+  const Lines commands = TakeCommands();
+  EXPECT_EQ(commands.size(), 129U);
+  EXPECT_EQ(commands.back(), WriteCommand(4194304, 2));
+}
+
+TEST_F(PartialUpdateTest, AnEmptyFile) {
+  EXPECT_EQ(Update({}), 1);
+  EXPECT_EQ(address, 0x5000U);
+  EXPECT_EQ(TakeCommands(), Lines());
+}
+
+TEST_F(PartialUpdateTest, StopsAtTheCommandThatFails) {
+  for (std::size_t failing = 1; failing <= 3; ++failing) {
+    session();
+    address = 0x5000;
+    volume.Fail(failing, kTimeout);
+    EXPECT_EQ(Update(SomeBytes(70000)), ZEM_E_FAIL);
+    EXPECT_EQ(address, 0x5000U + (failing - 1) * 0x8000U);
+    EXPECT_EQ(TakeCommands().size(), failing);
+    EXPECT_EQ(TakeDebuggerLines().back(), kTransferFailed);
+  }
+}
+
+TEST_F(PartialUpdateTest, WhatWouldReachPastTheLastAddressIsRefused) {
+  address = 0xFFFFFE00;
+  EXPECT_EQ(Update(SomeBytes(513)), ZEM_E_FAIL);
+  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(Update(SomeBytes(512)), 1);
+}
+
+// ---- Reading ----
+
+class PartialReadTest : public RomBootTest {
+ protected:
+  ZemResult Read(unsigned int length) {
+    return ZEMROMAPI_PartialRead(session(), PathOf("file").c_str(), &address, length);
+  }
+  unsigned int address = 0x777;
+};
+
+TEST_F(PartialReadTest, FromAddress0WhateverTheCallers) {
+  const Bytes content = SomeBytes(66048);
+  volume.answers[0x07] = {PartOf(content, 0, 32768), PartOf(content, 32768, 32768),
+                          PartOf(content, 65536, 512)};
+  WriteFile("file", SomeBytes(100000));
+  EXPECT_EQ(Read(65537), 1);
+  EXPECT_EQ(address, 66048U);
+  EXPECT_EQ(ReadFile(PathOf("file")), content) << "whole sectors, in a file made anew";
+  EXPECT_EQ(TakeCommands(), (Lines{"in fa 55 66 07 00 00 00 00 00 40 00 00 00 00 00 00 [32768]",
+                                   "in fa 55 66 07 00 00 80 00 00 40 00 00 00 00 00 00 [32768]",
+                                   "in fa 55 66 07 00 01 00 00 00 01 00 00 00 00 00 00 [512]"}));
+  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>());
+}
+
+TEST_F(PartialReadTest, AddressesAreNotDivided) {
+  session();
+  SetAddressDivider(0x200);
+  EXPECT_EQ(Read(33000), 1);
+  EXPECT_EQ(TakeCommands().at(1), "in fa 55 66 07 00 00 80 00 00 01 00 00 00 00 00 00 [512]");
+}
+
+TEST_F(PartialReadTest, OfNothingCreatesAnEmptyFile) {
+  EXPECT_EQ(Read(0), 1);
+  EXPECT_EQ(address, 0U);
+  EXPECT_EQ(ReadFile(PathOf("file")), Bytes());
+  EXPECT_EQ(TakeCommands(), Lines());
+}
+
+TEST_F(PartialReadTest, AFailureKeepsWhatWasRead) {
+  for (std::size_t failing = 1; failing <= 3; ++failing) {
+    session();
+    volume.answers[0x07] = {SomeBytes(32768), SomeBytes(32768), SomeBytes(512)};
+    volume.Fail(failing, kTimeout);
+    EXPECT_EQ(Read(66048), ZEM_E_FAIL);
+    EXPECT_EQ(address, (failing - 1) * 32768U);
+    EXPECT_EQ(ReadFile(PathOf("file")).size(), (failing - 1) * 32768U);
+    EXPECT_EQ(TakeCommands().size(), failing);
+    EXPECT_EQ(TakeDebuggerLines(),
+              (WideLines{L"SendScsiCmdIIn Failed, Erroe=0x79 \r\n", L"Usb transfer failed\r\n"}));
+  }
+}
+
+TEST_F(PartialReadTest, AFileThatCannotBeCreated) {
+  const std::wstring noFolder = PathOf("no/folder");
+  for (const wchar_t* const path : {noFolder.c_str(), static_cast<const wchar_t*>(nullptr)}) {
+    EXPECT_EQ(ZEMROMAPI_PartialRead(session(), path, &address, 512), ZEM_E_FAIL);
+    EXPECT_EQ(address, 0x777U);
+    EXPECT_EQ(TakeCommands(), Lines());
+    EXPECT_EQ(TakeDebuggerLines(), WideLines{L"Failed to create destination file.\r\n"});
+  }
+}
+
+TEST_F(PartialReadTest, AFullDiskIsAFailure) {
+  for (const unsigned int length : {512U, 1048576U}) {
+    EXPECT_EQ(ZEMROMAPI_PartialRead(session(), L"/dev/full", &address, length), ZEM_E_FAIL);
+    EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  }
+}
+
+// ---- What all have in common ----
+
+using PartialArgumentsTest = RomBootTest;
+
+TEST_F(PartialArgumentsTest, NullsAndMissingFiles) {
+  const std::wstring path = WriteFile("file", SomeBytes(100));
+  for (const auto update : {ZEMROMAPI_PartialUpdateWithHeader, ZEMROMAPI_PartialUpdate}) {
+    unsigned int address = 0x777;
+    EXPECT_EQ(update(nullptr, path.c_str(), &address), ZEM_E_FAIL);
+    EXPECT_EQ(update(session(), path.c_str(), nullptr), ZEM_E_REFUSED);
+    EXPECT_EQ(update(session(), nullptr, &address), ZEM_E_FAIL);
+    EXPECT_EQ(update(session(), PathOf("none").c_str(), &address), ZEM_E_FAIL);
+    EXPECT_EQ(update(session(), folder().wstring().c_str(), &address), ZEM_E_FAIL);
+    EXPECT_EQ(address, 0x777U);
+  }
+  unsigned int address = 0x777;
+  EXPECT_EQ(ZEMROMAPI_PartialRead(nullptr, PathOf("new").c_str(), &address, 512), ZEM_E_FAIL);
+  EXPECT_EQ(ZEMROMAPI_PartialRead(session(), PathOf("new").c_str(), nullptr, 512), ZEM_E_REFUSED);
+  EXPECT_FALSE(Exists("new"));
+  EXPECT_EQ(address, 0x777U);
+  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+}
+
+}  // namespace

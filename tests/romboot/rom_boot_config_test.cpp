@@ -1,0 +1,178 @@
+// The ROM-boot session: which camera it is opened on, how it ends, its dump file.
+#include "romboot/rom_boot_config.h"
+
+#include <cwchar>
+
+#include "tests/support/rom_boot_test.h"
+
+namespace {
+
+using zem::ZemRomBootConfig;
+using zem::testing::Bytes;
+using zem::testing::kTimeout;
+using zem::testing::Lines;
+using zem::testing::RomBootTest;
+using zem::testing::VolumePath;
+using zem::testing::WideLines;
+
+const Bytes kBootLoaderReply = {0xAA, 0x55, 0, 0, 'V', 'S', 'N', '2'};
+const Bytes kZemStorageReply = {0, 0, 0, 0, 0, 0, 0, 0, 0, 'Z', 'E', 'M'};
+
+// ---- Opening and closing ----
+
+using RomBootConfigTest = RomBootTest;
+
+struct OpenCase {
+  unsigned mode;
+  bool bootLoader;  // what answers; else the "ZEM" storage
+  bool opened;
+  std::uint32_t flag;  // the process-wide one behind it
+};
+
+TEST_F(RomBootConfigTest, ModeAsksForOneDeviceKind) {
+  const std::vector<OpenCase> cases = {
+      {1, true, true, 0},      {1, false, false, 0},         {2, true, false, 0},
+      {2, false, true, 0},     {0x11, true, true, 1},        {0x11, false, false, 1},
+      {0x12, true, false, 1},  {0x12, false, true, 1},       {0, true, false, 0},
+      {0, false, false, 0},    {0x10, true, false, 1},       {3, true, false, 0},
+      {3, false, false, 0},    {0x101, true, false, 0},      {0x111, true, false, 1},
+      {0x22, false, false, 0}, {0xFFFFFFFF, true, false, 1},
+  };
+  for (const OpenCase& test : cases) {
+    SCOPED_TRACE(::testing::Message()
+                 << "mode " << test.mode << " boot loader " << test.bootLoader);
+    zem::sendAddressDivider = 0;
+    volume.identify = test.bootLoader ? kBootLoaderReply : kZemStorageReply;
+    void* device = ZEMROMAPI_OpenDevice(test.mode);
+    EXPECT_EQ(device != nullptr, test.opened);
+    EXPECT_EQ(zem::sendAddressDivider, test.flag);
+    EXPECT_EQ(system().OpenVolumePaths().size(), test.opened ? 1U : 0U)
+        << "a session that is not handed out closes its volume";
+    ZEMROMAPI_CloseDevice(&device);
+    EXPECT_TRUE(system().OpenVolumePaths().empty());
+  }
+}
+
+TEST_F(RomBootConfigTest, WithoutACameraThereIsNoSession) {
+  system().volumes.clear();
+  EXPECT_EQ(ZEMROMAPI_OpenDevice(1), nullptr);
+  EXPECT_EQ(ZEMROMAPI_OpenDevice(0), nullptr);
+  EXPECT_EQ(system().volumePaths.size(), 48U);
+}
+
+TEST_F(RomBootConfigTest, DividerFlagStaysSetForTheRestOfTheProcess) {
+  EXPECT_EQ(ZEMROMAPI_OpenDevice(0x12), nullptr);
+  TakeCommands();
+  TakeDebuggerLines();
+  void* device = ZEMROMAPI_OpenDevice(1);
+  EXPECT_EQ(TakeCommands(), (Lines{"in 12 00 00 00 24 00 [36]",
+                                   "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]",
+                                   "out fa 55 66 0f 00 00 00 04 00 00 00 00 00 00 00 00 [4]"}));
+  EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"Set addr div = 1\r\n", L"Send addr div = 1\r\n",
+                                            L"Storage Address Divider=0x1 \r\n"}));
+  ZEMROMAPI_CloseDevice(&device);
+}
+
+TEST_F(RomBootConfigTest, ClosingLeavesTheCallersPointerAndNullsDoNothing) {
+  void* device = ZEMROMAPI_OpenDevice(1);
+  ASSERT_NE(device, nullptr);
+  void* const before = device;
+  ZEMROMAPI_CloseDevice(&device);
+  EXPECT_EQ(device, before);
+  EXPECT_TRUE(system().OpenVolumePaths().empty());
+  device = nullptr;
+  ZEMROMAPI_CloseDevice(&device);
+  ZEMROMAPI_CloseDevice(nullptr);
+}
+
+TEST_F(RomBootConfigTest, FieldsFollowEachOtherBehindTheVirtualTable) {
+  const ZemRomBootConfig config;
+  const auto offset = [&](const void* field) {
+    return static_cast<const char*>(field) - reinterpret_cast<const char*>(&config);
+  };
+  EXPECT_EQ(offset(&config.dumpEnabled), 8);
+  EXPECT_EQ(offset(&config.dumpPath), 8 + static_cast<int>(sizeof(wchar_t)));
+  EXPECT_EQ(std::size(config.dumpPath), 260U);
+  EXPECT_GT(offset(&config.scsi), offset(&config.dumpPath));
+  EXPECT_EQ(config.dumpEnabled, 0U);
+  for (const wchar_t character : config.dumpPath) {
+    EXPECT_EQ(character, L'\0');
+  }
+}
+
+// ---- Dump file ----
+
+class DumpFileTest : public RomBootTest {
+ protected:
+  ZemRomBootConfig& config() { return *static_cast<ZemRomBootConfig*>(session()); }
+};
+
+TEST_F(DumpFileTest, SizeIsRoundedUpToBlocksOf4096BytesOfFF) {
+  for (const auto& [size, written] :
+       std::vector<std::pair<int, std::size_t>>{{5000, 8192}, {4096, 4096}, {1, 4096}}) {
+    EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), PathOf("dump").c_str(), size), 0);
+    EXPECT_EQ(ReadFile(PathOf("dump")), Bytes(written, 0xFF));
+  }
+  EXPECT_EQ(TakeCommands(), Lines());
+}
+
+TEST_F(DumpFileTest, PathIsKeptAndTheDumpIsOn) {
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), PathOf("dump").c_str(), 1), 0);
+  EXPECT_EQ(config().dumpEnabled, 1U);
+  EXPECT_EQ(config().dumpPath, PathOf("dump"));
+}
+
+TEST_F(DumpFileTest, WithoutASizeTheFileIsLeftAlone) {
+  const std::wstring path = WriteFile("dump", {1, 2, 3});
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), path.c_str(), 0), 0);
+  EXPECT_EQ(ReadFile(path), (Bytes{1, 2, 3}));
+  EXPECT_EQ(config().dumpEnabled, 1U);
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), PathOf("none").c_str(), 0), 0);
+  EXPECT_FALSE(Exists("none"));
+}
+
+TEST_F(DumpFileTest, ANullPathChangesNothing) {
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), nullptr, 4096), 0);
+  EXPECT_EQ(config().dumpEnabled, 0U);
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), PathOf("dump").c_str(), 0), 0);
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), nullptr, 4096), 0);
+  EXPECT_EQ(config().dumpEnabled, 1U);
+  EXPECT_EQ(config().dumpPath, PathOf("dump"));
+}
+
+TEST_F(DumpFileTest, APathOf260CharactersLeavesTheDumpOffAndOneOf259IsKept) {
+  std::wstring path = PathOf("dump/");
+  while (path.size() < 260) {
+    path += L"./";
+  }
+  path.resize(260);
+  std::filesystem::create_directories(folder() / "dump");
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), path.c_str(), 4096), 0);
+  EXPECT_EQ(config().dumpEnabled, 0U);
+  EXPECT_EQ(config().dumpPath[0], L'\0');
+  path.resize(259);
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), path.c_str(), 0), 0);
+  EXPECT_EQ(config().dumpEnabled, 1U);
+  EXPECT_EQ(config().dumpPath, path);
+}
+
+TEST_F(DumpFileTest, AFileThatCannotBeCreatedIsNoError) {
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), PathOf("no/folder").c_str(), 4096), 0);
+  EXPECT_EQ(config().dumpEnabled, 1U);
+  EXPECT_EQ(ZEMROMAPI_Erase(session(), 0, 512), 0) << "nor later";
+}
+
+TEST_F(DumpFileTest, ANullSession) {
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(nullptr, PathOf("dump").c_str(), 4096), ZEM_E_FAIL);
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(nullptr, nullptr, 4096), ZEM_E_FAIL);
+  EXPECT_FALSE(Exists("dump"));
+}
+
+TEST_F(DumpFileTest, SizeIsTakenAsUnsigned) {
+  // 4 GiB are not written here: the disk of this test is full at once.
+  system().refuseFile = [](const std::wstring& path) { return path != L"/dev/full"; };
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), L"/dev/full", -1), 0);
+  EXPECT_EQ(config().dumpEnabled, 1U);
+}
+
+}  // namespace
