@@ -53,6 +53,8 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   AddH264Commands(*this);
   AddStreamCommands(*this);
   AddMulticastCommands(*this);
+  AddRomCommands(*this);
+  AddRecoverCommand(*this);
 }
 
 CLI::App* Program::AddCommand(CLI::App* parent, const std::string& name,

@@ -1,0 +1,28 @@
+// Burning as a person asks for it: shown first, asked for, done, and compared with what was read
+// back.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "tools/zemctl/burn_method.h"
+#include "tools/zemctl/progress.h"
+#include "tools/zemctl/report.h"
+#include "tools/zemctl/rom_session.h"
+
+namespace zemctl {
+
+// What a plan sends, command by command, the selection of the storage first.
+void ReportPlan(const BurnPlan& plan, const StorageChoice& storage, Report& report);
+
+// "The storage sf will be overwritten (erase: 4096 bytes from 0x00000000, payload: ...)"
+std::string DescribeLoss(const BurnPlan& plan, const StorageChoice& storage);
+
+// Phase "write": carries the plan out, and reports what was written where.
+void WritePlan(const BurnPlan& plan, Progress& progress, Report& report,
+               const std::function<void()>& carryOut);
+
+// Phase "compare": reads back what the plan has written, and reports how much of it is right.
+void Verify(const RomSession& session, const BurnPlan& plan, Progress& progress, Report& report);
+
+}  // namespace zemctl
