@@ -54,13 +54,11 @@ class Program {
 void AddDeviceCommands(Program& program);
 void AddRegisterCommands(Program& program);
 void AddRawCommands(Program& program);
-<<<<<<< HEAD
 void AddH264Commands(Program& program);
 void AddStreamCommands(Program& program);
 void AddMulticastCommands(Program& program);
-=======
+
 void AddRomCommands(Program& program);
 void AddRecoverCommand(Program& program);
->>>>>>> 8d1fcc3 (Reach a camera in ROM boot from the command line, and recover it in one command)
 
 }  // namespace zemctl

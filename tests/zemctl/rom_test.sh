@@ -1,0 +1,134 @@
+#!/usr/bin/env bash
+# zemctl rom: each command on a simulated boot loader, what it leaves in the storage, what it refuses.
+source "$(dirname "$0")/rom_support.sh"
+blank
+
+# Finding it.
+expect 3 'no camera in ROM boot was found among the volumes C: to Z:' $sim rom info
+boot
+with_boot 0 'found:     boot loader' rom info
+says 'signature: VSN3'
+says 'identity:  aa 55 00 00 56 53 4e 33 00 00 00 00 00 00 00 00'
+with_boot 3 'no ZEM storage was found' rom info --kind storage
+boot '"letter":"Q","start":"storage",'
+with_boot 0 'identity: 00 00 00 00 00 00 00 00 00 5a 45 4d 00 00 00 00' rom info --send-divider
+boot '"responseFormat":2,'
+with_boot 3 'no camera in ROM boot' rom info
+
+# Going there from a running camera.
+boot '"start":"camera",'
+for way in both vcp8 vcp16; do
+  with_boot 0 'found: boot loader' rom enter --way $way
+done
+with_boot 0 'vendor unit' list
+boot
+with_boot 3 'no video-input device is attached' list
+
+# Registers, selection, raw commands, reset.
+with_boot 0 'written: yes' rom reg set 0x80001234 0x5A
+with_boot 0 'value:   0x00' rom reg get 0x80001234
+with_boot 2 '' rom reg set 0 256
+with_boot 0 'command:  fa 55 66 06 06 00 03 00 00 00 00 00 00 00 00 00' \
+  rom select --storage spi-nand --option 3
+with_boot 7 'ZEMROMAPI_SwitchModePCAM_EMMC: the camera in ROM boot did not carry it out' \
+  rom select --storage emmc
+with_boot 2 'takes no option' rom select --storage sf --option 1
+with_boot 0 'data:    aa 55 00 00 56 53 4e 33' rom command fa 55 66 01 --in 16
+with_boot 11 'nothing was done' rom command fa 55 66 21 </dev/null
+with_boot 0 'bytes sent: 0' rom command fa 55 66 21 --yes
+with_boot 7 'ZEMROMAPI_ScsiCommand' rom command fa 55 66 7f --yes
+with_boot 0 'reset: sent' rom reset
+
+# Burning: nothing without a yes; every byte where it belongs; compared by reading back.
+with_boot 11 'The storage sf will be overwritten' rom burn $work/image.bin --address 0x10000 </dev/null
+erased 0 262144
+with_boot 0 'verified: 74096 bytes read back, all as they should be' \
+  rom burn $work/image.bin --address 0x10000 --yes
+stored $work/image.bin 18 74096 65536
+erased 0 65536
+with_boot 0 'verified: 74096' rom verify $work/image.bin --address 0x10000
+printf 'X' | dd of=$flash bs=1 seek=70000 conv=notrunc status=none
+with_boot 10 '1 of 74096 bytes of the storage are not those of the file; 0x00011170 holds 0x58' \
+  rom verify $work/image.bin --address 0x10000
+with_boot 0 '"bytes": 70000' --json rom burn $work/image.bin --yes
+stored $work/image.bin 18 74096 0
+
+blank
+with_boot 0 'verified: 40000' rom burn-package $work/package.bin --yes
+stored $work/package.bin 18 40000 0
+with_boot 0 'verified: 4796' rom burn-package --v2 $work/package2.bin --yes
+stored $work/package2.bin 30 4796 0
+
+blank
+with_boot 0 'verified: 41192' rom update-linux $work/linux.bin --header-address 0x2000 --yes
+stored $work/linux.bin 0 8192 8192
+stored $work/linux.bin 8192 33000 65536
+with_boot 0 'verified: 41192' rom update-linux $work/linux.bin --header-address 0x2000 \
+  --body-address 0x20000 --dump $work/dump.img --yes
+stored $work/linux.bin 8192 33000 131072
+[ "$(od -An -tx1 -j $((8192 + 16)) -N 4 $flash)" = " 20 00 00 00" ]
+cmp -n 41192 -i 8192:8192 $work/dump.img $flash
+
+blank
+with_boot 0 'verified: 5000' rom update-partial $work/partial.bin --address 0x3000 --yes
+stored $work/partial.bin 0 5000 12288
+with_boot 0 'verified: 5000' rom update-partial --with-header $work/partial.bin --address 0x8000 --yes
+stored $work/partial.bin 0 5000 32768
+with_boot 0 'verified: 600' rom erase 0x3000 600 --yes
+erased 12288 1024
+stored $work/partial.bin 1024 3976 13312
+with_boot 0 'bytes read: 5000' rom read $work/read.bin --address 0x8000 --size 5000
+cmp $work/read.bin $work/partial.bin
+
+# Code and memory.
+with_boot 0 'found: ZEM storage' rom load-updater $work/code.bin
+says 'code:  70000'
+boot '"afterJump":"bootLoader",'
+with_boot 3 'its storage did not show up' rom load-updater $work/raw_code.bin
+boot '"afterJump":"camera",'
+with_boot 0 'camera: firmware version 01 02 03 04 05 06' rom load-mini-uvc $work/code.bin
+boot
+with_boot 0 'bytes written:    5000' rom load-memory $work/partial.bin --address 0x1000
+cmp -n 5000 $work/partial.bin $memory
+with_boot 7 'ZEMROMAPI_LongJump' rom load-memory $work/partial.bin --jump
+
+# Packages.
+rm -rf $work/unpacked && mkdir $work/unpacked
+expect 0 'VSN_V3FW  12306   300' rom unpack $work/both.bin --into $work/unpacked
+cmp $work/unpacked/VSN_V3BC $work/wanted_bc.bin
+cmp $work/unpacked/VSN_V3FW $work/wanted_fw.bin
+expect 11 'VSN_V3BC is there already' rom unpack $work/both.bin --into $work/unpacked </dev/null
+expect 2 'is no folder' rom unpack $work/both.bin --into $work/nowhere
+
+# A dry run needs no camera and says what would be sent.
+expect 0 'select sf                            0      fa 55 66 06 05 00 00 00 00 00 00 00 00 00 00 00' \
+  rom burn $work/image.bin --address 0x10000 --dry-run
+says 'erase         0x00010000  4096   fa 55 66 08 00 01 00 00 00 08 00 00 00 00 00 00'
+says 'payload       0x00011000  32768  fa 55 66 08 00 01 10 00 00 40 00 00 00 00 00 00'
+says 'payload       0x00021000  4608   fa 55 66 08 00 02 10 00 00 09 00 00 00 00 00 00'
+says 'header block  0x00010000  4096   fa 55 66 08 00 01 00 00 00 08 00 00 00 00 00 00'
+expect 0 'data       0x00000000  32768  fa 55 66 08 00 00 00 00 00 40 01 00 00 00 00 00' \
+  rom burn-package $work/package.bin --dry-run
+
+# Files that are not what they should be are refused before a camera is looked for.
+expect 9 'short.bin says that its payload of 70000 bytes begins at 4114, but it ends at 74113' \
+  rom burn $work/short.bin --yes
+expect 9 'begins neither with VSN_V2BC nor with VSN_V2FW' rom burn $work/linux.bin --yes
+expect 9 'too few for the header of a package' rom burn-package $work/tiny.bin --yes
+expect 9 'but it ends at' rom burn-package $work/image.bin --yes
+expect 9 'too few for the beginning of a Linux package' \
+  rom update-linux $work/tiny.bin --header-address 0 --yes
+expect 9 'too few for the header of a code image' rom load-updater $work/tiny.bin
+expect 9 'cannot be opened' rom burn $work/nothing.bin --yes
+expect 9 'too few' rom unpack $work/tiny.bin
+
+# Faults on the way. The search takes 2 commands and the selection 1.
+blank
+boot '"faults":["fail@4+2"],'
+with_boot 0 'verified: 5000' rom update-partial $work/partial.bin --yes
+boot '"faults":["fail@4=5"],'
+with_boot 7 'ZEMROMAPI_PartialUpdate: the camera in ROM boot did not carry it out' \
+  rom update-partial $work/partial.bin --yes
+boot '"faults":["unplug@5"],'
+with_boot 7 'ZEMROMAPI_ScsiCommand: the camera in ROM boot did not carry it out' \
+  rom update-partial $work/partial.bin --yes
