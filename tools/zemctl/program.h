@@ -57,7 +57,6 @@ void AddRawCommands(Program& program);
 void AddH264Commands(Program& program);
 void AddStreamCommands(Program& program);
 void AddMulticastCommands(Program& program);
-
 void AddRomCommands(Program& program);
 void AddRecoverCommand(Program& program);
 
