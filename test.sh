@@ -2,8 +2,8 @@
 # All layers of tests. Ends with a line "N passed, N failed"; the exit status matches.
 source "$(dirname "$0")/scripts/setup.sh"
 
-install_missing "${windows_packages[@]}" libgtest-dev libbenchmark-dev clang clang-format clang-tidy \
-  lld llvm python3
+install_missing "${windows_packages[@]}" libgtest-dev libbenchmark-dev libyuv-dev clang clang-format \
+  clang-tidy imagemagick libsox-fmt-base lld llvm python3 sox
 
 passed=0
 failed=0

@@ -55,6 +55,7 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   AddMulticastCommands(*this);
   AddRomCommands(*this);
   AddRecoverCommand(*this);
+  AddMediaCommands(*this);
 }
 
 CLI::App* Program::AddCommand(CLI::App* parent, const std::string& name,

@@ -59,5 +59,6 @@ void AddStreamCommands(Program& program);
 void AddMulticastCommands(Program& program);
 void AddRomCommands(Program& program);
 void AddRecoverCommand(Program& program);
+void AddMediaCommands(Program& program);
 
 }  // namespace zemctl
