@@ -15,7 +15,7 @@ bytes() {
 
 # picture FILE: its pixels from the top, as a viewer shows them, red, green, blue in hexadecimal.
 picture() {
-  convert "bmp:$1" -depth 8 rgb:- | od -An -v -tx1 | tr -d ' \n'
+  stream -map rgb -storage-type char "bmp:$1" - | od -An -v -tx1 | tr -d ' \n'
 }
 
 same() {
