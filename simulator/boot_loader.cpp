@@ -117,7 +117,8 @@ ScsiResult BootLoader::Answer(Cdb cdb, bool dataIn, Data data) {
       case Fault::Kind::kShort:
         shorten = &fault;
         break;
-      case Fault::Kind::kLength:  // a volume has no such thing
+      case Fault::Kind::kDrop:
+      case Fault::Kind::kLength:  // a volume has no such things
         break;
     }
   }

@@ -30,6 +30,9 @@ Camera::Disturbance Camera::NextTransfer() {
       case Fault::Kind::kGarbage:
         disturbance.garbage = true;
         break;
+      case Fault::Kind::kDrop:
+        disturbance.drop = true;
+        break;
       case Fault::Kind::kUnplug:
         Unplug();
         break;
@@ -45,6 +48,32 @@ void Camera::Unplug() {
   }
 }
 
+KeptMemory Camera::SaveMemory() const {
+  KeptMemory memory;
+  for (const auto& unit : nodes_) {
+    if (unit != nullptr) {
+      unit->SaveMemory(memory);
+    }
+  }
+  return memory;
+}
+
+void Camera::Settle() {
+  for (const auto& unit : nodes_) {
+    if (unit != nullptr && !unplugged_) {
+      unit->Settle();
+    }
+  }
+}
+
+void Camera::LoadMemory(const KeptMemory& memory) {
+  for (const auto& unit : nodes_) {
+    if (unit != nullptr) {
+      unit->LoadMemory(memory);
+    }
+  }
+}
+
 void Camera::Report(const Transfer& transfer) const {
   if (observer_) {
     observer_(transfer);
@@ -54,9 +83,17 @@ void Camera::Report(const Transfer& transfer) const {
 Outcome Camera::Set(std::size_t node, std::uint16_t selector, std::span<const std::uint8_t> bytes) {
   const Disturbance disturbance = NextTransfer();
   ExtensionUnit& unit = *nodes_.at(node);
-  Outcome outcome = Outcome::kUnplugged;
-  if (!unplugged_) {
-    outcome = disturbance.fail ? Outcome::kFailed : unit.Set(selector, bytes);
+  Outcome outcome = Outcome::kDone;
+  if (unplugged_) {
+    outcome = Outcome::kUnplugged;
+  } else if (disturbance.fail) {
+    outcome = Outcome::kFailed;
+  } else if (disturbance.garbage) {
+    std::vector<std::uint8_t> garbage(bytes.size());
+    FillWithNoise(garbage, transfers_);
+    outcome = unit.Set(selector, garbage);
+  } else if (!disturbance.drop) {
+    outcome = unit.Set(selector, bytes);
   }
   Report({true, unit.id(), selector, bytes.size(), {bytes.begin(), bytes.end()}, outcome});
   return outcome;

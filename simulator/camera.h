@@ -14,6 +14,7 @@
 
 #include "platform/com.h"
 #include "simulator/faults.h"
+#include "simulator/kept_memory.h"
 #include "simulator/standard_controls.h"
 
 namespace zem::simulator {
@@ -44,6 +45,16 @@ class ExtensionUnit {
   // value, in the control's own length.
   virtual Outcome Get(std::uint16_t selector, std::size_t length,
                       std::vector<std::uint8_t>& bytes) = 0;
+
+  // Adds what the unit keeps while the camera is switched off.
+  virtual void SaveMemory(KeptMemory& /*memory*/) const {}
+
+  // Switches the unit on with what it kept; whatever `memory` lacks is as it left the factory.
+  // Throws std::invalid_argument for memory that cannot be this unit's.
+  virtual void LoadMemory(const KeptMemory& /*memory*/) {}
+
+  // Time passes: what the unit does by itself comes to its end.
+  virtual void Settle() {}
 
  private:
   GUID id_;
@@ -87,6 +98,11 @@ class Camera {
 
   void AddFault(const Fault& fault) { faults_.push_back(fault); }
 
+  // All units'; a camera that is gone does nothing more.
+  KeptMemory SaveMemory() const;
+  void LoadMemory(const KeptMemory& memory);
+  void Settle();
+
   // Called for every transfer once its outcome is known.
   void SetObserver(std::function<void(const Transfer&)> observer) {
     observer_ = std::move(observer);
@@ -127,6 +143,7 @@ class Camera {
     const Fault* shorten = nullptr;
     const Fault* length = nullptr;
     bool garbage = false;
+    bool drop = false;
   };
 
   Disturbance NextTransfer();

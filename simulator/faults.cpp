@@ -10,12 +10,13 @@ namespace {
 // The status of a refusal for which no value is given.
 constexpr std::uint32_t kAnyRefusal = 1;
 
-constexpr std::array<std::pair<std::string_view, Fault::Kind>, 6> kKinds = {{
+constexpr std::array<std::pair<std::string_view, Fault::Kind>, 7> kKinds = {{
     {"fail", Fault::Kind::kFail},
     {"refuse", Fault::Kind::kRefuse},
     {"short", Fault::Kind::kShort},
     {"length", Fault::Kind::kLength},
     {"garbage", Fault::Kind::kGarbage},
+    {"drop", Fault::Kind::kDrop},
     {"unplug", Fault::Kind::kUnplug},
 }};
 

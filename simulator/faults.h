@@ -14,8 +14,8 @@ struct Fault {
     kRefuse,   // a read answers with `value` in byte 0; a boot loader refuses the command
     kShort,    // a read moves no more than `value` bytes
     kLength,   // a read reports that it moved `value` bytes, whatever it moved
-    kGarbage,  // a read answers bytes without meaning; a boot loader also takes such for what it
-               // got
+    kGarbage,  // bytes without meaning are read, or arrive in place of those written
+    kDrop,     // a write succeeds and never arrives; a boot loader has no such fault
     kUnplug,   // the camera is gone from this transfer on
   };
 

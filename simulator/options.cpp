@@ -1,5 +1,6 @@
 #include "simulator/options.h"
 
+#include <algorithm>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -8,7 +9,6 @@
 #include "simulator/h264_unit.h"
 #include "simulator/orva_unit.h"
 #include "simulator/skype_unit.h"
-#include "simulator/vendor_unit.h"
 
 namespace zem::simulator {
 namespace {
@@ -75,23 +75,6 @@ std::vector<Fault> ReadFaults(const json& object) {
   return faults;
 }
 
-CameraOptions ReadCamera(const json& object) {
-  RefuseUnknownKeys(object, {"vendorId", "productId", "name", "vendorUnit", "h264Unit", "skypeUnit",
-                             "skypeVersion", "orvaUnit", "h264Formats", "faults"});
-  CameraOptions camera;
-  camera.vendorId = ReadNumber(object, "vendorId", camera.vendorId);
-  camera.productId = ReadNumber(object, "productId", camera.productId);
-  camera.name = object.value("name", camera.name);
-  camera.vendorUnit = object.value("vendorUnit", camera.vendorUnit);
-  camera.h264Unit = object.value("h264Unit", camera.h264Unit);
-  camera.skypeUnit = object.value("skypeUnit", camera.skypeUnit);
-  camera.skypeVersion = ReadNumber(object, "skypeVersion", camera.skypeVersion);
-  camera.orvaUnit = object.value("orvaUnit", camera.orvaUnit);
-  camera.h264Formats = ReadFormats(object);
-  camera.faults = ReadFaults(object);
-  return camera;
-}
-
 // The value of a key whose values have names.
 template <class Value>
 Value ReadNamed(const json& object, const char* key, Value missing,
@@ -106,6 +89,42 @@ Value ReadNamed(const json& object, const char* key, Value missing,
     }
   }
   throw std::invalid_argument("\"" + text + "\" is not a value of \"" + key + "\"");
+}
+
+DataChannelSettings ReadDataChannel(const json& object) {
+  DataChannelSettings data;
+  data.dataLength = ReadNumber(object, "dataLength", std::uint16_t{32});
+  if (data.dataLength != 32 && data.dataLength != 64) {
+    throw std::invalid_argument("\"dataLength\" is 32 or 64");
+  }
+  data.highSpeed = object.value("highSpeed", data.highSpeed);
+  data.burnPolls = ReadNumber(object, "burnPolls", std::uint16_t{0});
+  data.burnError = object.value("burnError", data.burnError);
+  data.busy = object.value("busy", data.busy);
+  return data;
+}
+
+CameraOptions ReadCamera(const json& object) {
+  RefuseUnknownKeys(object, {"vendorId", "productId", "name", "vendorUnit", "h264Unit", "skypeUnit",
+                             "skypeVersion", "orvaUnit", "h264Formats", "chip", "dataLength",
+                             "highSpeed", "burnPolls", "burnError", "busy", "state", "faults"});
+  CameraOptions camera;
+  camera.vendorId = ReadNumber(object, "vendorId", camera.vendorId);
+  camera.productId = ReadNumber(object, "productId", camera.productId);
+  camera.name = object.value("name", camera.name);
+  camera.vendorUnit = object.value("vendorUnit", camera.vendorUnit);
+  camera.h264Unit = object.value("h264Unit", camera.h264Unit);
+  camera.skypeUnit = object.value("skypeUnit", camera.skypeUnit);
+  camera.skypeVersion = ReadNumber(object, "skypeVersion", camera.skypeVersion);
+  camera.orvaUnit = object.value("orvaUnit", camera.orvaUnit);
+  camera.h264Formats = ReadFormats(object);
+  camera.vendor = {
+      ReadNamed(object, "chip", camera.vendor.chip,
+                {{"516x", VendorSettings::Chip::k516x}, {"517x", VendorSettings::Chip::k517x}}),
+      ReadDataChannel(object)};
+  camera.stateFile = object.value("state", camera.stateFile);
+  camera.faults = ReadFaults(object);
+  return camera;
 }
 
 BootStage ReadStage(const json& object, const char* key, BootStage missing) {
@@ -194,7 +213,18 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
   camera->AddPlainNode();
   const auto encoder = std::make_shared<H264Encoder>(options.h264Formats);
   if (options.vendorUnit) {
-    camera->AddUnit(std::make_unique<VendorUnit>(encoder)).enterRomBoot = std::move(enterRomBoot);
+    auto& vendor = camera->AddUnit(std::make_unique<VendorUnit>(options.vendor, encoder));
+    vendor.enterRomBoot = std::move(enterRomBoot);
+    if (!options.stateFile.empty()) {
+      // What a run that is cut short has changed must not be lost.
+      vendor.SetFlashObserver([camera = camera.get(), file = options.stateFile] {
+        try {
+          WriteStateFile(file, camera->SaveMemory());
+        } catch (const std::runtime_error&) {
+          return;  // told when the run ends; nothing may be thrown into the host
+        }
+      });
+    }
   }
   if (options.h264Unit) {
     camera->AddUnit(std::make_unique<H264Unit>(encoder));
@@ -205,10 +235,20 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
   if (options.orvaUnit) {
     camera->AddUnit(std::make_unique<OrvaUnit>());
   }
+  if (!options.stateFile.empty()) {
+    camera->LoadMemory(ReadStateFile(options.stateFile));
+  }
   for (const Fault& fault : options.faults) {
     camera->AddFault(fault);
   }
   return camera;
+}
+
+void SaveState(const CameraOptions& options, Camera& camera) {
+  if (!options.stateFile.empty()) {
+    camera.Settle();
+    WriteStateFile(options.stateFile, camera.SaveMemory());
+  }
 }
 
 }  // namespace zem::simulator

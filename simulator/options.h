@@ -11,6 +11,7 @@
 #include "simulator/boot_loader.h"
 #include "simulator/camera.h"
 #include "simulator/h264_encoder.h"
+#include "simulator/vendor_unit.h"
 
 namespace zem::simulator {
 
@@ -24,6 +25,8 @@ struct CameraOptions {
   bool orvaUnit = false;
   std::uint8_t skypeVersion = 19;
   std::vector<H264Format> h264Formats;
+  VendorSettings vendor;
+  std::string stateFile;  // UTF-8 path; empty: every run begins as it left the factory
   std::vector<Fault> faults;
 };
 
@@ -42,7 +45,12 @@ Options ParseOptions(std::string_view json);
 // The camera that the options describe: an input terminal, a processing unit and those of the
 // extension units that are wanted: vendor, H.264, Skype, ORVA, in this order. `enterRomBoot` is
 // called when a host sends it into ROM boot; null for a camera without a boot loader.
+// Throws std::invalid_argument for a state file that is not one.
 std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
                                    std::function<void()> enterRomBoot = nullptr);
+
+// Writes the camera's state file, if it has one; MakeCamera's cameras do so by themselves when
+// their flash changes. Throws std::runtime_error when that fails.
+void SaveState(const CameraOptions& options, Camera& camera);
 
 }  // namespace zem::simulator

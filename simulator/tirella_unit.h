@@ -23,6 +23,12 @@ class TirellaUnit : public ExtensionUnit {
   Outcome Get(std::uint16_t selector, std::size_t length,
               std::vector<std::uint8_t>& bytes) override;
 
+  // Keeps "tirellaNvmem".
+  void SaveMemory(KeptMemory& memory) const override { memory["tirellaNvmem"] = state.nvmem; }
+  void LoadMemory(const KeptMemory& memory) override {
+    LoadBytes(memory, "tirellaNvmem", state.nvmem);
+  }
+
   TirellaState state;
 
  private:

@@ -7,35 +7,61 @@
 #include <map>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "simulator/camera.h"
+#include "simulator/data_channel.h"
+#include "simulator/firmware_image.h"
+#include "simulator/flash_memory.h"
 #include "simulator/h264_encoder.h"
 #include "simulator/nvmem_control.h"
 
 namespace zem::simulator {
 
+// How the camera is made.
+struct VendorSettings {
+  enum class Chip { k516x, k517x };
+
+  Chip chip = Chip::k517x;
+  DataChannelSettings data;
+};
+
 // What the vendor unit's commands read and change. A register that was never written reads 0, but
-// for the processor's first one, which names the chip series.
+// for the processor's first one, which names the chip series, and 0x6900, whose bit 6 says that a
+// serial flash can be protected (517x).
 struct VendorState {
-  std::map<std::uint32_t, std::uint16_t> processorRegisters = {{0, 0x5170}};  // by 24-bit address
+  std::map<std::uint32_t, std::uint16_t> processorRegisters;  // by 24-bit address
   std::map<std::uint32_t, std::uint16_t> sensorRegisters;
   std::map<std::uint32_t, std::uint16_t> lensRegisters;
   std::map<std::uint16_t, std::uint8_t> codecRegisters;
   std::uint32_t lensPosition = 0;
-  std::array<std::uint8_t, 6> firmwareVersion = {1, 2, 3, 4, 5, 6};
-  std::uint8_t checkSumStatus = 0;
-  std::array<std::uint8_t, 8> deviceInfo = {0x51, 0x70, 0x01, 0x00, 0x5A, 0x45, 0x00, 0x01};
+  // Of the firmware that runs: the one in the flash when the camera was switched on.
+  FirmwareVersion firmwareVersion = {};
+  std::uint8_t checkSumStatus = 0;  // of the firmware in the flash
+  std::array<std::uint8_t, 8> deviceInfo = {};
+  FlashMemory flash;
+  std::vector<std::uint8_t> processorMemory;
   std::vector<std::uint8_t> nvmem = std::vector<std::uint8_t>(8192, 0xFF);
 };
 
 class VendorUnit : public ExtensionUnit {
  public:
-  explicit VendorUnit(std::shared_ptr<H264Encoder> encoder = std::make_shared<H264Encoder>());
+  explicit VendorUnit(const VendorSettings& settings = {},
+                      std::shared_ptr<H264Encoder> encoder = std::make_shared<H264Encoder>());
 
   Outcome Set(std::uint16_t selector, std::span<const std::uint8_t> bytes) override;
   Outcome Get(std::uint16_t selector, std::size_t length,
               std::vector<std::uint8_t>& bytes) override;
+
+  // Keeps "flash", "flashStatus" (the status register of its chip), "data" (what was sent last) and
+  // "nvmem", which a burned table image replaces.
+  void SaveMemory(KeptMemory& memory) const override;
+  void LoadMemory(const KeptMemory& memory) override;
+  void Settle() override { data_.Settle(); }
+
+  // Called when an area of the flash has been erased, and when one has been burned.
+  void SetFlashObserver(std::function<void()> observer) { flashObserver_ = std::move(observer); }
 
   VendorState state;
 
@@ -50,6 +76,9 @@ class VendorUnit : public ExtensionUnit {
   Block RunIspCommand(const Block& command);
   Block RunRegisterCommand(const Block& command);
   Block RunVcpCommand(const Block& command);
+  Outcome ReadMemory(std::size_t length, std::vector<std::uint8_t>& bytes);
+  Outcome WriteMemory(std::span<const std::uint8_t> bytes);
+  void CheckFirmware();
   Block RunCodecCommand(const Block& command);
   LongBlock RunVcpExtendedCommand(const LongBlock& command);
 
@@ -60,6 +89,10 @@ class VendorUnit : public ExtensionUnit {
   bool codecSelected_ = false;
   NvmemControl nvmem_{state.nvmem};
   std::shared_ptr<H264Encoder> encoder_;
+  bool transferControlled_ = false;  // the VCP channel's last command was a transfer control
+  std::size_t memoryPosition_ = 0;
+  std::function<void()> flashObserver_;
+  DataChannel data_;
 };
 
 }  // namespace zem::simulator

@@ -23,10 +23,11 @@ extern "C" {
  */
 long ZemSimulatorStart(const char* options);
 
-/** Takes the cameras out of the list again. */
+/** Takes the cameras out of the list again, and writes their state files. */
 void ZemSimulatorStop(void);
 
-/** Why the last start failed, as UTF-8 text; valid until the next call. */
+/** Why the last start or stop failed; empty when it did not. As UTF-8 text; valid until the next
+ * call. */
 const char* ZemSimulatorLastError(void);
 
 #ifdef __cplusplus

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "simulator/com_camera.h"
@@ -60,22 +61,27 @@ std::wstring InstanceName(const CameraOptions& options, std::size_t index) {
   return name.data();
 }
 
-// Puts a camera into the system's list as a new one, as if it had just been plugged in.
+// Puts a camera into the system's list as a new one, as if it had just been plugged in. Throws when
+// its state file cannot be read or written.
 HRESULT ListCamera(std::size_t index) {
   Simulator& simulator = TheSimulator();
   RunningCamera& running = simulator.cameras[index];
   const std::wstring instanceName = running.instanceName;
+  std::function<void()> enterRomBoot;
+  if (index == 0 && simulator.bootLoader) {
+    enterRomBoot = [bootLoader = simulator.bootLoader] { bootLoader->EnterRomBoot(); };
+  }
+  if (running.camera) {
+    SaveState(running.options, *running.camera);
+  }
+  running.camera = MakeCamera(running.options, std::move(enterRomBoot));
+  SaveState(running.options, *running.camera);
   const HRESULT result =
       RegisterCamera(index, CLSID_VideoInputDeviceCategory, instanceName,
                      Widen(running.options.name), L"\\\\?\\" + instanceName, ModulePath());
   if (FAILED(result)) {
     return result;
   }
-  std::function<void()> enterRomBoot;
-  if (index == 0 && simulator.bootLoader) {
-    enterRomBoot = [bootLoader = simulator.bootLoader] { bootLoader->EnterRomBoot(); };
-  }
-  running.camera = MakeCamera(running.options, std::move(enterRomBoot));
   running.camera->SetUnplugObserver(
       [instanceName] { UnlistCamera(CLSID_VideoInputDeviceCategory, instanceName); });
   return S_OK;
@@ -88,21 +94,35 @@ void FollowStage(BootStage stage) {
     return;
   }
   if (stage == BootStage::kCamera) {
-    static_cast<void>(ListCamera(0));
+    try {
+      static_cast<void>(ListCamera(0));
+    } catch (const std::exception& error) {
+      TheSimulator().lastError = error.what();  // nothing may be thrown into the host
+    }
   } else if (cameras[0].camera) {
     cameras[0].camera->Unplug();
   }
 }
 
-void Stop() {
+// Takes everything out of the system again.
+std::vector<RunningCamera> Unlist() {
   Simulator& simulator = TheSimulator();
   simulator.volume.reset();
   simulator.bootLoader.reset();
-  for (std::size_t index = 0; index < simulator.cameras.size(); ++index) {
-    UnlistCamera(CLSID_VideoInputDeviceCategory, simulator.cameras[index].instanceName);
+  std::vector<RunningCamera> cameras = std::exchange(simulator.cameras, {});
+  for (std::size_t index = 0; index < cameras.size(); ++index) {
+    UnlistCamera(CLSID_VideoInputDeviceCategory, cameras[index].instanceName);
     UnregisterClass(index);
   }
-  simulator.cameras.clear();
+  return cameras;
+}
+
+void Stop() {
+  for (const RunningCamera& running : Unlist()) {
+    if (running.camera) {
+      SaveState(running.options, *running.camera);
+    }
+  }
 }
 
 void Start(const char* text) {
@@ -168,12 +188,19 @@ long ZemSimulatorStart(const char* options) {
     return S_OK;
   } catch (const std::exception& error) {
     TheSimulator().lastError = error.what();
-    zem::simulator::Stop();
+    zem::simulator::Unlist();
     return E_FAIL;
   }
 }
 
-void ZemSimulatorStop(void) { zem::simulator::Stop(); }
+void ZemSimulatorStop(void) {
+  try {
+    TheSimulator().lastError.clear();
+    zem::simulator::Stop();
+  } catch (const std::exception& error) {
+    TheSimulator().lastError = error.what();
+  }
+}
 
 const char* ZemSimulatorLastError(void) { return TheSimulator().lastError.c_str(); }
 
@@ -215,7 +242,7 @@ HRESULT WINAPI DllUnregisterServer(void) {
     const zem::simulator::CameraOptions options;
     TheSimulator().cameras.push_back({options, zem::simulator::InstanceName(options, 0)});
   }
-  zem::simulator::Stop();
+  ZemSimulatorStop();
   return S_OK;
 }
 

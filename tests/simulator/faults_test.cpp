@@ -24,6 +24,7 @@ TEST(FaultTextTest, Kinds) {
   EXPECT_EQ(ParseFault("length@1")->kind, Fault::Kind::kLength);
   EXPECT_EQ(ParseFault("garbage@1")->kind, Fault::Kind::kGarbage);
   EXPECT_EQ(ParseFault("unplug@1")->kind, Fault::Kind::kUnplug);
+  EXPECT_EQ(ParseFault("drop@1")->kind, Fault::Kind::kDrop);
 }
 
 TEST(FaultTextTest, Numbers) {
@@ -99,6 +100,31 @@ TEST_F(FaultyCameraTest, GarbageChangesTheBytesTheSameWayEachTime) {
   EXPECT_NE(bytes, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
   EXPECT_EQ(Read(), Outcome::kDone);
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
+}
+
+// Keeps what the host wrote.
+class WrittenUnit : public zem::testing::ScriptedUnit {
+ public:
+  using ScriptedUnit::ScriptedUnit;
+  Outcome Set(std::uint16_t /*selector*/, std::span<const std::uint8_t> bytes) override {
+    written.emplace_back(bytes.begin(), bytes.end());
+    return Outcome::kDone;
+  }
+  std::vector<Bytes> written;
+};
+
+TEST_F(FaultyCameraTest, WritesAreDroppedOrGarbled) {
+  auto& unit = camera.AddUnit(std::make_unique<WrittenUnit>(zem::H264Xu));
+  camera.AddFault(*ParseFault("drop@1"));
+  camera.AddFault(*ParseFault("garbage@2"));
+  const std::vector<std::uint8_t> sent = {1, 2, 3, 4};
+  for (int transfer = 1; transfer <= 3; ++transfer) {
+    EXPECT_EQ(camera.Set(1, 1, sent), Outcome::kDone);
+  }
+  ASSERT_EQ(unit.written.size(), 2U);
+  EXPECT_EQ(unit.written[0].size(), sent.size());
+  EXPECT_NE(unit.written[0], sent);
+  EXPECT_EQ(unit.written[1], sent);
 }
 
 TEST_F(FaultyCameraTest, UnplugLastsAndIsReportedOnce) {

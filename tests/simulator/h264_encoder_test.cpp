@@ -84,7 +84,7 @@ TEST(H264EncoderTest, OtherCommandsAreNotItsOwn) {
 
 TEST(H264EncoderTest, IsReachedOnTheVendorUnit) {
   const auto encoder = std::make_shared<H264Encoder>(std::vector<H264Format>{H264Format()});
-  zem::simulator::VendorUnit unit(encoder);
+  zem::simulator::VendorUnit unit({}, encoder);
   Bytes reply;
   EXPECT_EQ(unit.Set(1, Bytes{0x02, 25, 0, 0, 0, 0, 0, 0}), Outcome::kDone);
   EXPECT_EQ(unit.Get(2, 8, reply), Outcome::kDone);

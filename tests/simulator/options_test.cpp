@@ -78,6 +78,28 @@ TEST(SimulatorOptionsTest, BootLoaderAsTold) {
   EXPECT_EQ(loader->storages[3].type, StorageType::kParallelNand);
 }
 
+TEST(SimulatorOptionsTest, DataChannelAsTold) {
+  const Options options = ParseOptions(
+      R"({"cameras": [{"chip": "516x", "dataLength": 64, "highSpeed": false, "burnPolls": 7,
+                       "burnError": true, "busy": true, "state": "s"}, {}]})");
+  const auto& told = options.cameras.at(0);
+  EXPECT_EQ(told.vendor.chip, zem::simulator::VendorSettings::Chip::k516x);
+  EXPECT_EQ(told.vendor.data.dataLength, 64U);
+  EXPECT_FALSE(told.vendor.data.highSpeed);
+  EXPECT_EQ(told.vendor.data.burnPolls, 7U);
+  EXPECT_TRUE(told.vendor.data.burnError);
+  EXPECT_TRUE(told.vendor.data.busy);
+  EXPECT_EQ(told.stateFile, "s");
+  const auto& standing = options.cameras.at(1);
+  EXPECT_EQ(standing.vendor.chip, zem::simulator::VendorSettings::Chip::k517x);
+  EXPECT_EQ(standing.vendor.data.dataLength, 32U);
+  EXPECT_TRUE(standing.vendor.data.highSpeed);
+  EXPECT_EQ(standing.vendor.data.burnPolls, 0U);
+  EXPECT_FALSE(standing.vendor.data.burnError);
+  EXPECT_FALSE(standing.vendor.data.busy);
+  EXPECT_TRUE(standing.stateFile.empty());
+}
+
 TEST(SimulatorOptionsTest, WrongOptionsAreRefusedWithAReason) {
   for (const char* const text : {"nonsense",
                                  "[]",
@@ -92,6 +114,9 @@ TEST(SimulatorOptionsTest, WrongOptionsAreRefusedWithAReason) {
                                  R"({"cameras": [{"h264Formats": [{"maxBitRate": 4294967296}]}]})",
                                  R"({"cameras": [{"h264Formats": [{"width": -1}]}]})",
                                  R"({"cameras": [{"faults": ["x"]}]})",
+                                 R"({"cameras": [{"chip": "518x"}]})",
+                                 R"({"cameras": [{"dataLength": 512}]})",
+                                 R"({"cameras": [{"burnPolls": -1}]})",
                                  R"({"cameras": [1]})",
                                  R"({"bootLoader": {"x": 1}})",
                                  R"({"bootLoader": {"letter": "B"}})",

@@ -84,6 +84,31 @@ TEST_F(VendorUnitTest, EitherCommandSendsItIntoRomBoot) {
   EXPECT_EQ(AskVcp({0x16, 0, 0, 0, 0, 0, 0, 0})[0], 1) << "no boot loader to go to";
 }
 
+TEST_F(VendorUnitTest, ProcessorMemoryStartsOverWithEachCommand) {
+  EXPECT_EQ(unit.Set(9, Bytes(16, 0x11)), Outcome::kDone);
+  EXPECT_EQ(unit.Set(9, Bytes(16, 0x22)), Outcome::kDone);
+  EXPECT_EQ(unit.Set(9, Bytes(15)), Outcome::kWrongLength);
+  AskIsp({0x0B, 0, 0, 0, 0, 0, 0, 0});
+  for (const std::uint8_t expected : Bytes{0x11, 0x22, 0x00}) {
+    Bytes piece;
+    EXPECT_EQ(unit.Get(8, 16, piece), Outcome::kDone);
+    EXPECT_EQ(piece, Bytes(16, expected));
+  }
+  Bytes piece;
+  EXPECT_EQ(unit.Get(8, 8, piece), Outcome::kWrongLength);
+  AskIsp({0x0B, 0, 0, 0, 0, 0, 0, 0});
+  for (int index = 0; index < 4096; ++index) {
+    EXPECT_EQ(unit.Set(9, Bytes(16)), Outcome::kDone);
+  }
+  EXPECT_EQ(unit.Set(9, Bytes(16)), Outcome::kFailed) << "the memory ends";
+}
+
+TEST_F(VendorUnitTest, ACommandsReplyTakesThePlaceOfTheTransferStatus) {
+  EXPECT_EQ(AskVcp({1, 2, 0, 0, 0, 0, 0, 0}), Bytes(8));
+  EXPECT_EQ(AskVcp({0x77, 0, 0, 0, 0, 0, 0, 0})[0], 1);
+  EXPECT_EQ(AskVcp({1, 0, 3, 5, 0, 0, 0, 0})[0], 0);
+}
+
 TEST_F(VendorUnitTest, UnknownCommandsSelectorsAndLengths) {
   EXPECT_EQ(AskIsp({0x77, 0, 0, 0, 0, 0, 0, 0})[0], 1);
   EXPECT_EQ(AskVcp({0x77, 0, 0, 0, 0, 0, 0, 0})[0], 1);

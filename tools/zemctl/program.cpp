@@ -47,6 +47,10 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
       ->group(simulated)
       ->needs(flag)
       ->allow_extra_args(false);
+  app_.add_option("--state", options_.simulatorState,
+                  "File in which the simulated camera keeps its memory between runs")
+      ->group(simulated)
+      ->needs(flag);
   AddDeviceCommands(*this);
   AddRegisterCommands(*this);
   AddRawCommands(*this);
@@ -97,7 +101,7 @@ int Program::Run(std::vector<std::string> arguments) {
 int Program::RunAction() {
   std::optional<SimulatorModule> simulator;
   if (options_.simulator) {
-    simulator.emplace(options_.simulatorOptions, options_.simulatorFaults);
+    simulator.emplace(options_.simulatorOptions, options_.simulatorFaults, options_.simulatorState);
   }
   const ComThread com;
   Report report = Report::object();

@@ -19,6 +19,7 @@ struct Options {
   bool simulator = false;
   std::string simulatorOptions;
   std::vector<std::string> simulatorFaults;
+  std::string simulatorState;
 };
 
 class Program {

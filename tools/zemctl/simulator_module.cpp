@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "simulator/windows/ZemSimulator.h"
@@ -19,7 +20,8 @@ Function* FindFunction(void* module, const char* name) {
   return reinterpret_cast<Function*>(reinterpret_cast<void*>(found));
 }
 
-std::string AddFaults(const std::string& options, const std::vector<std::string>& faults) {
+std::string Complete(const std::string& options, const std::vector<std::string>& faults,
+                     const std::string& state) {
   using nlohmann::json;
   json root = options.empty() ? json::object() : json::parse(options, nullptr, false);
   if (root.is_discarded()) {
@@ -28,14 +30,17 @@ std::string AddFaults(const std::string& options, const std::vector<std::string>
   for (const std::string& fault : faults) {
     root["cameras"][0]["faults"].push_back(fault);
   }
+  if (!state.empty()) {
+    root["cameras"][0]["state"] = state;
+  }
   return root.dump();
 }
 
 }  // namespace
 
-SimulatorModule::SimulatorModule(const std::string& options,
-                                 const std::vector<std::string>& faults) {
-  const std::string text = AddFaults(options, faults);
+SimulatorModule::SimulatorModule(const std::string& options, const std::vector<std::string>& faults,
+                                 const std::string& state) {
+  const std::string text = Complete(options, faults, state);
   module_ = LoadLibraryW(L"ZemSimulator.dll");
   if (module_ == nullptr) {
     throw std::runtime_error("ZemSimulator.dll cannot be loaded; it belongs beside zemctl.exe");
@@ -50,6 +55,11 @@ SimulatorModule::SimulatorModule(const std::string& options,
 SimulatorModule::~SimulatorModule() {
   // The module stays loaded: COM may hold on to it until the process ends.
   FindFunction<decltype(ZemSimulatorStop)>(module_, "ZemSimulatorStop")();
+  const char* const reason =
+      FindFunction<decltype(ZemSimulatorLastError)>(module_, "ZemSimulatorLastError")();
+  if (*reason != '\0') {
+    std::fprintf(stderr, "zemctl: %s.\n", reason);
+  }
 }
 
 }  // namespace zemctl

@@ -8,9 +8,11 @@ namespace zemctl {
 
 class SimulatorModule {
  public:
-  // Starts the simulated cameras of `options` (JSON, or empty for one camera), with `faults` added
-  // to the first of them. Throws std::runtime_error when that fails.
-  SimulatorModule(const std::string& options, const std::vector<std::string>& faults);
+  // Starts the simulated cameras of `options` (JSON, or empty for one camera). The first of them
+  // gets `faults` and, unless it is empty, the state file `state`. Throws std::runtime_error when
+  // that fails.
+  SimulatorModule(const std::string& options, const std::vector<std::string>& faults,
+                  const std::string& state);
   ~SimulatorModule();
   SimulatorModule(const SimulatorModule&) = delete;
   SimulatorModule& operator=(const SimulatorModule&) = delete;
