@@ -16,6 +16,7 @@ enum ExitCode {
   kBadFile = 9,
   kNotVerified = 10,
   kCancelled = 11,
+  kInterrupted = 12,
 };
 
 }  // namespace zemctl

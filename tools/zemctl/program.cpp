@@ -16,7 +16,8 @@ constexpr const char* kFooter =
     "  3 no camera matches            8 the camera lacks the extension unit\n"
     "  4 the library refused          9 a file is not what it should be\n"
     "                                10 what was written is not what is there\n"
-    "                                11 the question was not answered with yes";
+    "                                11 the question was not answered with yes\n"
+    "                                12 stopped by the user in the middle of an update";
 
 }  // namespace
 
@@ -60,6 +61,8 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   AddRomCommands(*this);
   AddRecoverCommand(*this);
   AddMediaCommands(*this);
+  AddUpdateCommands(*this);
+  AddDataCommands(*this);
 }
 
 CLI::App* Program::AddCommand(CLI::App* parent, const std::string& name,

@@ -61,5 +61,7 @@ void AddMulticastCommands(Program& program);
 void AddRomCommands(Program& program);
 void AddRecoverCommand(Program& program);
 void AddMediaCommands(Program& program);
+void AddUpdateCommands(Program& program);
+void AddDataCommands(Program& program);
 
 }  // namespace zemctl

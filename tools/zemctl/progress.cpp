@@ -16,20 +16,28 @@ Progress::~Progress() {
   }
 }
 
-void Progress::Begin(const std::string& phase) {
-  Complete();
+void Progress::Begin(const std::string& phase, Share share) {
+  if (share.from == 0) {
+    Complete();
+  } else {
+    Reach(share_.to);
+  }
   phase_ = phase;
-  percent_ = 0;
+  share_ = share;
+  percent_ = share.from;
   Draw();
 }
 
 void Progress::Update(std::uint32_t percent) {
-  const std::uint32_t reached = std::min<std::uint32_t>(percent, 100);
-  if (phase_.empty() || reached <= percent_) {
+  Reach(share_.from + std::min<std::uint32_t>(percent, 100) * (share_.to - share_.from) / 100);
+}
+
+void Progress::Reach(std::uint32_t percent) {
+  if (phase_.empty() || percent <= percent_) {
     return;
   }
-  const bool nextTenth = reached / 10 != percent_ / 10;
-  percent_ = reached;
+  const bool nextTenth = percent / 10 != percent_ / 10;
+  percent_ = percent;
   if (terminal_ || nextTenth) {
     Draw();
   }
@@ -39,7 +47,7 @@ void Progress::Complete() {
   if (phase_.empty()) {
     return;
   }
-  Update(100);
+  Reach(share_.to);
   if (!silent_ && terminal_) {
     std::fputc('\n', stderr);
   }

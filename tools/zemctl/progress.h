@@ -1,4 +1,5 @@
-// How far a long operation has come, on the terminal: named phases, one monotone percentage each.
+// How far a long operation has come, on the terminal: named phases, and a percentage that never
+// goes back, of each phase or of a whole of which each phase has a share.
 #pragma once
 
 #include <cstdint>
@@ -10,13 +11,20 @@ namespace zemctl {
 // further tenth elsewhere; nothing at all when silent.
 class Progress {
  public:
+  // The part of the whole, in percent, that a phase takes.
+  struct Share {
+    std::uint32_t from;
+    std::uint32_t to;
+  };
+
   explicit Progress(bool silent);
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  // Begins a phase at 0 percent; the one before it is complete.
-  void Begin(const std::string& phase);
+  // Begins a phase; the one before it is complete. Without a share it is a whole of its own.
+  void Begin(const std::string& phase) { Begin(phase, {0, 100}); }
+  void Begin(const std::string& phase, Share share);
 
   // The present phase is `percent` done. A smaller number than before changes nothing; more than
   // 100 counts as 100.
@@ -26,12 +34,14 @@ class Progress {
   void Complete();
 
  private:
+  void Reach(std::uint32_t percent);
   void Draw() const;
 
   bool silent_;
   bool terminal_;
   std::string phase_;
-  std::uint32_t percent_ = 0;
+  Share share_ = {0, 100};
+  std::uint32_t percent_ = 0;  // of the whole
 };
 
 }  // namespace zemctl

@@ -38,6 +38,8 @@ std::string Complete(const std::string& options, const std::vector<std::string>&
 
 }  // namespace
 
+SimulatorModule* SimulatorModule::running_ = nullptr;
+
 SimulatorModule::SimulatorModule(const std::string& options, const std::vector<std::string>& faults,
                                  const std::string& state) {
   const std::string text = Complete(options, faults, state);
@@ -50,9 +52,19 @@ SimulatorModule::SimulatorModule(const std::string& options, const std::vector<s
         FindFunction<decltype(ZemSimulatorLastError)>(module_, "ZemSimulatorLastError")();
     throw UsageError(std::string("the simulator did not start: ") + reason);
   }
+  running_ = this;
 }
 
-SimulatorModule::~SimulatorModule() {
+SimulatorModule::~SimulatorModule() { Stop(); }
+
+void SimulatorModule::StopRunning() {
+  if (running_ != nullptr) {
+    running_->Stop();
+  }
+}
+
+void SimulatorModule::Stop() {
+  running_ = nullptr;
   // The module stays loaded: COM may hold on to it until the process ends.
   FindFunction<decltype(ZemSimulatorStop)>(module_, "ZemSimulatorStop")();
   const char* const reason =

@@ -1,0 +1,93 @@
+// What zemctl says about the camera's state when an update did not go through.
+#include "tools/zemctl/update_outcome.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using zemctl::ImageWatch;
+using zemctl::StateAfter;
+using zemctl::StateWhenStopped;
+
+ImageWatch Sent(std::uint32_t chunksOfTwo, bool waited = false) {
+  ImageWatch watch(1024);
+  for (std::uint32_t chunk = 1; chunk <= chunksOfTwo; ++chunk) {
+    watch.OnValue(100 - 50 * chunk);
+  }
+  if (waited) {
+    watch.OnValue(10);
+  }
+  return watch;
+}
+
+bool Tells(const std::string& text, const char* part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST(UpdateOutcomeTest, AllWentWell) { EXPECT_FALSE(StateAfter(ZEM_OK, Sent(2), 0)); }
+
+TEST(UpdateOutcomeTest, SuccessWithPartOfTheImageIsNone) {
+  const auto state = StateAfter(ZEM_OK, Sent(1), 0);
+  ASSERT_TRUE(state);
+  EXPECT_TRUE(Tells(state->state, "part of the image was lost"));
+  EXPECT_TRUE(Tells(state->next, "before it restarts"));
+}
+
+TEST(UpdateOutcomeTest, WithoutABurnOrderNothingIsChanged) {
+  for (const ZemResult result : {ZEM_E_NO_DEVICE, ZEM_E_REFUSED}) {
+    for (const std::uint32_t chunks : {0U, 1U, 2U}) {
+      const auto state = StateAfter(result, Sent(chunks), std::nullopt);
+      ASSERT_TRUE(state);
+      EXPECT_EQ(state->state, "no burn order went through: the camera keeps what it had");
+    }
+  }
+}
+
+TEST(UpdateOutcomeTest, AfterTheOrderTheCamerasStatusTells) {
+  const struct {
+    std::optional<std::uint8_t> status;
+    const char* state;
+  } cases[] = {
+      {0x82, "the burn failed: the area may be erased or half written"},
+      {0x81, "the camera is still burning"},
+      {0x00, "the camera has come to its end since: the image is burned"},
+      {std::nullopt, "the camera was burning and no longer answers: the area may be half written"}};
+  for (const auto& [status, text] : cases) {
+    const auto state = StateAfter(ZEM_E_DEVICE_REFUSED, Sent(2, true), status);
+    ASSERT_TRUE(state);
+    EXPECT_EQ(state->state, text);
+    EXPECT_FALSE(state->next.empty());
+  }
+}
+
+TEST(UpdateOutcomeTest, ALostPartCountsMoreThanTheStatus) {
+  const auto state = StateAfter(ZEM_E_DEVICE_REFUSED, Sent(1, true), 0x82);
+  ASSERT_TRUE(state);
+  EXPECT_TRUE(Tells(state->state, "part of the image was lost"));
+}
+
+TEST(UpdateOutcomeTest, RefusedBeforeTheImage) {
+  const struct {
+    std::optional<std::uint8_t> status;
+    const char* state;
+  } cases[] = {{0x81, "is busy or does not take this kind of image; nothing was sent"},
+               {0x01, "is busy or does not take this kind of image; nothing was sent"},
+               {0x00, "was not idle when the image was announced, and is now"},
+               {0x82, "reports a failed burn, this one or an earlier one"},
+               {std::nullopt, "does not answer"}};
+  for (const auto& [status, text] : cases) {
+    const auto state = StateAfter(ZEM_E_DEVICE_REFUSED, Sent(0), status);
+    ASSERT_TRUE(state);
+    EXPECT_TRUE(Tells(state->state, text)) << state->state;
+  }
+}
+
+TEST(UpdateOutcomeTest, StoppedByThePerson) {
+  EXPECT_EQ(StateWhenStopped(Sent(1)).state,
+            "no burn order was given: the camera keeps what it had");
+  for (const ImageWatch& watch : {Sent(2), Sent(2, true), Sent(1, true)}) {
+    EXPECT_EQ(StateWhenStopped(watch).state, "the camera was told to burn and goes on by itself");
+  }
+}
+
+}  // namespace
