@@ -1,0 +1,134 @@
+#!/usr/bin/env bash
+# zemctl update, flash read and data, through the DLL and a simulated camera with a state file.
+#
+# The DLL's waits are real: 5 s for an update of the 517x series, which is why there are two of them,
+# and 1 s for every burn that is done at the first look, which burnPolls avoids elsewhere. Alone on a
+# machine the script takes less than 40 s.
+source "$(dirname "$0")/support.sh"
+
+state=$work/update-state.json
+image=$work/firmware.bin
+back=$work/read-back.bin
+cali=$work/calibration.bin
+rm -f "$state" "$back"
+
+# A firmware image of the simulated camera: version 02 00 00 00 00 01 and 9,980 bytes behind the header.
+python3 - "$image" "$cali" <<'PYTHON'
+import struct, sys
+payload = bytes((i * 31 + i // 251) & 255 for i in range(9980))
+header = b"ZEMFWIMG" + bytes([2, 0, 0, 0, 0, 1]) + struct.pack("<HI", sum(payload) & 0xFFFF, 10000)
+open(sys.argv[1], "wb").write(header + payload)
+open(sys.argv[2], "wb").write(payload[:1500])
+PYTHON
+
+# with OPTIONS ARGUMENTS...: zemctl on a camera with these options and the state file.
+camera_516x='{"cameras":[{"chip":"516x","burnPolls":2}]}'
+run() {
+  local code=$1 text=$2 options=$3
+  shift 3
+  expect "$code" "$text" $sim --yes --state "$state" --simulator-options "$options" "$@"
+}
+# also TEXT: the last run's output has this line too.
+also() {
+  tr -d '\r' <$out | grep -qF -- "$1" || { echo "\"$1\" is missing:"; cat $out; exit 1; }
+}
+
+# ---- What would be sent ----
+
+expect 0 'set vendor 4   1      8      01 00 03 00 00 28 00 00' update firmware --chip 516x --param 7 \
+  "$image" --dry-run
+also 'set vendor 13  20     512'
+also 'set vendor 4   1      8      01 01 03 07 00 28 00 00'
+also 'padding:                      240 zero bytes'
+also 'without the 512-byte control: 313 transfers of 32 bytes'
+expect 0 'set vendor 4   1      8      01 00 03 00 00 00 00 00' update firmware --chip 517x "$image" \
+  --dry-run
+also 'set vendor 1   1      8      0a 01 10 67 88 00 00 00'
+also 'set vendor 4   1      8      01 01 03 00 00 00 00 00'
+expect 0 '"block": "01 01 03 05 00 00 00 00"' --json update calibration "$cali" --dry-run
+expect 0 'set vendor 4   1      8      01 00 20 03 10 27 00 00' update flash --param2 0x20 --param3 3 \
+  "$image" --dry-run
+expect 0 'set vendor 4  1      8      01 00 07 00 10 27 00 00' data send --param2 7 "$image" --dry-run
+expect 0 'set vendor 4   1      8      01 10 00 80 0e 00 30 75' flash read 0xE0000 62768 x --dry-run
+
+# ---- Files that are not sent ----
+
+: >$work/empty.bin
+head -c 65536 /dev/zero >$work/long.bin
+expect 9 'is empty' $sim --yes update calibration $work/empty.bin
+expect 9 'cannot be opened' $sim --yes update calibration $work/nothing.bin
+expect 9 'ZEMAPI_UpdateFlash can announce 65535 at most' $sim --yes update flash --param2 2 \
+  --param3 0 $work/long.bin
+expect 9 'ZEMAPI_SendData can announce 65535 at most' $sim data send $work/long.bin
+expect 2 'does not fit behind the address' $sim --yes update calibration "$cali" \
+  --verify-at 0xFFFFFFF0
+expect 11 'nothing was done' $sim update calibration "$cali" </dev/null
+
+# ---- Updates, kept in the state file ----
+
+run 0 '10000 bytes read back from 0x000000 are equal' "$camera_516x" update firmware --chip 516x \
+  "$image" --verify-at 0
+also 'version before: 01 02 03 04 05 06'
+also 'the camera reports the burn done; its firmware check sum is right'
+also 'send: 70 %'
+also 'burn: 90 %'
+also 'verify: 100 %'
+run 0 'firmware version:   02 00 00 00 00 01' "$camera_516x" info
+also 'firmware check sum: right'
+run 0 'two reads are equal' "$camera_516x" flash read 0 10000 "$back" --verify
+cmp "$image" "$back"
+
+slow='{"cameras":[{"chip":"516x","burnPolls":2,"highSpeed":false}]}'
+run 0 'not read back' "$slow" update calibration "$cali"
+run 0 'every transfer succeeded' "$slow" flash read 0xE0000 1500 "$back"
+cmp "$cali" "$back"
+run 0 '1500 bytes read back from 0x0C0000 are equal' "$camera_516x" update flash --param2 2 --param3 0 \
+  --verify-at 0xC0000 "$cali"
+run 10 'the flash differs from the image, first at 0x0C0200' "$camera_516x" update flash --param2 2 \
+  --param3 0 --verify-at 0xC0000 --simulator-fault garbage@5 "$cali"
+
+run 0 'sent:     yes' "$camera_516x" data send "$cali"
+run 0 'bytes:    1500' "$camera_516x" data read "$back"
+cmp "$cali" "$back"
+run 6 'the camera has more than 1499 bytes ready' "$camera_516x" data read "$back" --max 1499
+
+# A 517x camera is unprotected, updated and looked at once, after five seconds.
+rm -f "$state"
+camera_517x='{"cameras":[{"chip":"517x"}]}'
+run 5 'Camera: the burn failed' '{"cameras":[{"chip":"517x","burnPolls":1}]}' update firmware \
+  --chip 516x "$image"
+run 0 'the camera reports the burn done; its firmware check sum is right' "$camera_517x" update firmware \
+  --chip 517x "$image"
+also 'burn: 80 %'
+run 0 'firmware version:   02 00 00 00 00 01' "$camera_517x" info
+run 5 'Camera: the camera is still burning' '{"cameras":[{"chip":"517x","burnPolls":3}]}' update firmware \
+  --chip 517x "$image"
+
+# ---- Failures ----
+
+rm -f "$state"
+run 5 'is busy or does not take this kind of image; nothing was sent' \
+  '{"cameras":[{"chip":"516x","busy":true}]}' update calibration "$cali"
+run 5 'is busy or does not take this kind of image; nothing was sent' "$camera_516x" update flash \
+  --param2 9 --param3 0 "$cali"
+run 5 'Camera: the burn failed' '{"cameras":[{"chip":"516x","burnPolls":2,"burnError":true}]}' update \
+  firmware --chip 516x "$image"
+run 0 'firmware check sum: ZEMAPI_GetCheckSumResult' "$camera_516x" info
+run 7 'no burn order went through' "$camera_516x" --simulator-fault fail@7 update firmware --chip 516x \
+  "$image"
+run 7 'part of the image was lost' "$camera_516x" --simulator-fault fail@5 update calibration "$cali"
+run 7 'no burn order went through' "$camera_516x" --simulator-fault unplug@5 update calibration "$cali"
+run 10 'the check sum of its firmware is wrong' "$camera_516x" --simulator-fault garbage@7 update firmware \
+  --chip 516x "$image"
+run 7 'the camera stopped taking the data at' "$camera_516x" --simulator-fault fail@20+6 data send "$cali"
+run 7 'ZEMAPI_ReadPartialFlashData' "$camera_516x" --simulator-fault fail@4+6 flash read 0 1500 "$back"
+run 10 'two reads of the flash differ, first at 0x0002' "$camera_516x" --simulator-fault garbage@4 \
+  flash read 0 1500 "$back" --verify
+run 5 '"exitCode": 5' '{"cameras":[{"chip":"516x","busy":true}]}' --json update calibration "$cali"
+expect 3 'no camera matches' --yes update calibration "$cali"
+
+# ---- State files ----
+
+echo nonsense >"$state"
+run 2 "is not a camera's" "$camera_516x" info
+expect 2 'cannot be written' $sim --state $work/nowhere/state.json info
