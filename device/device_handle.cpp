@@ -1,6 +1,5 @@
 #include "device/device_handle.h"
 
-#include <cstdlib>
 #include <new>
 
 #include "device/discovery.h"
@@ -105,7 +104,6 @@ void CloseDevice(DeviceHandle** handle) {
     return;
   }
   (*handle)->filter->Release();
-  std::free((*handle)->frameList);
   delete *handle;
   *handle = nullptr;
   platform::UninitializeCom();

@@ -1,14 +1,23 @@
 // The record behind every device handle, and how it is opened and closed.
 #pragma once
 
+#include <cstdint>
+#include <memory>
+
 #include "include/ZemUVCExtApi.h"
 #include "platform/com.h"
 
 namespace zem {
 
+// A list of H.264 formats begins an array of bytes that holds its records too.
+struct FrameListDeleter {
+  void operator()(H264FrameList* list) const { delete[] reinterpret_cast<std::uint8_t*>(list); }
+};
+using FrameListPtr = std::unique_ptr<H264FrameList, FrameListDeleter>;
+
 struct DeviceHandle {
-  // The device's H.264 format list in memory of std::malloc, owned; null until it is first needed.
-  H264FrameList* frameList = nullptr;
+  // The device's H.264 format list; null until it is first needed.
+  FrameListPtr frameList;
   // The device. The handle holds one reference; never null.
   IBaseFilter* filter = nullptr;
 };

@@ -125,11 +125,11 @@ FrameListPtr MakeList(std::span<const std::uint8_t> raw) {
 }  // namespace
 
 FrameListPtr AllocateFrameList(std::size_t size) {
-  return FrameListPtr(static_cast<H264FrameList*>(std::calloc(1, size)));
+  return FrameListPtr(reinterpret_cast<H264FrameList*>(AllocateBytes(size).release()));
 }
 
 HRESULT EnsureFrameList(DeviceHandle& device) {
-  if (device.frameList != nullptr) {
+  if (device.frameList) {
     return S_OK;
   }
   RawList raw;
@@ -137,8 +137,8 @@ HRESULT EnsureFrameList(DeviceHandle& device) {
   if (FAILED(asked)) {
     return asked;
   }
-  device.frameList = (asked == S_OK ? MakeList(raw.span()) : MakeDefaultFrameList()).release();
-  return device.frameList != nullptr ? S_OK : kFail;
+  device.frameList = asked == S_OK ? MakeList(raw.span()) : MakeDefaultFrameList();
+  return device.frameList ? S_OK : kFail;
 }
 
 HRESULT GetH264FrameList(DeviceHandle& device, void** list) {
@@ -150,11 +150,11 @@ HRESULT GetH264FrameList(DeviceHandle& device, void** list) {
   if (!copy) {
     return kFail;
   }
-  std::memcpy(copy.get(), device.frameList, size);
+  std::memcpy(copy.get(), device.frameList.get(), size);
   *list = copy.release();
   return size;
 }
 
-void ReleaseH264FrameList(void* list) { std::free(list); }
+void ReleaseH264FrameList(void* list) { FrameListPtr(static_cast<H264FrameList*>(list)).reset(); }
 
 }  // namespace zem

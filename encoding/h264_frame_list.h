@@ -1,8 +1,7 @@
 // The camera's list of H.264 stream formats: read from the camera once, then kept in the handle.
 #pragma once
 
-#include <cstdlib>
-#include <memory>
+#include <cstddef>
 #include <span>
 
 #include "device/device_handle.h"
@@ -10,13 +9,6 @@
 #include "platform/com.h"
 
 namespace zem {
-
-struct FrameListDeleter {
-  void operator()(H264FrameList* list) const { std::free(list); }
-};
-
-// A list in memory of std::malloc, as the caller and the handle hold one.
-using FrameListPtr = std::unique_ptr<H264FrameList, FrameListDeleter>;
 
 // A list of `size` zero bytes, at least those of its header; null when there is no memory.
 FrameListPtr AllocateFrameList(std::size_t size);

@@ -61,6 +61,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static_cast<void>(zem::SetH264FrameIndex(device, format.wFrameIndex));
   }
   zem::ReleaseH264FrameList(copy);
-  std::free(device.frameList);
   return 0;
 }

@@ -1,11 +1,11 @@
 // Opening by display name, by device path, by filter, and the search for the vendor unit.
 #include <array>
-#include <cstdlib>
 #include <functional>
 
 #include "device/device_handle.h"
 #include "device/discovery.h"
 #include "platform/com_ptr.h"
+#include "platform/memory.h"
 #include "simulator/com_camera.h"
 #include "tests/support/device_test.h"
 
@@ -306,8 +306,8 @@ TEST_F(OpenBySourceFilterTest, HandleIsAFrameListThatIsNullAndTheFilter) {
   EXPECT_EQ(fields[0], nullptr);
   EXPECT_EQ(fields[1], filter.get());
   // Closing frees the list; the leak check of the sanitizers would tell.
-  static_cast<zem::DeviceHandle*>(handle)->frameList =
-      static_cast<H264FrameList*>(std::malloc(100));
+  static_cast<zem::DeviceHandle*>(handle)->frameList.reset(
+      reinterpret_cast<H264FrameList*>(zem::AllocateBytes(100).release()));
   ZEMAPI_CloseDevice(&handle);
 }
 

@@ -2,9 +2,11 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include "tests/support/device_test.h"
 #include "tests/support/h264_list_bytes.h"
+#include "tests/support/memory_limit.h"
 
 namespace {
 
@@ -420,11 +422,11 @@ TEST_F(H264ListTest, EntryOneByteLongerThanTheLastPieceEndsTheWalk) {
 TEST_F(H264ListTest, FailureOfEachTransfer) {
   struct Case {
     std::uint32_t failed;
-    std::size_t transfers;
     int count;
+    std::size_t transfers;
   };
-  constexpr Case kCases[] = {{1, 1, 25}, {2, 2, 25}, {3, 3, 25}, {4, 7, 2},
-                             {5, 7, 3},  {6, 7, 5},  {7, 7, 6}};
+  constexpr Case kCases[] = {{1, 25, 1}, {2, 25, 2}, {3, 25, 3}, {4, 2, 7},
+                             {5, 3, 7},  {6, 5, 7},  {7, 6, 7}};
   const ListBytes raw = ListOf(std::vector<ListBytes>(7, ListEntry(1, 4, 0xFFFF, 0xFFFF)));
   for (const Case& testCase : kCases) {
     SCOPED_TRACE(testCase.failed);
@@ -433,7 +435,7 @@ TEST_F(H264ListTest, FailureOfEachTransfer) {
     TakeWire();
     ListBytes pieces = raw;
     if (testCase.failed > 3) {
-      const auto failed = pieces.begin() + 32 * (testCase.failed - 3);
+      const auto failed = pieces.begin() + std::ptrdiff_t{32} * (testCase.failed - 3);
       pieces.erase(failed, std::min(failed + 32, pieces.end()));
       ServeList(vendor(), pieces);
     }
@@ -520,6 +522,69 @@ TEST_F(H264ListTest, StartingAFormatReadsTheListToo) {
   const ListCopy list(handle());
   EXPECT_EQ(list.result(), 38);
   EXPECT_EQ(TakeWire(), Lines());
+}
+
+// ---- No memory ----
+
+TEST_F(H264ListTest, NoMemoryForTheDefaultListTriesAgain) {
+  handle();
+  void* list = this;
+  {
+    const zem::testing::MemoryExhausted exhausted;
+    FailTransfer(1);
+    EXPECT_EQ(ZEMAPI_GetH264FrameList(handle(), &list), ZEM_E_FAIL);
+    EXPECT_EQ(ZEMAPI_SetH264FrameIndex(handle(), 0), ZEM_E_FAIL);
+  }
+  EXPECT_EQ(list, this);
+  TakeWire();
+  ServeList(vendor(), ListOf({ListEntry(1, 4, 1, 1)}));
+  const ListCopy second(handle());
+  EXPECT_EQ(second.result(), 38);
+  EXPECT_EQ(TakeWire().size(), 3U);
+}
+
+TEST_F(H264ListTest, NoMemoryForTheCamerasBytes) {
+  handle();
+  ServeList(vendor(), ListOf({ListEntry(1, 4, 1, 1), ListEntry(1, 5, 1, 1)}));
+  void* list = this;
+  {
+    const zem::testing::MemoryExhausted exhausted;
+    EXPECT_EQ(ZEMAPI_GetH264FrameList(handle(), &list), ZEM_E_FAIL);
+  }
+  EXPECT_EQ(list, this);
+  EXPECT_EQ(TakeWire(), (Lines{kRequest, kStatus, kPiece}));
+}
+
+TEST_F(H264ListTest, NoMemoryForTheListOfTheCamerasBytes) {
+  handle();
+  ServeList(vendor(), ListOf({ListEntry(1, 4, 1, 1), ListEntry(1, 5, 1, 1)}));
+  // Memory runs out with the second piece, when the room for both is there.
+  int transfers = 0;
+  std::optional<zem::testing::MemoryExhausted> exhausted;
+  camera().SetObserver([&](const zem::simulator::Transfer&) {
+    if (++transfers == 4) {
+      exhausted.emplace();
+    }
+  });
+  void* list = this;
+  EXPECT_EQ(ZEMAPI_GetH264FrameList(handle(), &list), ZEM_E_FAIL);
+  EXPECT_EQ(list, this);
+  EXPECT_EQ(transfers, 4);
+  exhausted.reset();
+  camera().SetObserver(nullptr);
+}
+
+TEST_F(H264ListTest, NoMemoryForTheCopy) {
+  ServeList(vendor(), ListOf({ListEntry(1, 4, 1, 1)}));
+  const ListCopy first(handle());
+  void* list = this;
+  {
+    const zem::testing::MemoryExhausted exhausted;
+    EXPECT_EQ(ZEMAPI_GetH264FrameList(handle(), &list), ZEM_E_FAIL);
+  }
+  EXPECT_EQ(list, this);
+  const ListCopy second(handle());
+  EXPECT_EQ(second.result(), 38);
 }
 
 // ---- Arguments ----

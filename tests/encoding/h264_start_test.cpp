@@ -1,10 +1,8 @@
 // Starting and stopping H.264 in each dialect: order, bytes, codes, results.
-#include <cstdlib>
-#include <cstring>
 #include <utility>
 #include <vector>
 
-#include "device/device_handle.h"
+#include "encoding/h264_frame_list.h"
 #include "tests/support/device_test.h"
 #include "tests/support/h264_list_bytes.h"
 
@@ -49,7 +47,7 @@ class H264StartTest : public DeviceTest {
   // Gives the handle a list of one format of type 0 with frame index 5. No list that is read from a
   // camera has one: type 0 marks the entries that are skipped.
   void PutType0(unsigned width, unsigned height) {
-    auto* const list = static_cast<H264FrameList*>(std::calloc(1, 36));
+    zem::FrameListPtr list = zem::AllocateFrameList(36);
     list->wTotalLength = 36;
     list->wCount = 1;
     H264FrameInfo format = {};
@@ -57,10 +55,8 @@ class H264StartTest : public DeviceTest {
     format.wFrameIndex = 5;
     format.wWidth = static_cast<std::uint16_t>(width);
     format.wHeight = static_cast<std::uint16_t>(height);
-    std::memcpy(list + 1, &format, sizeof(format));
-    auto* const device = static_cast<zem::DeviceHandle*>(handle());
-    std::free(device->frameList);
-    device->frameList = list;
+    *zem::RecordsOf(*list) = format;
+    static_cast<zem::DeviceHandle*>(handle())->frameList = std::move(list);
   }
 
   // A Skype unit of this version.
@@ -142,6 +138,16 @@ class H264UnitStartTest : public H264StartTest {
   ScriptedUnit* unit_;
 };
 
+// Commits of what the camera offers in the next test.
+const char* const kLongCommit =
+    "set h264 2: c0 c1 c2 c3 c4 c5 c6 c7 c8 c9 ca cb cc cd ce cf "
+    "d0 d1 d2 d3 d4 d5 d6 d7 d8 d9 da db dc dd de df "
+    "e0 e1 e2 e3 e4 e5 e6 e7 e8 e9 ea eb ec ed ee ef";
+const char* const kShortCommit =
+    "set h264 2: 11 22 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+    "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+    "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00";
+
 TEST_F(H264UnitStartTest, WhatTheCameraOffersIsCommitted) {
   LoadList();
   ListBytes offer(48);
@@ -151,14 +157,8 @@ TEST_F(H264UnitStartTest, WhatTheCameraOffersIsCommitted) {
   unit().Answer(1, offer);
   unit().Answer(1, {0x11, 0x22});
   EXPECT_EQ(ZEMAPI_SetH264FrameIndex(handle(), 6), 0);
-  EXPECT_EQ(TakeWire(), (Lines{kFirstProbe, kOffer,
-                               "set h264 2: c0 c1 c2 c3 c4 c5 c6 c7 c8 c9 ca cb cc cd ce cf "
-                               "d0 d1 d2 d3 d4 d5 d6 d7 d8 d9 da db dc dd de df "
-                               "e0 e1 e2 e3 e4 e5 e6 e7 e8 e9 ea eb ec ed ee ef",
-                               kSecondProbe, kOffer,
-                               "set h264 2: 11 22 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-                               "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-                               "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"}))
+  EXPECT_EQ(TakeWire(),
+            (Lines{kFirstProbe, kOffer, kLongCommit, kSecondProbe, kOffer, kShortCommit}))
       << "nothing of the first offer is left in the second";
   EXPECT_EQ(TakeDebuggerLines(), (WideLines{SetLine(0, 48, 2), SetLine(0, 48, 2), SetLine(0, 48, 2),
                                             SetLine(0, 48, 2)}));
