@@ -89,9 +89,17 @@ std::string Sentence(const CameraState& state) {
   return "Camera: " + state.state + ". Next: " + state.next + ".";
 }
 
-[[noreturn]] void Stop(const ImageWatch& watch) {
-  const CameraState state = StateWhenStopped(watch);
-  std::fprintf(stderr, "\nzemctl: stopped by the user.\n  %s\n", Sentence(state).c_str());
+[[noreturn]] void Stop(const Options& options, const ImageWatch& watch) {
+  const std::string sentence = Sentence(StateWhenStopped(watch));
+  if (options.json) {
+    Print(
+        stdout,
+        {{"error",
+          {{"meaning", "stopped by the user"}, {"advice", sentence}, {"exitCode", kInterrupted}}}},
+        true);
+  } else {
+    std::fprintf(stderr, "\nzemctl: stopped by the user.\n  %s\n", sentence.c_str());
+  }
   SimulatorModule::StopRunning();
   std::fflush(nullptr);
   std::_Exit(kInterrupted);
@@ -158,7 +166,8 @@ int Update(const Options& options, const UpdateArguments& arguments,
   }
 
   Progress progress(options.json);
-  ImageRun run(procedure, image, arguments.parameters, progress, Stop);
+  ImageRun run(procedure, image, arguments.parameters, progress,
+               [&options](const ImageWatch& watch) { Stop(options, watch); });
   CheckOutcome(procedure, run.Run(session.handle()), run.watch(), session.handle());
 
   progress.Begin("verify", kVerify);
