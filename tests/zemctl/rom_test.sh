@@ -101,7 +101,7 @@ expect 11 'VSN_V3BC is there already' rom unpack $work/both.bin --into $work/unp
 expect 2 'is no folder' rom unpack $work/both.bin --into $work/nowhere
 
 # A dry run needs no camera and says what would be sent.
-expect 0 'select sf                            0      fa 55 66 06 05 00 00 00 00 00 00 00 00 00 00 00' \
+expect 0 'select sf                 0      fa 55 66 06 05 00 00 00 00 00 00 00 00 00 00 00' \
   rom burn $work/image.bin --address 0x10000 --dry-run
 says 'erase         0x00010000  4096   fa 55 66 08 00 01 00 00 00 08 00 00 00 00 00 00'
 says 'payload       0x00011000  32768  fa 55 66 08 00 01 10 00 00 40 00 00 00 00 00 00'
