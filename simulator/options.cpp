@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "simulator/encoding_unit.h"
 #include "simulator/h264_unit.h"
 #include "simulator/orva_unit.h"
 #include "simulator/skype_unit.h"
@@ -105,9 +106,14 @@ DataChannelSettings ReadDataChannel(const json& object) {
 }
 
 CameraOptions ReadCamera(const json& object) {
-  RefuseUnknownKeys(object, {"vendorId", "productId", "name", "vendorUnit", "h264Unit", "skypeUnit",
-                             "skypeVersion", "orvaUnit", "h264Formats", "chip", "dataLength",
-                             "highSpeed", "burnPolls", "burnError", "busy", "state", "faults"});
+  RefuseUnknownKeys(object, {"vendorId",      "productId",      "name",
+                             "vendorUnit",    "h264Unit",       "skypeUnit",
+                             "skypeVersion",  "orvaUnit",       "h264Formats",
+                             "chip",          "dataLength",     "highSpeed",
+                             "burnPolls",     "burnError",      "busy",
+                             "state",         "encodingUnit",   "streamProbeUnit",
+                             "videoControls", "cameraControls", "microphone",
+                             "mixer",         "faults"});
   CameraOptions camera;
   camera.vendorId = ReadNumber(object, "vendorId", camera.vendorId);
   camera.productId = ReadNumber(object, "productId", camera.productId);
@@ -123,6 +129,12 @@ CameraOptions ReadCamera(const json& object) {
                 {{"516x", VendorSettings::Chip::k516x}, {"517x", VendorSettings::Chip::k517x}}),
       ReadDataChannel(object)};
   camera.stateFile = object.value("state", camera.stateFile);
+  camera.encodingUnit = object.value("encodingUnit", camera.encodingUnit);
+  camera.streamProbeUnit = object.value("streamProbeUnit", camera.streamProbeUnit);
+  camera.videoControls = object.value("videoControls", camera.videoControls);
+  camera.cameraControls = object.value("cameraControls", camera.cameraControls);
+  camera.microphone = object.value("microphone", camera.microphone);
+  camera.mixer = object.value("mixer", camera.mixer);
   camera.faults = ReadFaults(object);
   return camera;
 }
@@ -210,7 +222,17 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
                                    std::function<void()> enterRomBoot) {
   auto camera = std::make_shared<Camera>();
   camera->AddPlainNode();
-  camera->AddPlainNode();
+  if (options.videoControls) {
+    camera->AddProcessingNode();
+    camera->AddControls(ControlFamily::kVideoProcessing,
+                        DefaultControls(ControlFamily::kVideoProcessing));
+  } else {
+    camera->AddPlainNode();
+  }
+  if (options.cameraControls) {
+    camera->AddControls(ControlFamily::kCameraTerminal,
+                        DefaultControls(ControlFamily::kCameraTerminal));
+  }
   const auto encoder = std::make_shared<H264Encoder>(options.h264Formats);
   if (options.vendorUnit) {
     auto& vendor = camera->AddUnit(std::make_unique<VendorUnit>(options.vendor, encoder));
@@ -234,6 +256,12 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
   }
   if (options.orvaUnit) {
     camera->AddUnit(std::make_unique<OrvaUnit>());
+  }
+  if (options.encodingUnit) {
+    camera->AddUnit(std::make_unique<EncodingUnit>());
+  }
+  if (options.streamProbeUnit) {
+    camera->AddUnit(std::make_unique<StreamProbeUnit>());
   }
   if (!options.stateFile.empty()) {
     camera->LoadMemory(ReadStateFile(options.stateFile));

@@ -27,6 +27,14 @@ struct CameraOptions {
   std::vector<H264Format> h264Formats;
   VendorSettings vendor;
   std::string stateFile;  // UTF-8 path; empty: every run begins as it left the factory
+  bool encodingUnit = false;
+  bool streamProbeUnit = false;
+  // The standard controls of the processing unit (with its node interface) and of the terminal.
+  bool videoControls = true;
+  bool cameraControls = true;
+  // A microphone, and whether its level can be set.
+  bool microphone = true;
+  bool mixer = true;
   std::vector<Fault> faults;
 };
 

@@ -153,7 +153,11 @@ Outcome VendorUnit::Get(std::uint16_t selector, std::size_t length,
     case vendor_selector::kNvmem:
       return nvmem_.Get(bytes);
     case vendor_selector::kSlowFlashRead:
-      // One control, for whatever was asked for last.
+      // One control, for whatever was asked for last: the sensor's serial number behind the command
+      // that prepares it, flash, or the format list.
+      if (std::exchange(tuning.serialPrepared, false)) {
+        return answer(tuning.serial);
+      }
       return transferControlled_ ? data_.Read(selector, bytes) : answer(encoder_->NextListPiece());
     case vendor_selector::kMemoryRead:
       if (length <= kMemoryPiece) {
@@ -211,8 +215,10 @@ VendorUnit::Block VendorUnit::RunIspCommand(const Block& command) {
       std::copy(state.firmwareVersion.begin(), state.firmwareVersion.end(), reply.begin() + 2);
       return reply;
     }
-    default:
-      return encoder_->RunIspCommand(command).value_or(Block{kUnknownCommand});
+    default: {
+      const std::optional<Block> reply = encoder_->RunIspCommand(command);
+      return reply ? *reply : tuning.RunIspCommand(command).value_or(Block{kUnknownCommand});
+    }
   }
 }
 
@@ -255,8 +261,10 @@ VendorUnit::Block VendorUnit::RunVcpCommand(const Block& command) {
       return {kAccepted};
     case 0xFF:
       return RunCodecCommand(command);
-    default:
-      return encoder_->RunVcpCommand(command).value_or(Block{kUnknownCommand});
+    default: {
+      const std::optional<Block> reply = encoder_->RunVcpCommand(command);
+      return reply ? *reply : tuning.RunVcpCommand(command).value_or(Block{kUnknownCommand});
+    }
   }
 }
 

@@ -15,6 +15,7 @@
 #include "simulator/firmware_image.h"
 #include "simulator/flash_memory.h"
 #include "simulator/h264_encoder.h"
+#include "simulator/image_tuning.h"
 #include "simulator/nvmem_control.h"
 
 namespace zem::simulator {
@@ -64,6 +65,7 @@ class VendorUnit : public ExtensionUnit {
   void SetFlashObserver(std::function<void()> observer) { flashObserver_ = std::move(observer); }
 
   VendorState state;
+  ImageTuning tuning;
 
   // Called when the host sends the camera into ROM boot. Without it the camera has no boot loader
   // to go to, and treats the two commands like any other.

@@ -61,33 +61,40 @@ void DeleteKey(const std::wstring& path) {
   }
 }
 
-}  // namespace
+enum class DeviceKind : unsigned char { kCamera = 0, kMicrophone = 1 };
 
-GUID CameraClassId(std::size_t index) {
+GUID ClassId(DeviceKind kind, std::size_t index) {
   GUID id = {0x5A454D53, 0x494D, 0x4341, {0x8D, 0x45, 0x52, 0x41, 0x00, 0x00, 0x00, 0x00}};
+  id.Data4[6] = static_cast<unsigned char>(kind);
   id.Data4[7] = static_cast<unsigned char>(index);
   return id;
 }
 
-HRESULT RegisterCamera(std::size_t index, const GUID& category, const std::wstring& instanceName,
+}  // namespace
+
+GUID CameraClassId(std::size_t index) { return ClassId(DeviceKind::kCamera, index); }
+
+GUID MicrophoneClassId(std::size_t index) { return ClassId(DeviceKind::kMicrophone, index); }
+
+HRESULT RegisterDevice(const GUID& classId, const GUID& category, const std::wstring& instanceName,
                        const std::wstring& friendlyName, const std::wstring& devicePath,
                        const std::wstring& modulePath) {
-  const std::wstring classId = TextOf(CameraClassId(index));
+  const std::wstring classText = TextOf(classId);
   if (const HRESULT result =
-          WriteKey(classId + L"\\InprocServer32",
+          WriteKey(classText + L"\\InprocServer32",
                    {Value{nullptr, modulePath}, Value{L"ThreadingModel", L"Both"}});
       FAILED(result)) {
     return result;
   }
   return WriteKey(InstancePath(category, instanceName),
-                  {Value{L"FriendlyName", friendlyName}, Value{L"CLSID", classId},
+                  {Value{L"FriendlyName", friendlyName}, Value{L"CLSID", classText},
                    Value{L"DevicePath", devicePath}});
 }
 
-void UnlistCamera(const GUID& category, const std::wstring& instanceName) {
+void UnlistDevice(const GUID& category, const std::wstring& instanceName) {
   DeleteKey(InstancePath(category, instanceName));
 }
 
-void UnregisterClass(std::size_t index) { DeleteKey(TextOf(CameraClassId(index))); }
+void UnregisterClass(const GUID& classId) { DeleteKey(TextOf(classId)); }
 
 }  // namespace zem::simulator

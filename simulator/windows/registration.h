@@ -1,4 +1,4 @@
-// The registry entries by which the system's device enumerator finds a simulated camera.
+// The registry entries by which the system's device enumerator finds a simulated device.
 #pragma once
 
 #include <cstddef>
@@ -11,16 +11,19 @@ namespace zem::simulator {
 // The COM class of the index-th simulated camera.
 GUID CameraClassId(std::size_t index);
 
+// That of its microphone.
+GUID MicrophoneClassId(std::size_t index);
+
 // Lists a device: its COM class, served by the module at `modulePath`, and its entry in `category`
 // under `instanceName`, which becomes the last part of its display name.
-HRESULT RegisterCamera(std::size_t index, const GUID& category, const std::wstring& instanceName,
+HRESULT RegisterDevice(const GUID& classId, const GUID& category, const std::wstring& instanceName,
                        const std::wstring& friendlyName, const std::wstring& devicePath,
                        const std::wstring& modulePath);
 
 // Takes a device out of the list; its class stays for handles that are open still.
-void UnlistCamera(const GUID& category, const std::wstring& instanceName);
+void UnlistDevice(const GUID& category, const std::wstring& instanceName);
 
-// Removes the COM class of the index-th camera.
-void UnregisterClass(std::size_t index);
+// Removes the COM class of a device.
+void UnregisterClass(const GUID& classId);
 
 }  // namespace zem::simulator

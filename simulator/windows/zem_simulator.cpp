@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "simulator/com_camera.h"
+#include "simulator/com_microphone.h"
 #include "simulator/options.h"
 #include "simulator/windows/ZemSimulator.h"
 #include "simulator/windows/registration.h"
@@ -23,7 +24,9 @@ HMODULE thisModule = nullptr;
 struct RunningCamera {
   CameraOptions options;
   std::wstring instanceName;
+  std::wstring microphoneName;
   std::shared_ptr<Camera> camera = nullptr;  // null until it is first listed
+  std::shared_ptr<Microphone> microphone = nullptr;
 };
 
 struct Simulator {
@@ -54,11 +57,35 @@ std::wstring Widen(const std::string& text) {
 }
 
 // The part of a real camera's device path that its display name and path share.
-std::wstring InstanceName(const CameraOptions& options, std::size_t index) {
+std::wstring InstanceName(const CameraOptions& options, unsigned usbInterface, std::size_t index) {
   std::array<wchar_t, 128> name = {};
-  _snwprintf(name.data(), name.size() - 1, L"usb#vid_%04x&pid_%04x&mi_00#zem-simulator&%u",
-             options.vendorId, options.productId, static_cast<unsigned>(index));
+  _snwprintf(name.data(), name.size() - 1, L"usb#vid_%04x&pid_%04x&mi_%02x#zem-simulator&%u",
+             options.vendorId, options.productId, usbInterface, static_cast<unsigned>(index));
   return name.data();
+}
+
+// A camera and its microphone, not listed yet.
+RunningCamera Prepare(const CameraOptions& options, std::size_t index) {
+  constexpr unsigned kVideoInterface = 0;
+  constexpr unsigned kAudioInterface = 2;
+  return {options, InstanceName(options, kVideoInterface, index),
+          InstanceName(options, kAudioInterface, index)};
+}
+
+void Unlist(const std::wstring& cameraName, const std::wstring& microphoneName) {
+  UnlistDevice(CLSID_VideoInputDeviceCategory, cameraName);
+  UnlistDevice(CLSID_AudioInputDeviceCategory, microphoneName);
+}
+
+HRESULT ListMicrophone(std::size_t index) {
+  RunningCamera& running = TheSimulator().cameras[index];
+  if (!running.options.microphone) {
+    return S_OK;
+  }
+  running.microphone = std::make_shared<Microphone>(Microphone{running.options.mixer});
+  return RegisterDevice(MicrophoneClassId(index), CLSID_AudioInputDeviceCategory,
+                        running.microphoneName, Widen(running.options.name + " Microphone"),
+                        L"\\\\?\\" + running.microphoneName, ModulePath());
 }
 
 // Puts a camera into the system's list as a new one, as if it had just been plugged in. Throws when
@@ -77,14 +104,15 @@ HRESULT ListCamera(std::size_t index) {
   running.camera = MakeCamera(running.options, std::move(enterRomBoot));
   SaveState(running.options, *running.camera);
   const HRESULT result =
-      RegisterCamera(index, CLSID_VideoInputDeviceCategory, instanceName,
+      RegisterDevice(CameraClassId(index), CLSID_VideoInputDeviceCategory, instanceName,
                      Widen(running.options.name), L"\\\\?\\" + instanceName, ModulePath());
   if (FAILED(result)) {
     return result;
   }
-  running.camera->SetUnplugObserver(
-      [instanceName] { UnlistCamera(CLSID_VideoInputDeviceCategory, instanceName); });
-  return S_OK;
+  running.camera->SetUnplugObserver([instanceName, microphoneName = running.microphoneName] {
+    Unlist(instanceName, microphoneName);
+  });
+  return ListMicrophone(index);
 }
 
 // The first camera is a video device only while its firmware runs.
@@ -111,8 +139,9 @@ std::vector<RunningCamera> Unlist() {
   simulator.bootLoader.reset();
   std::vector<RunningCamera> cameras = std::exchange(simulator.cameras, {});
   for (std::size_t index = 0; index < cameras.size(); ++index) {
-    UnlistCamera(CLSID_VideoInputDeviceCategory, cameras[index].instanceName);
-    UnregisterClass(index);
+    Unlist(cameras[index].instanceName, cameras[index].microphoneName);
+    UnregisterClass(CameraClassId(index));
+    UnregisterClass(MicrophoneClassId(index));
   }
   return cameras;
 }
@@ -138,7 +167,7 @@ void Start(const char* text) {
     simulator.volume.emplace(simulator.bootLoader);
   }
   for (const CameraOptions& camera : options.cameras) {
-    simulator.cameras.push_back({camera, InstanceName(camera, simulator.cameras.size())});
+    simulator.cameras.push_back(Prepare(camera, simulator.cameras.size()));
   }
   const bool firstIsAway =
       simulator.bootLoader && simulator.bootLoader->stage() != BootStage::kCamera;
@@ -149,9 +178,12 @@ void Start(const char* text) {
   }
 }
 
-class CameraFactory : public ComObject<IClassFactory> {
+// Makes a device's filter, with one reference for the caller.
+using MakeFilter = std::function<IBaseFilter*()>;
+
+class FilterFactory : public ComObject<IClassFactory> {
  public:
-  explicit CameraFactory(std::shared_ptr<Camera> camera) : camera_(std::move(camera)) {}
+  explicit FilterFactory(MakeFilter make) : make_(std::move(make)) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     return QueryOne<IClassFactory>(this, ::IID_IClassFactory, iid, object);
@@ -162,7 +194,7 @@ class CameraFactory : public ComObject<IClassFactory> {
     if (outer != nullptr) {
       return CLASS_E_NOAGGREGATION;
     }
-    IBaseFilter* const filter = MakeCameraFilter(camera_, nullptr);
+    IBaseFilter* const filter = make_();
     const HRESULT result = filter->QueryInterface(iid, object);
     filter->Release();
     return result;
@@ -171,8 +203,24 @@ class CameraFactory : public ComObject<IClassFactory> {
   HRESULT STDMETHODCALLTYPE LockServer(BOOL /*lock*/) override { return S_OK; }
 
  private:
-  std::shared_ptr<Camera> camera_;
+  MakeFilter make_;
 };
+
+// What makes the filter of a class; nothing for a class that is not listed.
+MakeFilter FindFilter(REFCLSID classId) {
+  const auto& cameras = TheSimulator().cameras;
+  for (std::size_t index = 0; index < cameras.size(); ++index) {
+    if (CameraClassId(index) == classId && cameras[index].camera) {
+      return [camera = cameras[index].camera] { return MakeCameraFilter(camera, nullptr); };
+    }
+    if (MicrophoneClassId(index) == classId && cameras[index].microphone) {
+      return [microphone = cameras[index].microphone] {
+        return MakeMicrophoneFilter(microphone, nullptr);
+      };
+    }
+  }
+  return nullptr;
+}
 
 }  // namespace
 }  // namespace zem::simulator
@@ -216,17 +264,18 @@ HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID iid, LPVOID* object) {
   auto& cameras = TheSimulator().cameras;
   if (cameras.empty()) {
     // A process that found the registered camera by itself: it gets the default one.
-    cameras.push_back({{}, L"", zem::simulator::MakeCamera({})});
+    cameras.push_back(zem::simulator::Prepare({}, 0));
+    cameras.front().camera = zem::simulator::MakeCamera({});
+    cameras.front().microphone = std::make_shared<zem::simulator::Microphone>();
   }
-  for (std::size_t index = 0; index < cameras.size(); ++index) {
-    if (zem::simulator::CameraClassId(index) == classId && cameras[index].camera) {
-      auto* const factory = new zem::simulator::CameraFactory(cameras[index].camera);
-      const HRESULT result = factory->QueryInterface(iid, object);
-      factory->Release();
-      return result;
-    }
+  const zem::simulator::MakeFilter make = zem::simulator::FindFilter(classId);
+  if (!make) {
+    return CLASS_E_CLASSNOTAVAILABLE;
   }
-  return CLASS_E_CLASSNOTAVAILABLE;
+  auto* const factory = new zem::simulator::FilterFactory(make);
+  const HRESULT result = factory->QueryInterface(iid, object);
+  factory->Release();
+  return result;
 }
 
 HRESULT WINAPI DllCanUnloadNow(void) {
@@ -239,8 +288,7 @@ HRESULT WINAPI DllRegisterServer(void) { return ZemSimulatorStart(nullptr); }
 HRESULT WINAPI DllUnregisterServer(void) {
   // The camera that DllRegisterServer listed, in whichever process that was.
   if (TheSimulator().cameras.empty()) {
-    const zem::simulator::CameraOptions options;
-    TheSimulator().cameras.push_back({options, zem::simulator::InstanceName(options, 0)});
+    TheSimulator().cameras.push_back(zem::simulator::Prepare({}, 0));
   }
   ZemSimulatorStop();
   return S_OK;

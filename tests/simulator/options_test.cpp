@@ -175,4 +175,33 @@ TEST(SimulatorOptionsTest, UnitsInTheirOrder) {
   EXPECT_TRUE(camera->UnitAt(5)->id() == zem::OrvaXu);
 }
 
+TEST(SimulatorOptionsTest, EncodingUnitAndStreamProbeUnitAreNodesWhereAskedFor) {
+  const Options options =
+      ParseOptions(R"({"cameras": [{"encodingUnit": true, "streamProbeUnit": true}, {}]})");
+  const auto camera = zem::simulator::MakeCamera(options.cameras[0]);
+  ASSERT_EQ(camera->nodeCount(), 5U);
+  EXPECT_TRUE(camera->UnitAt(3)->id() == zem::EncodingUnitXu);
+  EXPECT_TRUE(camera->UnitAt(4)->id() == zem::StreamProbeXu);
+  EXPECT_EQ(zem::simulator::MakeCamera(options.cameras[1])->nodeCount(), 3U);
+}
+
+TEST(SimulatorOptionsTest, StandardControlsAndMicrophoneUnlessSwitchedOff) {
+  using zem::simulator::ControlFamily;
+  const Options options = ParseOptions(
+      R"({"cameras": [{}, {"videoControls": false, "cameraControls": false, "microphone": false,
+                           "mixer": false}]})");
+  const auto camera = zem::simulator::MakeCamera(options.cameras[0]);
+  EXPECT_TRUE(camera->HasControls(ControlFamily::kVideoProcessing));
+  EXPECT_TRUE(camera->HasControls(ControlFamily::kCameraTerminal));
+  EXPECT_TRUE(camera->IsProcessingNode(1));
+  EXPECT_TRUE(options.cameras[0].microphone);
+  EXPECT_TRUE(options.cameras[0].mixer);
+  const auto bare = zem::simulator::MakeCamera(options.cameras[1]);
+  EXPECT_FALSE(bare->HasControls(ControlFamily::kVideoProcessing));
+  EXPECT_FALSE(bare->HasControls(ControlFamily::kCameraTerminal));
+  EXPECT_FALSE(bare->IsProcessingNode(1));
+  EXPECT_FALSE(options.cameras[1].microphone);
+  EXPECT_FALSE(options.cameras[1].mixer);
+}
+
 }  // namespace

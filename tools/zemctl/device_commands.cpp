@@ -23,7 +23,7 @@ std::string VendorUnitOf(const SystemDevice& device) {
 
 int ListDevices(const Options& /*options*/, Report& report) {
   Report rows = Report::array();
-  for (const SystemDevice& device : ListSystemDevices()) {
+  for (const SystemDevice& device : ListSystemDevices(DeviceCategory::kVideoInput)) {
     rows.push_back({{"name", Narrow(device.name)},
                     {"vendor unit", VendorUnitOf(device)},
                     {"path", Narrow(device.displayName)},

@@ -54,6 +54,10 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
       ->needs(flag);
   AddDeviceCommands(*this);
   AddRegisterCommands(*this);
+  AddTuneCommands(*this);
+  AddControlCommands(*this);
+  AddAudioCommands(*this);
+  AddEncodingCommands(*this);
   AddRawCommands(*this);
   AddH264Commands(*this);
   AddStreamCommands(*this);

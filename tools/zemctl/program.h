@@ -54,6 +54,10 @@ class Program {
 // The command groups, each in the file of its name.
 void AddDeviceCommands(Program& program);
 void AddRegisterCommands(Program& program);
+void AddTuneCommands(Program& program);
+void AddControlCommands(Program& program);
+void AddAudioCommands(Program& program);
+void AddEncodingCommands(Program& program);
 void AddRawCommands(Program& program);
 void AddH264Commands(Program& program);
 void AddStreamCommands(Program& program);

@@ -42,13 +42,14 @@ SystemDevice Describe(IMoniker* moniker) {
 
 }  // namespace
 
-std::vector<SystemDevice> ListSystemDevices() {
+std::vector<SystemDevice> ListSystemDevices(DeviceCategory category) {
+  const GUID& id = category == DeviceCategory::kVideoInput ? zem::CLSID_VideoInputDeviceCategory
+                                                           : zem::CLSID_AudioInputDeviceCategory;
   ComPtr<ICreateDevEnum> system;
   ComPtr<IEnumMoniker> monikers;
   if (FAILED(CoCreateInstance(zem::CLSID_SystemDeviceEnum, nullptr, CLSCTX_INPROC,
                               zem::IID_ICreateDevEnum, system.ReceiveVoid())) ||
-      FAILED(system->CreateClassEnumerator(zem::CLSID_VideoInputDeviceCategory, monikers.Receive(),
-                                           0))) {
+      FAILED(system->CreateClassEnumerator(id, monikers.Receive(), 0))) {
     throw std::runtime_error("the system's device enumerator does not answer");
   }
   std::vector<SystemDevice> devices;

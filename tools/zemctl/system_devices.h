@@ -1,10 +1,12 @@
-// The video-input devices that the system lists, camera of ours or not.
+// The video-input and audio-input devices that the system lists, ours or not.
 #pragma once
 
 #include <string>
 #include <vector>
 
 namespace zemctl {
+
+enum class DeviceCategory { kVideoInput, kAudioInput };
 
 struct SystemDevice {
   std::wstring name;         // "FriendlyName"
@@ -13,6 +15,6 @@ struct SystemDevice {
 };
 
 // In the system's order. Throws std::runtime_error when the system does not answer.
-std::vector<SystemDevice> ListSystemDevices();
+std::vector<SystemDevice> ListSystemDevices(DeviceCategory category);
 
 }  // namespace zemctl

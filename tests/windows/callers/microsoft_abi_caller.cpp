@@ -1,5 +1,5 @@
-// A caller built for the Microsoft ABI without any runtime: both overloads of one name.
-// Exit code 0: each answered as it must for a null handle.
+// A caller built for the Microsoft ABI without any runtime: both overloads of one name, and the
+// function that has a decorated name only. Exit code 0: each answered as it must for a null handle.
 #include "include/ZemUVCExtApi.h"
 
 extern "C" __declspec(dllimport) void ExitProcess(unsigned code);
@@ -8,6 +8,7 @@ extern "C" void Entry() {
   unsigned char version[6];
   char reply[8];
   const bool right = ZEMAPI_GetFWVersion(nullptr, version) == ZEM_E_NO_DEVICE &&
-                     ZEMAPI_GetFWVersion(nullptr, reply) == ZEM_E_NO_DEVICE;
+                     ZEMAPI_GetFWVersion(nullptr, reply) == ZEM_E_NO_DEVICE &&
+                     WREN_EuGet(nullptr, 0x10000, nullptr, 0) == ZEM_E_REFUSED;
   ExitProcess(right ? 0 : 1);
 }
