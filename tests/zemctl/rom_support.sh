@@ -8,10 +8,10 @@ memory=$work/memory.img
 # boot [KEYS]: arguments for a simulated boot loader; KEYS are further members of its JSON object,
 # each with a comma behind it. Its flash and memory keep what they hold in $flash and $memory.
 boot() {
-  boot_arguments=(--simulator --simulator-options "{\"bootLoader\":{${1:-}\"storages\":[
-    {\"type\":\"sf\",\"size\":262144,\"file\":\"$flash\"},
-    {\"type\":\"spi-nand\",\"size\":65536},
-    {\"type\":\"dram\",\"size\":65536,\"file\":\"$memory\"}]}}")
+  local storages="{\"type\":\"sf\",\"size\":262144,\"file\":\"$flash\"}"
+  storages+=",{\"type\":\"spi-nand\",\"size\":65536}"
+  storages+=",{\"type\":\"dram\",\"size\":65536,\"file\":\"$memory\"}"
+  boot_arguments=($sim --simulator-options "{\"bootLoader\":{${1:-}\"storages\":[$storages]}}")
 }
 
 # with_boot CODE TEXT ARGUMENTS...: expect, with the boot loader of the last boot.

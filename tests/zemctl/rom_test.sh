@@ -125,10 +125,10 @@ expect 9 'too few' rom unpack $work/tiny.bin
 # Faults on the way. The search takes 2 commands and the selection 1.
 blank
 boot '"faults":["fail@4+2"],'
-with_boot 0 'verified: 5000' rom update-partial $work/partial.bin --yes
+with_boot 0 'verified: 5000' rom update-partial $work/partial.bin --address 0 --yes
 boot '"faults":["fail@4=5"],'
 with_boot 7 'ZEMROMAPI_PartialUpdate: the camera in ROM boot did not carry it out' \
-  rom update-partial $work/partial.bin --yes
+  rom update-partial $work/partial.bin --address 0 --yes
 boot '"faults":["unplug@5"],'
 with_boot 7 'ZEMROMAPI_ScsiCommand: the camera in ROM boot did not carry it out' \
-  rom update-partial $work/partial.bin --yes
+  rom update-partial $work/partial.bin --address 0 --yes
