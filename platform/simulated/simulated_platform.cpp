@@ -177,17 +177,24 @@ bool SeekFile(std::FILE* file, std::uint64_t position) {
 VolumeHandle OpenVolume(const wchar_t* path) {
   simulated::System& system = simulated::TheSystem();
   system.volumePaths.emplace_back(path);
-  const auto volume = system.volumes.find(path);
-  if (volume == system.volumes.end()) {
+  const auto known = system.volumes.find(path);
+  simulated::VolumeAnswer answer;
+  if (known != system.volumes.end()) {
+    answer = known->second;
+  } else if (system.openVolume) {
+    answer = system.openVolume(path);
+  }
+  if (!answer) {
     system.lastError = kFileNotFound;
     return nullptr;
   }
-  return &system.openedVolumes.emplace_back(simulated::OpenedVolume{path, volume->second});
+  return &system.openedVolumes.emplace_back(simulated::OpenedVolume{path, std::move(answer)});
 }
 
 void CloseVolume(VolumeHandle volume) {
   if (simulated::OpenedVolume* const opened = FindOpenVolume(volume); opened != nullptr) {
     opened->open = false;
+    opened->answer = nullptr;
   }
 }
 

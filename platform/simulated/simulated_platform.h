@@ -56,6 +56,9 @@ struct System {
 
   // Volumes by path, such as L"\\\\.\\F:", every path that was asked for, and every one opened.
   std::map<std::wstring, VolumeAnswer> volumes;
+  // Asked whenever a path is opened that is not among them; answers one opening. No answer: there
+  // is no such volume. Unset: nor is there any.
+  std::function<VolumeAnswer(const std::wstring& path)> openVolume;
   std::vector<std::wstring> volumePaths;
   std::deque<OpenedVolume> openedVolumes;
   // Paths of the volumes that are open, in the order of their opening.
