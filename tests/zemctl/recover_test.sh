@@ -37,6 +37,10 @@ boot
 with_boot 11 'The storage sf will be overwritten' "${recover[@]}" </dev/null
 expect 0 'header block  0x00000000  4096   fa 55 66 08 00 00 00 00 00 08 00 00 00 00 00 00' \
   "${recover[@]}" --dry-run
+says 'updater                   32768  fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00'
+says 'updater                   4608   fa 55 66 02 00 09 00 00 00 00 00 00 00 00 00 00'
+says 'jump                      0      fa 55 66 03 00 00 00 00 00 00 00 00 00 00 00 00'
+says 'reset                     0      fa 55 66 21 00 00 00 00 00 00 00 00 00 00 00 00'
 erased 0 262144
 
 # Bad files are refused before a camera is looked for.

@@ -5,18 +5,19 @@
 
 namespace zemctl {
 
-void ReportPlan(const BurnPlan& plan, const StorageChoice& storage, Report& report) {
+Report CommandRow(const std::string& what, const std::string& address, std::uint32_t bytes,
+                  const Cdb& cdb) {
+  return {{"what", what}, {"address", address}, {"bytes", bytes}, {"command", HexText(cdb)}};
+}
+
+Report CommandRows(const BurnPlan& plan, const StorageChoice& storage) {
   Report rows = Report::array();
-  const auto add = [&rows](const std::string& what, const std::string& address, std::uint32_t bytes,
-                           const Cdb& cdb) {
-    rows.push_back(
-        {{"what", what}, {"address", address}, {"bytes", bytes}, {"command", HexText(cdb)}});
-  };
-  add("select " + storage.name, "", 0, SelectCdb(storage));
+  rows.push_back(CommandRow("select " + storage.name, "", 0, SelectCdb(storage)));
   for (const PlannedCommand& command : CommandsOf(plan)) {
-    add(command.what, HexNumber(command.address, 8), command.sectors * 512, WriteCdb(command));
+    rows.push_back(CommandRow(command.what, HexNumber(command.address, 8), command.sectors * 512,
+                              WriteCdb(command)));
   }
-  report["commands"] = rows;
+  return rows;
 }
 
 std::string DescribeLoss(const BurnPlan& plan, const StorageChoice& storage) {

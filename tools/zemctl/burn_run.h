@@ -12,8 +12,12 @@
 
 namespace zemctl {
 
+// One command as a row of a table.
+Report CommandRow(const std::string& what, const std::string& address, std::uint32_t bytes,
+                  const Cdb& cdb);
+
 // What a plan sends, command by command, the selection of the storage first.
-void ReportPlan(const BurnPlan& plan, const StorageChoice& storage, Report& report);
+Report CommandRows(const BurnPlan& plan, const StorageChoice& storage);
 
 // "The storage sf will be overwritten (erase: 4096 bytes from 0x00000000, payload: ...)"
 std::string DescribeLoss(const BurnPlan& plan, const StorageChoice& storage);

@@ -71,20 +71,43 @@ std::string Restart(const Options& options, const RecoverArguments& arguments,
   return verified + "; the camera runs and answers";
 }
 
+// What loading the updater sends; nothing without one. Throws ToolFailure for a file that is none.
+Report UpdaterRows(const RecoverArguments& arguments) {
+  Report rows = Report::array();
+  if (arguments.updater.empty()) {
+    return rows;
+  }
+  for (const Cdb& cdb : DownloadCdbs(CodeSizeOf(arguments.updater))) {
+    rows.push_back(CommandRow("updater", "", cdb[5] * 512U, cdb));
+  }
+  rows.push_back(CommandRow("jump", "", 0, kJumpCdb));
+  return rows;
+}
+
+void ShowCommands(const RecoverArguments& arguments, const Report& updater, const BurnPlan& plan,
+                  Report& report) {
+  Report rows = updater;
+  const Report burn = CommandRows(plan, arguments.storage);
+  rows.insert(rows.end(), burn.begin(), burn.end());
+  if (!arguments.noReset) {
+    rows.push_back(CommandRow("reset", "", 0, kResetCdb));
+  }
+  report["commands"] = rows;
+}
+
 int Recover(const Options& options, const RecoverArguments& arguments, Report& report) {
   const BurnPlan plan = PlanOf(arguments.request);
-  if (!arguments.updater.empty()) {
-    static_cast<void>(CodeSizeOf(arguments.updater));
-  }
+  const Report updater = UpdaterRows(arguments);
   static_cast<void>(SelectCdb(arguments.storage));
   if (arguments.dryRun) {
-    ReportPlan(plan, arguments.storage, report);
+    ShowCommands(arguments, updater, plan, report);
     return kDone;
   }
   Confirm(options, DescribeLoss(plan, arguments.storage));
   Progress progress(options.json);
   const RomSession session = Prepare(options, arguments, progress, report);
   session.Select(arguments.storage);
+  report["storage"] = arguments.storage.name;
   WritePlan(plan, progress, report, [&] { Burn(session.handle(), arguments.request); });
   Verify(session, plan, progress, report);
   const std::string outcome = Restart(options, arguments, session, progress, report);

@@ -42,7 +42,7 @@ std::uint64_t EndOf(const BurnPlan& plan) {
 int RunPlan(const Options& options, const BurnArguments& arguments, const BurnPlan& plan,
             const std::function<void(void* session)>& carryOut, Report& report) {
   if (arguments.dryRun) {
-    ReportPlan(plan, arguments.storage, report);
+    report["commands"] = CommandRows(plan, arguments.storage);
     return kDone;
   }
   static_cast<void>(SelectCdb(arguments.storage));

@@ -20,6 +20,7 @@ constexpr unsigned kSendDivider = 0x10;
 constexpr unsigned kPauseMilliseconds = 500;
 
 constexpr unsigned char kIdentify = 0x01;
+constexpr unsigned char kDownload = 0x02;
 constexpr unsigned char kSelect = 0x06;
 constexpr unsigned char kRead = 0x07;
 constexpr unsigned char kWrite = 0x08;
@@ -146,6 +147,17 @@ void RomSession::Read(std::uint32_t address, std::span<unsigned char> bytes) con
     address += wanted;
     bytes = bytes.subspan(wanted);
   }
+}
+
+std::vector<Cdb> DownloadCdbs(std::uint32_t codeSize) {
+  std::vector<Cdb> cdbs;
+  for (std::uint32_t sectors = (codeSize + kSectorSize - 1) / kSectorSize; sectors > 0;) {
+    const std::uint32_t some = std::min(sectors, kPieceSize / kSectorSize);
+    cdbs.push_back(VendorCdb(kDownload));
+    StoreBe16(&cdbs.back()[4], static_cast<std::uint16_t>(some));
+    sectors -= some;
+  }
+  return cdbs;
 }
 
 Cdb SelectCdb(const StorageChoice& storage) {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "tools/zemctl/burn_plan.h"
 #include "tools/zemctl/results.h"
@@ -67,6 +68,9 @@ class RomSession {
 
 // The commands by which these and the burns reach the device, for those who want to see them first.
 // SelectCdb throws UsageError for a storage that is none.
+inline constexpr Cdb kJumpCdb = {0xFA, 0x55, 0x66, 0x03};
+inline constexpr Cdb kResetCdb = {0xFA, 0x55, 0x66, 0x21};
+std::vector<Cdb> DownloadCdbs(std::uint32_t codeSize);
 Cdb SelectCdb(const StorageChoice& storage);
 Cdb ReadCdb(std::uint32_t address, std::uint32_t sectors);
 Cdb WriteCdb(const PlannedCommand& command);
