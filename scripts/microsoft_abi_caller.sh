@@ -15,6 +15,7 @@ clang++ --target=x86_64-pc-windows-msvc -ffreestanding -std=c++14 -Wall -Wextra 
 llvm-nm $out/caller.obj | grep -qF ' U __imp_ZEMAPI_GetFWVersion'
 llvm-nm $out/caller.obj | grep -qF ' U ?ZEMAPI_GetFWVersion@@YAJPEAXPEAD@Z'
 llvm-nm $out/caller.obj | grep -qF ' U ?WREN_EuGet@@YAJPEAXI0G@Z'
+llvm-nm $out/caller.obj | grep -qF ' U ?ZEMROMAPI_SwitchModePCAM_DRAM@@YAJPEAX@Z'
 lld-link /nodefaultlib /entry:Entry /subsystem:console /out:$out/caller.exe $out/caller.obj \
   $out/ZemUVCExtApi.lib $out/kernel32.lib
 cp build/windows/ZemUVCExtApi.dll $out/
