@@ -222,6 +222,12 @@ TEST(BinaryTest, ExportsExactlyTheInterface) {
       "ZEMAPI_MulticastStreamID",
       "ZEMAPI_MulticasToggleLayer",
       "ZEMAPI_MulticastCommit",
+      // Frames and sound
+      "NV12_to_RGB",
+      "ConvertYUY2toBMP",
+      "ConvertNV12toBMP",
+      "ConvertRGBtoBMP",
+      "PackWavFile",
   };
   EXPECT_EQ(present, wanted);
   EXPECT_EQ(exports->NumberOfFunctions, wanted.size());
