@@ -10,6 +10,7 @@
 #include "simulator/h264_unit.h"
 #include "simulator/orva_unit.h"
 #include "simulator/skype_unit.h"
+#include "simulator/tirella_unit.h"
 
 namespace zem::simulator {
 namespace {
@@ -76,6 +77,49 @@ std::vector<Fault> ReadFaults(const json& object) {
   return faults;
 }
 
+// An array of bytes; none where the key is missing.
+std::vector<std::uint8_t> ReadBytes(const json& object, const char* key) {
+  std::vector<std::uint8_t> bytes;
+  for (const auto number : object.value(key, std::vector<std::int64_t>())) {
+    if (number < 0 || number > 0xFF) {
+      throw std::invalid_argument("\"" + std::string(key) + "\" has something else than bytes");
+    }
+    bytes.push_back(static_cast<std::uint8_t>(number));
+  }
+  return bytes;
+}
+
+std::vector<std::uint8_t> ReadTables(const json& tables) {
+  std::vector<Table> read;
+  for (const json& table : tables) {
+    RefuseUnknownKeys(table, {"id", "data"});
+    const auto id = table.at("id").get<std::int64_t>();
+    if (id < 0 || id > 0xFF) {
+      throw std::invalid_argument("the id of a table is a byte");
+    }
+    read.push_back({static_cast<std::uint8_t>(id), ReadBytes(table, "data")});
+  }
+  return MakeTableImage(read);
+}
+
+// The vendor unit's memory: given as it is, or as the tables in it.
+std::vector<std::uint8_t> ReadNvmem(const json& object, std::vector<std::uint8_t> missing) {
+  if (object.contains("nvmem") && object.contains("tables")) {
+    throw std::invalid_argument("\"nvmem\" and \"tables\" exclude each other");
+  }
+  if (object.contains("tables")) {
+    return ReadTables(object.at("tables"));
+  }
+  if (!object.contains("nvmem")) {
+    return missing;
+  }
+  std::vector<std::uint8_t> memory = ReadBytes(object, "nvmem");
+  if (memory.size() > kNvmemSize) {
+    throw std::invalid_argument("\"nvmem\" has more bytes than the memory");
+  }
+  return memory;
+}
+
 // The value of a key whose values have names.
 template <class Value>
 Value ReadNamed(const json& object, const char* key, Value missing,
@@ -113,7 +157,8 @@ CameraOptions ReadCamera(const json& object) {
                              "burnPolls",     "burnError",      "busy",
                              "state",         "encodingUnit",   "streamProbeUnit",
                              "videoControls", "cameraControls", "microphone",
-                             "mixer",         "faults"});
+                             "mixer",         "tirellaUnit",    "tables",
+                             "nvmem",         "faults"});
   CameraOptions camera;
   camera.vendorId = ReadNumber(object, "vendorId", camera.vendorId);
   camera.productId = ReadNumber(object, "productId", camera.productId);
@@ -124,6 +169,8 @@ CameraOptions ReadCamera(const json& object) {
   camera.skypeVersion = ReadNumber(object, "skypeVersion", camera.skypeVersion);
   camera.orvaUnit = object.value("orvaUnit", camera.orvaUnit);
   camera.h264Formats = ReadFormats(object);
+  camera.tirellaUnit = object.value("tirellaUnit", camera.tirellaUnit);
+  camera.nvmem = ReadNvmem(object, camera.nvmem);
   camera.vendor = {
       ReadNamed(object, "chip", camera.vendor.chip,
                 {{"516x", VendorSettings::Chip::k516x}, {"517x", VendorSettings::Chip::k517x}}),
@@ -237,6 +284,7 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
   if (options.vendorUnit) {
     auto& vendor = camera->AddUnit(std::make_unique<VendorUnit>(options.vendor, encoder));
     vendor.enterRomBoot = std::move(enterRomBoot);
+    std::copy(options.nvmem.begin(), options.nvmem.end(), vendor.state.nvmem.begin());
     if (!options.stateFile.empty()) {
       // What a run that is cut short has changed must not be lost.
       vendor.SetFlashObserver([camera = camera.get(), file = options.stateFile] {
@@ -262,6 +310,9 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
   }
   if (options.streamProbeUnit) {
     camera->AddUnit(std::make_unique<StreamProbeUnit>());
+  }
+  if (options.tirellaUnit) {
+    camera->AddUnit(std::make_unique<TirellaUnit>());
   }
   if (!options.stateFile.empty()) {
     camera->LoadMemory(ReadStateFile(options.stateFile));

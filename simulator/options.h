@@ -11,6 +11,7 @@
 #include "simulator/boot_loader.h"
 #include "simulator/camera.h"
 #include "simulator/h264_encoder.h"
+#include "simulator/table_image.h"
 #include "simulator/vendor_unit.h"
 
 namespace zem::simulator {
@@ -35,6 +36,9 @@ struct CameraOptions {
   // A microphone, and whether its level can be set.
   bool microphone = true;
   bool mixer = true;
+  bool tirellaUnit = false;
+  // The vendor unit's memory from address 0; what is behind it is erased.
+  std::vector<std::uint8_t> nvmem = FactoryTableImage();
   std::vector<Fault> faults;
 };
 
@@ -51,9 +55,9 @@ struct Options {
 Options ParseOptions(std::string_view json);
 
 // The camera that the options describe: an input terminal, a processing unit and those of the
-// extension units that are wanted: vendor, H.264, Skype, ORVA, in this order. `enterRomBoot` is
-// called when a host sends it into ROM boot; null for a camera without a boot loader.
-// Throws std::invalid_argument for a state file that is not one.
+// extension units that are wanted: vendor, H.264, Skype, ORVA, TIRELLA, in this order.
+// `enterRomBoot` is called when a host sends it into ROM boot; null for a camera without a boot
+// loader. Throws std::invalid_argument for a state file that is not one.
 std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
                                    std::function<void()> enterRomBoot = nullptr);
 

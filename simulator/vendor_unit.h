@@ -20,6 +20,9 @@
 
 namespace zem::simulator {
 
+// Size of the non-volatile memory.
+inline constexpr std::size_t kNvmemSize = 8192;
+
 // How the camera is made.
 struct VendorSettings {
   enum class Chip { k516x, k517x };
@@ -43,7 +46,7 @@ struct VendorState {
   std::array<std::uint8_t, 8> deviceInfo = {};
   FlashMemory flash;
   std::vector<std::uint8_t> processorMemory;
-  std::vector<std::uint8_t> nvmem = std::vector<std::uint8_t>(8192, 0xFF);
+  std::vector<std::uint8_t> nvmem = std::vector<std::uint8_t>(kNvmemSize, 0xFF);
 };
 
 class VendorUnit : public ExtensionUnit {

@@ -53,4 +53,12 @@ TEST_F(NvmemControlTest, PiecesOutsideTheMemoryFail) {
   EXPECT_EQ(control.Set(Bytes(31)), Outcome::kWrongLength);
 }
 
+TEST_F(NvmemControlTest, RequestThatFailedHasNoAnswer) {
+  Bytes answer;
+  EXPECT_EQ(Send({0x2B, 0x01, 0x82}), Outcome::kFailed);
+  EXPECT_EQ(control.Get(answer), Outcome::kFailed);
+  EXPECT_EQ(Send({0x2A, 0x01, 0x82}), Outcome::kDone);
+  EXPECT_EQ(control.Get(answer), Outcome::kDone);
+}
+
 }  // namespace

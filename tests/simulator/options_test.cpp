@@ -13,6 +13,7 @@ using zem::simulator::BootStage;
 using zem::simulator::Options;
 using zem::simulator::ParseOptions;
 using zem::simulator::StorageType;
+using Bytes = std::vector<std::uint8_t>;
 
 TEST(SimulatorOptionsTest, NothingIsOneDefaultCamera) {
   for (const char* const text : {"", "{}"}) {
@@ -128,6 +129,49 @@ TEST(SimulatorOptionsTest, WrongOptionsAreRefusedWithAReason) {
                                  R"({"bootLoader": {"storages": [{"size": 268435457}]}})"}) {
     EXPECT_THROW(ParseOptions(text), std::invalid_argument) << text;
   }
+}
+
+TEST(SimulatorOptionsTest, MemoryAsToldOrFromTheFactory) {
+  const auto memoryOf = [](const char* text) { return ParseOptions(text).cameras[0].nvmem; };
+  const Bytes factory = memoryOf(R"({"cameras": [{}]})");
+  ASSERT_EQ(factory.size(), 88U);
+  EXPECT_EQ(Bytes(factory.begin(), factory.begin() + 17),
+            (Bytes{0xEE, 0, 88, 0, 0, 1, 12, 0, 1, 2, 3, 4, 5, 6, 7, 8, 0}));
+  EXPECT_EQ(memoryOf(R"({"cameras": [{"nvmem": []}]})"), Bytes());
+  EXPECT_EQ(memoryOf(R"({"cameras": [{"nvmem": [1, 255]}]})"), (Bytes{1, 255}));
+  EXPECT_EQ(memoryOf(R"({"cameras": [{"tables": []}]})"), (Bytes{0xEE, 0, 4, 0}));
+  EXPECT_EQ(memoryOf(R"({"cameras": [{"tables": [{"id": 7, "data": [1, 2]}, {"id": 8}]}]})"),
+            (Bytes{0xEE, 0, 14, 0, 0, 7, 6, 0, 1, 2, 0, 8, 4, 0}));
+  for (const char* const wrong :
+       {R"({"cameras": [{"nvmem": [256]}]})", R"({"cameras": [{"nvmem": [-1]}]})",
+        R"({"cameras": [{"nvmem": 1}]})", R"({"cameras": [{"nvmem": [], "tables": []}]})",
+        R"({"cameras": [{"tables": [{"data": []}]}]})",
+        R"({"cameras": [{"tables": [{"id": 256}]}]})",
+        R"({"cameras": [{"tables": [{"id": 1, "size": 2}]}]})"}) {
+    EXPECT_THROW(ParseOptions(wrong), std::invalid_argument) << wrong;
+  }
+}
+
+TEST(SimulatorOptionsTest, MemoryHas8192Bytes) {
+  EXPECT_EQ(zem::simulator::MakeTableImage({{1, Bytes(8184)}}).size(), 8192U);
+  EXPECT_THROW(zem::simulator::MakeTableImage({{1, Bytes(8185)}}), std::invalid_argument);
+  const auto withMemory = [](std::size_t size) {
+    std::string text = R"({"cameras": [{"nvmem": [0)";
+    for (std::size_t index = 1; index < size; ++index) {
+      text += ",0";
+    }
+    return text + "]}]}";
+  };
+  EXPECT_EQ(ParseOptions(withMemory(8192)).cameras[0].nvmem.size(), 8192U);
+  EXPECT_THROW(ParseOptions(withMemory(8193)), std::invalid_argument);
+}
+
+TEST(SimulatorOptionsTest, TirellaUnitIsTheFourthNode) {
+  zem::simulator::CameraOptions options;
+  options.tirellaUnit = true;
+  const auto camera = zem::simulator::MakeCamera(options);
+  ASSERT_EQ(camera->nodeCount(), 4U);
+  EXPECT_TRUE(camera->UnitAt(3)->id() == zem::TirellaXu);
 }
 
 TEST(SimulatorOptionsTest, VendorUnitIsTheThirdNode) {

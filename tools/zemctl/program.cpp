@@ -67,6 +67,8 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   AddMediaCommands(*this);
   AddUpdateCommands(*this);
   AddDataCommands(*this);
+  AddNvmemCommands(*this);
+  AddTableCommands(*this);
 }
 
 CLI::App* Program::AddCommand(CLI::App* parent, const std::string& name,

@@ -67,5 +67,7 @@ void AddRecoverCommand(Program& program);
 void AddMediaCommands(Program& program);
 void AddUpdateCommands(Program& program);
 void AddDataCommands(Program& program);
+void AddNvmemCommands(Program& program);
+void AddTableCommands(Program& program);
 
 }  // namespace zemctl
