@@ -1,5 +1,6 @@
 // ROM boot as the system sees the DLL: the calls it makes on a volume, argument by argument; and a
 // simulated boot loader from one end to the other.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -129,8 +130,8 @@ Bytes Header(unsigned char cdbLength, unsigned char direction, unsigned char len
   Bytes header = {56,         0, 0, 0, 1,       0, cdbLength, 24, direction, 0, 0, 0,
                   length,     0, 0, 0, seconds, 0, 0,         0,  0,         0, 0, 0,
                   dataOffset, 0, 0, 0, 0,       0, 0,         0,  60,        0, 0, 0};
-  header.insert(header.end(), cdb.begin(), cdb.end());
   header.resize(96);
+  std::copy(cdb.begin(), cdb.end(), header.begin() + 36);
   return header;
 }
 
