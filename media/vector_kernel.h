@@ -110,9 +110,7 @@ void ForEachBit(std::uint32_t bits, Visit visit) {
 // Has the cache fetch the byte at that distance, which may lie outside any buffer. Rows follow each
 // other in an order and at distances that the processor does not foresee by itself.
 ZEM_ALWAYS_INLINE void Fetch(const std::uint8_t* from, std::ptrdiff_t distance) {
-  _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(from) +
-                                             static_cast<std::uintptr_t>(distance)),
-               _MM_HINT_T0);
+  _mm_prefetch(reinterpret_cast<const char*>(from) + distance, _MM_HINT_T0);
 }
 
 template <class Isa>

@@ -24,7 +24,7 @@ class LogTest : public DeviceTest {
   // Everything logged so far; the log starts anew.
   std::string TakeLog() {
     std::ifstream file(LogPath(), std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    std::string text((std::istreambuf_iterator<char>(file)), {});
     std::filesystem::remove(LogPath());
     return text;
   }

@@ -33,7 +33,7 @@ class LinuxPackageTest : public RomBootTest {
   }
   // A dump file of `size` bytes of 0x11.
   std::wstring Dump(std::size_t size) {
-    const std::wstring dump = WriteFile("dump", Bytes(size, 0x11));
+    std::wstring dump = WriteFile("dump", Bytes(size, 0x11));
     EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), dump.c_str(), 0), 0);
     return dump;
   }

@@ -74,15 +74,13 @@ TEST_F(BootLoaderTest, IdentifyTellsTheStage) {
 TEST_F(BootLoaderTest, DownloadsGatherInTheLoadBuffer) {
   EXPECT_EQ(Send({0xFA, 0x55, 0x66, 0x02, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, Repeated(512, 1)),
             ScsiOutcome::kDone);
-  EXPECT_EQ(
-      Send({0xFA, 0x55, 0x66, 0x02, 0, 64, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, Repeated(64 * 512, 2)),
-      ScsiOutcome::kDone);
+  EXPECT_EQ(Send({0xFA, 0x55, 0x66, 0x02, 0, 64, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, Repeated(32768, 2)),
+            ScsiOutcome::kDone);
   ASSERT_EQ(loader->loadBuffer.size(), 65U * 512);
   EXPECT_EQ(loader->loadBuffer[511], 1);
   EXPECT_EQ(loader->loadBuffer[512], 2);
-  EXPECT_EQ(
-      Send({0xFA, 0x55, 0x66, 0x02, 0, 65, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, Repeated(65 * 512, 2)),
-      ScsiOutcome::kRefused)
+  EXPECT_EQ(Send({0xFA, 0x55, 0x66, 0x02, 0, 65, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, Repeated(33280, 2)),
+            ScsiOutcome::kRefused)
       << "more than 64 sectors";
   EXPECT_EQ(Send({0xFA, 0x55, 0x66, 0x02, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, Repeated(512, 1)),
             ScsiOutcome::kRefused)

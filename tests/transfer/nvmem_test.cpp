@@ -136,7 +136,7 @@ TEST_F(NvmemTest, ReadEndsWithTheFailureOfEachRead) {
     Bytes buffer(100, 0x55);
     FailTransfer(2 * failing);
     EXPECT_EQ(ZEMAPI_ReadNVMEM(handle(), 0, buffer.data(), 100, &count), kFailedTransfer);
-    const std::size_t before = (failing - 1) * 29;
+    const std::size_t before = std::size_t{failing - 1} * 29;
     EXPECT_EQ(count, before);
     EXPECT_EQ(std::count(buffer.begin(), buffer.end(), 0xAA), before) << "the piece is left out";
     EXPECT_EQ(TakeWire().size(), 2 * failing);

@@ -12,7 +12,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 inline constexpr std::size_t kImageSize = 8192;
 // A request and a read for each piece of 29 bytes of a whole image.
-inline constexpr std::size_t kWholeImageTransfers = 2U * 283;
+inline constexpr std::size_t kWholeImageTransfers = 566;
 
 class TableTest : public DeviceTest {
  protected:
