@@ -117,7 +117,7 @@ void DrainMessageQueue() {
 }
 
 void FormatWide(std::span<wchar_t> buffer, const wchar_t* format, ...) {
-  std::va_list arguments;
+  std::va_list arguments;  // NOLINT(cppcoreguidelines-init-variables): va_start does
   va_start(arguments, format);
   _vsnwprintf(buffer.data(), buffer.size() - 1, format, arguments);
   va_end(arguments);

@@ -333,10 +333,11 @@ TEST_F(ProcessingNodeTest, FailureOfEachPlatformCall) {
 }
 
 // A camera whose nodes refuse and leave the caller's pointer as it is.
-class RefusingCamera : public ControlCamera {
+class RefusingCamera : public zem::testing::BareCamera {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    return BareCamera::QueryInterface(iid, object);
+  HRESULT Request(const KSP_NODE& /*request*/, void* /*data*/, ULONG /*length*/,
+                  ULONG* /*bytesReturned*/) override {
+    return E_NOTIMPL;
   }
   HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD /*node*/, REFIID iid,
                                                void** /*object*/) override {

@@ -24,20 +24,20 @@ struct Family {
                         ZemLong* step, ZemLong* defaultValue, ZemLong* capsFlags);
 };
 
-constexpr Family kVideo = {"video",
-                           "ZEMAPI_GetVideoProcAmp",
-                           ZEMAPI_GetVideoProcAmp,
-                           "ZEMAPI_SetVideoProcAmp",
-                           ZEMAPI_SetVideoProcAmp,
-                           "ZEMAPI_GetVideoProcAmpRange",
-                           ZEMAPI_GetVideoProcAmpRange};
-constexpr Family kCamera = {"camera",
-                            "ZEMAPI_GetCameraControl",
-                            ZEMAPI_GetCameraControl,
-                            "ZEMAPI_SetCameraControl",
-                            ZEMAPI_SetCameraControl,
-                            "ZEMAPI_GetCameraControlRange",
-                            ZEMAPI_GetCameraControlRange};
+const Family kVideo = {"video",
+                       "ZEMAPI_GetVideoProcAmp",
+                       ZEMAPI_GetVideoProcAmp,
+                       "ZEMAPI_SetVideoProcAmp",
+                       ZEMAPI_SetVideoProcAmp,
+                       "ZEMAPI_GetVideoProcAmpRange",
+                       ZEMAPI_GetVideoProcAmpRange};
+const Family kCamera = {"camera",
+                        "ZEMAPI_GetCameraControl",
+                        ZEMAPI_GetCameraControl,
+                        "ZEMAPI_SetCameraControl",
+                        ZEMAPI_SetCameraControl,
+                        "ZEMAPI_GetCameraControlRange",
+                        ZEMAPI_GetCameraControlRange};
 
 struct Control {
   const char* name;

@@ -254,10 +254,10 @@ struct StreamBlock {
   const char* setter;
   ZemResult (*set)(void* device, void* block);
 };
-constexpr StreamBlock kProbe = {"probe", "WREN_ProbeGet", WREN_ProbeGet, "WREN_ProbeSet",
-                                WREN_ProbeSet};
-constexpr StreamBlock kCommit = {"commit", "WREN_CommitGet", WREN_CommitGet, "WREN_CommitSet",
-                                 WREN_CommitSet};
+const StreamBlock kProbe = {"probe", "WREN_ProbeGet", WREN_ProbeGet, "WREN_ProbeSet",
+                            WREN_ProbeSet};
+const StreamBlock kCommit = {"commit", "WREN_CommitGet", WREN_CommitGet, "WREN_CommitSet",
+                             WREN_CommitSet};
 
 // Reads the block; with fields, changes them, writes it and reads it again.
 int UseStreamBlock(const Options& options, const StreamBlock& stream,

@@ -11,6 +11,7 @@ int main() {
   int count = 0;
   wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
   std::vector<std::string> arguments;
+  arguments.reserve(static_cast<std::size_t>(count));
   for (int index = 0; index < count; ++index) {
     arguments.push_back(zemctl::Narrow(words[index]));
   }

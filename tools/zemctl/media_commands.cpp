@@ -114,8 +114,9 @@ int WriteSound(const SoundArguments& arguments, Report& report) {
       PackWavFile(Widen(arguments.input).c_str(), Widen(arguments.output).c_str(),
                   arguments.channels, arguments.sampleRate, arguments.bitsPerSample);
   ShowWritten("PackWavFile", written, arguments.output, size + 44, report);
-  report["frames"] = size / frameBytes;
-  report["seconds"] = static_cast<double>(size / frameBytes) / arguments.sampleRate;
+  const std::uint64_t frames = size / frameBytes;
+  report["frames"] = frames;
+  report["seconds"] = static_cast<double>(frames) / arguments.sampleRate;
   return kDone;
 }
 
