@@ -3,10 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -23,9 +24,8 @@ Bytes FileContent(const std::string& path) {
 
 class StorageFileTest : public ::testing::Test {
  protected:
-  ~StorageFileTest() override { std::remove(path.c_str()); }
-
-  const std::string path = ::testing::TempDir() + "zem_storage_test.img";
+  const zem::testing::TemporaryFolder folder;
+  const std::string path = folder.path() / "storage.img";
 };
 
 TEST(StorageTest, ErasedBytesAreOnes) {
@@ -67,8 +67,7 @@ TEST_F(StorageFileTest, FileGivesTheFirstContentCutOrFilled) {
 
 TEST_F(StorageFileTest, FileThatCannotBeMadeIsRefused) {
   Storage storage(4);
-  EXPECT_THROW(KeepInFile(storage, ::testing::TempDir() + "no/such/folder/x.img"),
-               std::runtime_error);
+  EXPECT_THROW(KeepInFile(storage, folder.path() / "no/such/folder/x.img"), std::runtime_error);
 }
 
 }  // namespace

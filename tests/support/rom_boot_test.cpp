@@ -1,6 +1,5 @@
 #include "tests/support/rom_boot_test.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cwchar>
@@ -16,19 +15,12 @@ RomBootTest::RomBootTest() {
   platform::simulated::Reset();
   sendAddressDivider = 0;
   Attach(L'F', volume);
-  const auto* const test = ::testing::UnitTest::GetInstance()->current_test_info();
-  std::string name = std::string(test->test_suite_name()) + "." + test->name();
-  std::replace(name.begin(), name.end(), '/', '_');
-  folder_ = std::filesystem::path(::testing::TempDir()) / ("zem_" + name);
-  std::filesystem::remove_all(folder_);
-  std::filesystem::create_directories(folder_);
 }
 
 RomBootTest::~RomBootTest() {
   ZEMROMAPI_CloseDevice(&session_);
   EXPECT_EQ(system().OpenVolumePaths(), leftOpen) << "volumes left open";
   EXPECT_EQ(system().invalidVolumeCalls, invalidVolumeCalls) << "a volume used that is not open";
-  std::filesystem::remove_all(folder_);
   platform::simulated::Reset();
   sendAddressDivider = 0;
 }
@@ -75,14 +67,8 @@ void RomBootTest::SetAddressDivider(std::uint32_t divider) {
   static_cast<ZemRomBootConfig*>(session())->scsi.addressDivider = divider;
 }
 
-std::wstring RomBootTest::PathOf(const std::string& name) const {
-  return (folder_ / name).wstring();
-}
-
 std::wstring RomBootTest::WriteFile(const std::string& name, const Bytes& bytes) const {
-  std::ofstream file(folder_ / name, std::ios::binary);
-  file.write(reinterpret_cast<const char*>(bytes.data()),
-             static_cast<std::streamsize>(bytes.size()));
+  folder_.Write(name, bytes);
   return PathOf(name);
 }
 

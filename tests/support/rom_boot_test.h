@@ -14,6 +14,7 @@
 #include "romboot/usb_scsi_cmd.h"
 #include "tests/support/device_test.h"
 #include "tests/support/scripted_volume.h"
+#include "tests/support/temporary_folder.h"
 
 namespace zem::testing {
 
@@ -22,7 +23,6 @@ using Bytes = std::vector<std::uint8_t>;
 // The system's error codes.
 inline constexpr std::uint32_t kGeneralFailure = 31;
 inline constexpr std::uint32_t kTimeout = 121;
-inline constexpr std::uint32_t kInvalidHandle = 6;
 
 // "\\.\F:"
 inline std::wstring VolumePath(wchar_t letter) { return std::wstring(L"\\\\.\\") + letter + L":"; }
@@ -57,11 +57,11 @@ class RomBootTest : public ::testing::Test {
   void SetAddressDivider(std::uint32_t divider);
 
   // A path in the test's own folder; a file with these bytes there; a file's bytes.
-  std::wstring PathOf(const std::string& name) const;
+  std::wstring PathOf(const std::string& name) const { return folder_.Path(name); }
   std::wstring WriteFile(const std::string& name, const Bytes& bytes) const;
   static Bytes ReadFile(const std::wstring& path);
-  bool Exists(const std::string& name) const { return std::filesystem::exists(folder_ / name); }
-  const std::filesystem::path& folder() const { return folder_; }
+  bool Exists(const std::string& name) const { return folder_.Exists(name); }
+  const std::filesystem::path& folder() const { return folder_.path(); }
 
   // The boot loader.
   ScriptedVolume volume;
@@ -72,7 +72,7 @@ class RomBootTest : public ::testing::Test {
   int invalidVolumeCalls = 0;
 
  private:
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
   void* session_ = nullptr;
 };
 

@@ -15,6 +15,8 @@ class TemporaryFolder {
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
+  const std::filesystem::path& path() const { return folder_; }
+
   // Path of a file in the folder, as the library takes it.
   std::wstring Path(const std::string& name) const { return (folder_ / name).wstring(); }
   bool Exists(const std::string& name) const { return std::filesystem::exists(folder_ / name); }
