@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "tests/support/request_block.h"
 #include "tests/support/rom_boot_test.h"
 
 namespace {
@@ -11,10 +12,10 @@ namespace {
 using zem::UsbScsiCmd;
 using zem::testing::Bytes;
 using zem::testing::kGeneralFailure;
-using zem::testing::kInvalidHandle;
 using zem::testing::kTimeout;
 using zem::testing::Lines;
 using zem::testing::PartOf;
+using zem::testing::RequestBlock;
 using zem::testing::RomBootTest;
 using zem::testing::ScriptedVolume;
 using zem::testing::SomeBytes;
@@ -89,23 +90,12 @@ TEST_F(UsbScsiCmdTest, InquiryBlockByteByByte) {
   EXPECT_EQ(inquiry.code, 0x4D004U);
   EXPECT_EQ(inquiry.inputLength, 56U);
   EXPECT_EQ(inquiry.outputLength, 128U);
-  EXPECT_EQ(
-      inquiry.block, (Bytes{56,   0,                                   // length of the header
-                            0,                                         // status
-                            0,    1,    0,                             // path, target, logical unit
-                            6,    24,                                  // lengths of CDB and sense
-                            1,    0,    0,    0,                       // data in
-                            36,   0,    0,    0,                       // length of the data
-                            2,    0,    0,    0,                       // seconds
-                            0,    0,    0,    0,                       //
-                            92,   0,    0,    0,    0,    0,    0, 0,  // offset of the data
-                            60,   0,    0,    0,                       // offset of the sense
-                            0x12, 0x00, 0x00, 0x00, 0x24, 0x00, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-                            0,    0,    0,        // padding
-                            0,    0,    0,    0,  // filler
-                            0,    0,    0,    0,    0,    0,    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-                            0,    0,    0,    0,    0,    0,    0, 0, 0, 0, 0, 0, 0, 0, 0,  // sense
-                            0,    0,    0,    0}));                                         // data
+  EXPECT_EQ(inquiry.block, RequestBlock({.cdbLength = 6,
+                                         .dataIn = 1,
+                                         .length = {36},
+                                         .seconds = 2,
+                                         .dataOffset = 92,
+                                         .cdb = {0x12, 0x00, 0x00, 0x00, 0x24, 0x00}}));
 }
 
 TEST_F(UsbScsiCmdTest, IdentifyBlockByteByByte) {
@@ -116,23 +106,13 @@ TEST_F(UsbScsiCmdTest, IdentifyBlockByteByByte) {
   EXPECT_EQ(identify.code, 0x4D004U);
   EXPECT_EQ(identify.inputLength, 56U);
   EXPECT_EQ(identify.outputLength, 108U);
-  EXPECT_EQ(
-      identify.block,
-      (Bytes{56,   0,                             // length of the header
-             0,                                   // status
-             0,    1,    0,                       // path, target, logical unit
-             16,   24,                            // lengths of CDB and sense
-             1,    0,    0,    0,                 // data in
-             16,   0,    0,    0,                 // length of the data
-             2,    0,    0,    0,                 // seconds
-             0,    0,    0,    0,                 //
-             92,   0,    0,    0,    0, 0, 0, 0,  // offset of the data
-             60,   0,    0,    0,                 // offset of the sense
-             0xFA, 0x55, 0x66, 0x01, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,  // padding
-             0,    0,    0,    0,                                                     // filler
-             0,    0,    0,    0,    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-             0,    0,    0,    0,    0, 0, 0, 0, 0, 0, 0, 0,  // sense
-             0x33, 0,    0,    0}));  // the sentinel where the reply is to be
+  EXPECT_EQ(identify.block, RequestBlock({.dataIn = 1,
+                                          .length = {16},
+                                          .seconds = 2,
+                                          .dataOffset = 92,
+                                          .cdb = {0xFA, 0x55, 0x66, 0x01},
+                                          .firstData = 0x33}))
+      << "with the sentinel where the reply is to be";
   EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>()) << "nothing is waited for before data in";
 }
 
@@ -352,22 +332,8 @@ TEST_F(OpenedChannelTest, DirectBlockByteByByte) {
   EXPECT_EQ(control.inputLength, 96U);
   EXPECT_EQ(control.outputLength, 96U);
   EXPECT_EQ(
-      control.block, (Bytes{56,   0,                             // length of the header
-                            0,                                   // status
-                            0,    1,    0,                       // path, target, logical unit
-                            16,   24,                            // lengths of CDB and sense
-                            0,    0,    0,    0,                 // data out
-                            0x45, 0x23, 0x01, 0x00,              // length of the data
-                            10,   0,    0,    0,                 // seconds
-                            0,    0,    0,    0,                 //
-                            0,    0,    0,    0,    0, 0, 0, 0,  // the data's address, see below
-                            60,   0,    0,    0,                 // offset of the sense
-                            0xE0, 1,    2,    3,    4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0,
-                            0,    0,    0,        // padding
-                            0,    0,    0,    0,  // filler
-                            0,    0,    0,    0,    0, 0, 0, 0, 0, 0, 0,  0,  0,  0,  0,  0,  0,
-                            0,    0,    0,    0,    0, 0, 0, 0, 0, 0, 0,  0,  0,  0,  0,  // sense
-                            0,    0,    0,    0}));                                       // padding
+      control.block,
+      RequestBlock({.dataIn = 0, .length = {0x45, 0x23, 0x01, 0x00}, .seconds = 10, .cdb = cdb}));
   EXPECT_EQ(control.data, data.data()) << "the caller's buffer goes to the driver without a copy";
   EXPECT_EQ(control.sent, data);
   EXPECT_EQ(control.clock, 10U);
@@ -387,21 +353,8 @@ TEST_F(OpenedChannelTest, BufferedBlockByteByByte) {
   EXPECT_EQ(control.outputLength, 0x8000U + 92U);
   EXPECT_EQ(
       control.block,
-      (Bytes{56,   0,                          // length of the header
-             0,                                // status
-             0,    1,    0,                    // path, target, logical unit
-             16,   24,                         // lengths of CDB and sense
-             1,    0,    0, 0,                 // data in
-             0x00, 0x80, 0, 0,                 // length of the data
-             2,    0,    0, 0,                 // seconds
-             0,    0,    0, 0,                 //
-             92,   0,    0, 0,    0, 0, 0, 0,  // offset of the data
-             60,   0,    0, 0,                 // offset of the sense
-             0xE0, 1,    2, 0x77, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0, 0, 0, 0,  // padding
-             0,    0,    0, 0,                                                           // filler
-             0,    0,    0, 0,    0, 0, 0, 0, 0, 0, 0,  0,  0,  0,  0,  0,  0, 0, 0, 0,
-             0,    0,    0, 0,    0, 0, 0, 0, 0, 0, 0,  0,  // sense
-             0,    0,    0, 0}));                           // data
+      RequestBlock(
+          {.dataIn = 1, .length = {0x00, 0x80, 0, 0}, .seconds = 2, .dataOffset = 92, .cdb = cdb}));
   EXPECT_EQ(PartOf(data, 0, 0x8000), SomeBytes(0x8000));
   EXPECT_EQ(data[0x8000], 0xEE);
   EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>());

@@ -9,6 +9,7 @@
 
 #include "include/ZemUVCExtApi.h"
 #include "simulator/windows/import_hook.h"
+#include "tests/support/request_block.h"
 #include "tests/windows/support/debugger_capture.h"
 #include "tests/windows/support/simulator_guard.h"
 
@@ -18,6 +19,7 @@ using Bytes = std::vector<unsigned char>;
 using Lines = std::vector<std::wstring>;
 using zem::simulator::ImportHook;
 using zem::testing::DebuggerCapture;
+using zem::testing::RequestBlock;
 using zem::testing::SimulatorGuard;
 
 // ---- A volume behind the DLL's imports ----
@@ -124,17 +126,6 @@ class RecordedVolumeTest : public ::testing::Test {
   ImportHook close_;
 };
 
-// The header of either block, from the length of the CDB on.
-Bytes Header(unsigned char cdbLength, unsigned char direction, unsigned char length,
-             unsigned char seconds, unsigned char dataOffset, const Bytes& cdb) {
-  Bytes header = {56,         0, 0, 0, 1,       0, cdbLength, 24, direction, 0, 0, 0,
-                  length,     0, 0, 0, seconds, 0, 0,         0,  0,         0, 0, 0,
-                  dataOffset, 0, 0, 0, 0,       0, 0,         0,  60,        0, 0, 0};
-  header.resize(96);
-  std::copy(cdb.begin(), cdb.end(), header.begin() + 36);
-  return header;
-}
-
 TEST_F(RecordedVolumeTest, ProbeOpensVolumesSharedForReadingAndWriting) {
   void* device = ZEMROMAPI_OpenDevice(1);
   ASSERT_NE(device, nullptr);
@@ -167,17 +158,25 @@ TEST_F(RecordedVolumeTest, InquiryAndIdentifyBlocks) {
     EXPECT_EQ(control.overlapped, nullptr);
   }
   EXPECT_EQ(calls.controls[0].outputLength, 128U);
-  EXPECT_EQ(calls.controls[0].block, Header(6, 1, 36, 2, 92, {0x12, 0, 0, 0, 0x24, 0}));
+  EXPECT_EQ(calls.controls[0].block, RequestBlock({.cdbLength = 6,
+                                                   .dataIn = 1,
+                                                   .length = {36},
+                                                   .seconds = 2,
+                                                   .dataOffset = 92,
+                                                   .cdb = {0x12, 0, 0, 0, 0x24, 0}}));
   EXPECT_EQ(calls.controls[1].outputLength, 108U);
-  Bytes identify = Header(16, 1, 16, 2, 92, {0xFA, 0x55, 0x66, 0x01});
-  identify[92] = 0x33;
-  EXPECT_EQ(calls.controls[1].block, identify);
+  EXPECT_EQ(calls.controls[1].block, RequestBlock({.dataIn = 1,
+                                                   .length = {16},
+                                                   .seconds = 2,
+                                                   .dataOffset = 92,
+                                                   .cdb = {0xFA, 0x55, 0x66, 0x01},
+                                                   .firstData = 0x33}));
   ZEMROMAPI_CloseDevice(&device);
 }
 
 TEST_F(RecordedVolumeTest, DirectBlock) {
   void* device = ZEMROMAPI_OpenDevice(1);
-  Bytes cdb = {0xE0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+  std::array<unsigned char, 16> cdb = {0xE0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
   Bytes data = {1, 2, 3, 4, 5};
   EXPECT_EQ(ZEMROMAPI_ScsiCommand(device, 0, 5, cdb.data(), data.data()), 0);
   const Control& control = calls.controls.at(2);
@@ -185,7 +184,7 @@ TEST_F(RecordedVolumeTest, DirectBlock) {
   EXPECT_EQ(control.inputLength, 96U);
   EXPECT_EQ(control.outputLength, 96U);
   EXPECT_TRUE(control.sameBlock);
-  EXPECT_EQ(control.block, Header(16, 0, 5, 10, 0, cdb));
+  EXPECT_EQ(control.block, RequestBlock({.dataIn = 0, .length = {5}, .seconds = 10, .cdb = cdb}));
   EXPECT_EQ(control.sent, data);
   ZEMROMAPI_CloseDevice(&device);
 }
@@ -201,7 +200,11 @@ TEST_F(RecordedVolumeTest, MemoryIsSelectedUnderTheDecoratedNameAlone) {
   EXPECT_EQ(ZEMROMAPI_SwitchModePCAM_DRAM(device), 0);
   for (const std::size_t index : {std::size_t{2}, std::size_t{3}}) {
     EXPECT_EQ(calls.controls.at(index).block,
-              Header(16, 1, 4, 2, 92, {0xFA, 0x55, 0x66, 0x06, 0x80}));
+              RequestBlock({.dataIn = 1,
+                            .length = {4},
+                            .seconds = 2,
+                            .dataOffset = 92,
+                            .cdb = {0xFA, 0x55, 0x66, 0x06, 0x80}}));
   }
   ZEMROMAPI_CloseDevice(&device);
 }
