@@ -184,8 +184,13 @@ TEST_F(LinuxPackageTest, BodyAddressesBeyond32BitsAreMalformed) {
     const Bytes file = Joined({LinuxHeader(shift, units), SomeBytes(512)});
     EXPECT_EQ(Update(file, kAddressInHeader, 0), ZEM_E_FAIL);
     EXPECT_EQ(UpdateAtOwnAddress(file, 0), ZEM_E_FAIL);
+    const Bytes header = PartOf(file, 0, 600);
+    EXPECT_EQ(Update(header, kAddressInHeader, 0), ZEM_E_FAIL) << "also where there is no body";
+    EXPECT_EQ(UpdateAtOwnAddress(header, 0), ZEM_E_FAIL);
   }
   EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(Update(Joined({LinuxHeader(31, 2), SomeBytes(512)}), 0x80000000, 0), 1)
+      << "the header's own address is not asked for";
 }
 
 TEST_F(LinuxPackageTest, WhatWouldReachPastTheLastAddressIsRefusedBeforeAnythingIsSent) {

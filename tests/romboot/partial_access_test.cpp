@@ -138,6 +138,14 @@ TEST_F(PartialUpdateTest, FilesOfMoreThan4MiBAreReadInPieces) {
   EXPECT_EQ(commands.back(), WriteCommand(4194304, 2));
 }
 
+TEST_F(PartialUpdateTest, MirrorsBeforeItSendsAlsoWhatFailsThen) {
+  const std::wstring dump = WriteFile("dump", Bytes(0x5000, 0x11));
+  ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), dump.c_str(), 0), 0);
+  volume.Fail(1, kTimeout);
+  EXPECT_EQ(Update(SomeBytes(700)), ZEM_E_FAIL);
+  EXPECT_EQ(ReadFile(dump), Joined({Bytes(0x5000, 0x11), SomeBytes(700)}));
+}
+
 TEST_F(PartialUpdateTest, AnEmptyFile) {
   EXPECT_EQ(Update({}), 1);
   EXPECT_EQ(address, 0x5000U);

@@ -1,7 +1,11 @@
 // The ROM-boot session: which camera it is opened on, how it ends, its dump file.
 #include "romboot/rom_boot_config.h"
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <cwchar>
+#include <limits>
 
 #include "tests/support/rom_boot_test.h"
 
@@ -168,11 +172,35 @@ TEST_F(DumpFileTest, ANullSession) {
   EXPECT_FALSE(Exists("dump"));
 }
 
-TEST_F(DumpFileTest, SizeIsTakenAsUnsigned) {
-  // 4 GiB are not written here: the disk of this test is full at once.
-  system().refuseFile = [](const std::wstring& path) { return path != L"/dev/full"; };
-  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), L"/dev/full", -1), 0);
-  EXPECT_EQ(config().dumpEnabled, 1U);
+// As long as it lives, no file grows beyond a size: writing more fails.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t size) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {
+    EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &before_), 0);
+    const rlimit limit = {size, before_.rlim_max};
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  }
+  ~FileSizeLimit() {
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before_), 0);
+    std::signal(SIGXFSZ, signal_);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+ private:
+  void (*signal_)(int);
+  rlimit before_ = {};
+};
+
+TEST_F(DumpFileTest, SizeIsTakenAsUnsignedAndAFullDiskIsNoError) {
+  for (const int size : {-1, std::numeric_limits<int>::min()}) {
+    {
+      const FileSizeLimit limit(65536);  // 2 GiB and more are not written here
+      EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), PathOf("dump").c_str(), size), 0);
+    }
+    EXPECT_EQ(ReadFile(PathOf("dump")), Bytes(65536, 0xFF)) << size;
+    EXPECT_EQ(config().dumpEnabled, 1U);
+  }
 }
 
 }  // namespace
