@@ -39,6 +39,20 @@ with_boot 0 'bytes sent: 0' rom command fa 55 66 21 --yes
 with_boot 7 'ZEMROMAPI_ScsiCommand' rom command fa 55 66 7f --yes
 with_boot 0 'reset: sent' rom reset
 
+# The enhanced area of an eMMC.
+area=(rom make-enhanced-area 0x01020304 0xA5B6C7D8)
+expect 0 'enhanced area           0      fa 55 66 22 01 01 02 03 04 a5 b6 c7 d8 00 00 00' \
+  "${area[@]}" --dry-run
+emmc=($sim --simulator-options '{"bootLoader":{"storages":[{"type":"emmc","size":512}]}}')
+expect 11 'The eMMC will get an enhanced area (0x01020304, 0xA5B6C7D8), which may erase it' \
+  "${emmc[@]}" "${area[@]}" </dev/null
+expect 0 'accepted: yes' "${emmc[@]}" "${area[@]}" --yes
+says 'command:  fa 55 66 22 01 01 02 03 04 a5 b6 c7 d8 00 00 00'
+with_boot 7 'ZEMROMAPI_MkEmmcEhancedArea: the camera in ROM boot did not carry it out (not accepted, 0x00000000)' \
+  "${area[@]}" --yes
+with_boot 2 '' rom make-enhanced-area 1 --yes
+with_boot 2 '' rom make-enhanced-area 1 0x100000000 --yes
+
 # Burning: nothing without a yes; every byte where it belongs; compared by reading back.
 with_boot 11 'The storage sf will be overwritten' rom burn $work/image.bin --address 0x10000 </dev/null
 erased 0 262144
@@ -109,6 +123,12 @@ says 'payload       0x00021000  4608   fa 55 66 08 00 02 10 00 00 09 00 00 00 00
 says 'header block  0x00010000  4096   fa 55 66 08 00 01 00 00 00 08 00 00 00 00 00 00'
 expect 0 'data       0x00000000  32768  fa 55 66 08 00 00 00 00 00 40 01 00 00 00 00 00' \
   rom burn-package $work/package.bin --dry-run
+expect 0 'body       0x00010000  32768  fa 55 66 08 00 01 00 00 00 40 00 00 00 00 00 00' \
+  rom update-linux $work/linux.bin --header-address 0x2000 --dry-run
+expect 0 'file       0x00003000  5120   fa 55 66 08 00 00 30 00 00 0a 00 00 00 00 00 00' \
+  rom update-partial $work/partial.bin --address 0x3000 --dry-run
+expect 0 'erase      0x00003000  1024   fa 55 66 08 00 00 30 00 00 02 00 00 00 00 00 00' \
+  rom erase 0x3000 600 --dry-run
 
 # Files that are not what they should be are refused before a camera is looked for.
 expect 9 'short.bin says that its payload of 70000 bytes begins at 4114, but it ends at 74113' \

@@ -39,5 +39,6 @@ CLI::App* AddRomCommand(Program& program, CLI::App* parent,
 // Parts of zemctl rom, each in the file of its name.
 void AddRomLoadCommands(Program& program, CLI::App* rom);
 void AddRomBurnCommands(Program& program, CLI::App* rom);
+void AddRomEmmcCommands(Program& program, CLI::App* rom);
 
 }  // namespace zemctl

@@ -197,6 +197,7 @@ void AddRomCommands(Program& program) {
   AddRegisterCommands(program, rom);
   AddRomLoadCommands(program, rom);
   AddRomBurnCommands(program, rom);
+  AddRomEmmcCommands(program, rom);
 
   const auto raw = std::make_shared<CommandArguments>();
   CLI::App* const command = AddRomCommand(

@@ -24,6 +24,7 @@ constexpr unsigned char kDownload = 0x02;
 constexpr unsigned char kSelect = 0x06;
 constexpr unsigned char kRead = 0x07;
 constexpr unsigned char kWrite = 0x08;
+constexpr unsigned char kMakeEnhancedArea = 0x22;
 
 Cdb VendorCdb(unsigned char code) { return {0xFA, 0x55, 0x66, code}; }
 
@@ -67,6 +68,14 @@ const StorageKind& FindStorage(const StorageChoice& choice) {
   return *found;
 }
 
+[[noreturn]] void ThrowRomFailure(const char* function, ZemResult result, const char* name) {
+  throw CallFailure(function, result,
+                    {name, "the camera in ROM boot did not carry it out",
+                     "Look at the volume with \"zemctl rom info\"; the debugger channel tells the "
+                     "system's error.",
+                     kTransferFailed});
+}
+
 }  // namespace
 
 const char* NameOf(RomKind kind) {
@@ -75,12 +84,7 @@ const char* NameOf(RomKind kind) {
 
 void CheckRom(const char* function, ZemResult result) {
   if (result < 0) {
-    throw CallFailure(
-        function, result,
-        {"ZEM_E_FAIL", "the camera in ROM boot did not carry it out",
-         "Look at the volume with \"zemctl rom info\"; the debugger channel tells the "
-         "system's error.",
-         kTransferFailed});
+    ThrowRomFailure(function, result, "ZEM_E_FAIL");
   }
 }
 
@@ -134,6 +138,14 @@ void RomSession::Select(const StorageChoice& storage) const {
   CheckRom(kind.function, kind.select(handle_, static_cast<unsigned char>(storage.option)));
 }
 
+void RomSession::MakeEnhancedArea(const EnhancedArea& area) const {
+  // 1 or 0, unlike any other command.
+  const ZemResult accepted = ZEMROMAPI_MkEmmcEhancedArea(handle_, area.first, area.second);
+  if (accepted != 1) {
+    ThrowRomFailure("ZEMROMAPI_MkEmmcEhancedArea", accepted, "not accepted");
+  }
+}
+
 void RomSession::Read(std::uint32_t address, std::span<unsigned char> bytes) const {
   std::array<unsigned char, kPieceSize> piece = {};
   while (!bytes.empty()) {
@@ -179,6 +191,14 @@ Cdb WriteCdb(const PlannedCommand& command) {
   StoreBe32(&cdb[4], command.address);
   StoreBe16(&cdb[8], static_cast<std::uint16_t>(command.sectors));
   cdb[10] = command.flag;
+  return cdb;
+}
+
+Cdb EnhancedAreaCdb(const EnhancedArea& area) {
+  Cdb cdb = VendorCdb(kMakeEnhancedArea);
+  cdb[4] = 1;
+  StoreBe32(&cdb[5], area.first);
+  StoreBe32(&cdb[9], area.second);
   return cdb;
 }
 

@@ -32,6 +32,12 @@ struct StorageChoice {
 inline constexpr std::array<const char*, 5> kStorageNames = {"sf", "dram", "emmc", "spi-nand",
                                                              "parallel-nand"};
 
+// The enhanced area of an eMMC, in numbers whose meaning is the boot code's.
+struct EnhancedArea {
+  std::uint32_t first = 0;
+  std::uint32_t second = 0;
+};
+
 using Cdb = std::array<unsigned char, 16>;
 
 // Throws CallFailure, worded for a camera in ROM boot, when `result` is negative.
@@ -56,6 +62,7 @@ class RomSession {
   // All of these throw CallFailure.
   std::array<unsigned char, 16> Identify() const;
   void Select(const StorageChoice& storage) const;
+  void MakeEnhancedArea(const EnhancedArea& area) const;
   // Reads the selected storage into `bytes`. Any address, any length.
   void Read(std::uint32_t address, std::span<unsigned char> bytes) const;
 
@@ -74,5 +81,6 @@ std::vector<Cdb> DownloadCdbs(std::uint32_t codeSize);
 Cdb SelectCdb(const StorageChoice& storage);
 Cdb ReadCdb(std::uint32_t address, std::uint32_t sectors);
 Cdb WriteCdb(const PlannedCommand& command);
+Cdb EnhancedAreaCdb(const EnhancedArea& area);
 
 }  // namespace zemctl
