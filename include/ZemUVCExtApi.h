@@ -1130,9 +1130,10 @@ ZEM_API ZemResult ZEMUVCEXT_IspCmdWriteMem(const uint8_t* data, int32_t length);
 /**
  * Reads from the processor's memory, 16 bytes an access.
  *
- * @param buffer receives `length` bytes; may be null when the length is 0
+ * @param buffer receives `length` bytes; where a read fails, the place of its piece is written too.
+ *               May be null when the length is 0
  * @param length bytes to read; 0 does nothing
- * @return as ZEMUVCEXT_IspCmdWriteMem; the bytes of the accesses before stay in `buffer`
+ * @return as ZEMUVCEXT_IspCmdWriteMem; the pieces behind the one that failed are untouched
  */
 ZEM_API ZemResult ZEMUVCEXT_IspCmdReadMem(uint8_t* buffer, uint32_t length);
 

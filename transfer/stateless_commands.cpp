@@ -50,12 +50,13 @@ HRESULT ReadMemory(std::uint8_t* buffer, std::uint32_t length) {
   }
   for (std::uint32_t remaining = length; remaining > 0;) {
     Piece piece = {};
-    if (const HRESULT result = ReadBlock(vendor_selector::kMemoryRead, piece, nullptr);
-        result != S_OK) {
-      return result;
-    }
+    const HRESULT result = ReadBlock(vendor_selector::kMemoryRead, piece, nullptr);
+    // Deliberate: copied before the result is looked at.
     const std::uint32_t count = std::min(remaining, kPieceLength);
     buffer = std::copy_n(piece.begin(), count, buffer);
+    if (result != S_OK) {
+      return result;
+    }
     remaining -= count;
   }
   return S_OK;

@@ -60,6 +60,14 @@ std::string HexText(const std::vector<std::uint8_t>& bytes) {
   return text;
 }
 
+std::string Zeros(std::size_t count) {
+  std::string text;
+  for (std::size_t index = 0; index < count; ++index) {
+    text += " 00";
+  }
+  return text;
+}
+
 std::wstring SetLine(HRESULT result, unsigned length, int node) {
   std::array<wchar_t, 100> line = {};
   std::swprintf(line.data(), line.size(), L"[EXT_Set]Node ID = %d, hr = %X, Len:%d\r\n", node,

@@ -33,6 +33,9 @@ std::wstring DisplayName(unsigned vid, unsigned pid, const std::wstring& instanc
 // "0a 10 ff"
 std::string HexText(const std::vector<std::uint8_t>& bytes);
 
+// " 00" as often as told.
+std::string Zeros(std::size_t count);
+
 // Debugger line of a write to the vendor unit of the fixture's camera.
 std::wstring SetLine(HRESULT result, unsigned length, int node = 1);
 

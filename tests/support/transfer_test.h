@@ -18,6 +18,13 @@ Bytes CountingBytes(std::size_t count);
 // end of `data` is zeros.
 std::string ChunkLine(unsigned selector, const Bytes& data, std::size_t offset, std::size_t length);
 
+// A read of the transfer status, and a poll of it, as TakeWire shows them.
+inline constexpr const char* kStatus = "get vendor 5 [8]";
+inline const Lines kPoll = {"drain", "sleep 30", kStatus};
+
+// The same transfer, which has failed.
+inline std::string Failed(const std::string& line) { return line + " failed"; }
+
 // The same lines n times.
 Lines Repeated(std::size_t count, const Lines& lines);
 Lines operator+(Lines left, const Lines& right);

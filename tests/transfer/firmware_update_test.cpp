@@ -1,254 +1,23 @@
-// The update procedures that take a handle: what they send, how they wait, what they return.
+// What sets the update procedures that take a handle apart: their announcements, and the update of
+// the 517x series.
+#include <optional>
+
 #include "tests/support/transfer_test.h"
 
 namespace {
 
-using zem::simulator::Fault;
 using zem::testing::Bytes;
 using zem::testing::ChunkLine;
 using zem::testing::CountingBytes;
-using zem::testing::kFailedTransfer;
+using zem::testing::Failed;
+using zem::testing::kStatus;
 using zem::testing::Lines;
-using zem::testing::Repeated;
 using zem::testing::SetLine;
 using zem::testing::TransferTest;
 using zem::testing::WideLines;
 using zem::testing::operator+;
 
-constexpr const char* kStatus = "get vendor 5 [8]";
 constexpr const char* kProbe = "get vendor 13 [512]";
-constexpr const wchar_t* kFastLine = L"[MSG] Set Speeed:: 512Bytes, CS=0xD, Len=0x200\r\n";
-
-// One read of the status in the poll.
-const Lines kPoll = {"drain", "sleep 30", kStatus};
-// The pause after a burn that is done at once.
-const Lines kGrace = Repeated(10, {"sleep 100", "drain"});
-
-std::string Failed(const std::string& line) { return line + " failed"; }
-
-// What the procedures that poll have in common, run with 600 bytes in two chunks.
-struct Procedure {
-  const char* name;
-  ZemResult (*run)(void* handle, const std::uint8_t* image, std::uint32_t length,
-                   ProgressCallback callback, std::uint64_t user);
-  const char* announce;
-  const char* order;
-  bool stopsWhenSendFails;
-  const wchar_t* errorLine;
-};
-void PrintTo(const Procedure& procedure, std::ostream* out) { *out << procedure.name; }
-
-class PolledUpdateTest : public TransferTest, public ::testing::WithParamInterface<Procedure> {
- protected:
-  ZemResult Run() { return GetParam().run(handle(), image.data(), 600, Report, user()); }
-
-  // The states the device reports one after another, beginning with the one after the announce.
-  void States(const std::vector<std::uint8_t>& states) {
-    for (const std::uint8_t state : states) {
-      vendor().Answer(5, {state, 0, 0, 0, 0, 0, 0, 0});
-    }
-  }
-
-  // The camera takes its time: from one poll to the next ten seconds pass.
-  void PassTenSecondsAPoll() {
-    system().onSleep = [this](std::uint32_t milliseconds) {
-      Note("sleep " + std::to_string(milliseconds));
-      system().clockMilliseconds += 10000 - milliseconds;
-    };
-  }
-
-  // What is sent when nothing fails, up to the burn order.
-  Lines Sent() {
-    return {GetParam().announce,
-            kStatus,
-            kProbe,
-            ChunkLine(13, image, 0, 512),
-            "progress 14",
-            "drain",
-            ChunkLine(13, image, 512, 512),
-            "progress 0",
-            "drain",
-            "drain",
-            GetParam().order};
-  }
-
-  Bytes image = CountingBytes(600);
-};
-
-TEST_P(PolledUpdateTest, AnnouncesSendsOrdersAndPollsUntilDone) {
-  States({0x00, 0x01, 0x81, 0xFF, 0x00});
-  EXPECT_EQ(Run(), 0);
-  EXPECT_EQ(TakeWire(), Sent() + kPoll + kPoll + kPoll + kPoll);
-  EXPECT_EQ(TakeDebuggerLines(),
-            (WideLines{SetLine(0, 8), kFastLine, SetLine(0, 512), SetLine(0, 512), SetLine(0, 8)}));
-  EXPECT_EQ(system().clockMilliseconds, 120U);
-}
-
-TEST_P(PolledUpdateTest, BurnThatIsDoneAtOnceIsGivenOneMoreSecond) {
-  States({0x00, 0x00});
-  EXPECT_EQ(Run(), 0);
-  EXPECT_EQ(TakeWire(), Sent() + kPoll + kGrace);
-  EXPECT_EQ(system().clockMilliseconds, 1030U);
-}
-
-TEST_P(PolledUpdateTest, BurnThatFailsAtOnceIsReportedAtOnce) {
-  States({0x00, 0x82});
-  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-  EXPECT_EQ(TakeWire(), Sent() + kPoll);
-  EXPECT_EQ(TakeDebuggerLines(), (WideLines{SetLine(0, 8), kFastLine, SetLine(0, 512),
-                                            SetLine(0, 512), SetLine(0, 8), GetParam().errorLine}));
-}
-
-TEST_P(PolledUpdateTest, BurnThatFailsLater) {
-  States({0x00, 0x01, 0x82});
-  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-  EXPECT_EQ(TakeWire(), Sent() + kPoll + kPoll);
-  EXPECT_EQ(TakeDebuggerLines().back(), GetParam().errorLine);
-}
-
-TEST_P(PolledUpdateTest, DeviceThatIsNotIdleGetsNoData) {
-  for (const std::uint8_t state : Bytes{0x01, 0x82, 0xFF}) {
-    States({state});
-    EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-    EXPECT_EQ(TakeWire(), (Lines{GetParam().announce, kStatus})) << int{state};
-    EXPECT_EQ(TakeDebuggerLines(), WideLines{SetLine(0, 8)}) << "no message";
-  }
-}
-
-TEST_P(PolledUpdateTest, FailedAnnounce) {
-  handle();
-  FailTransfer(1);
-  EXPECT_EQ(Run(), ZEM_E_NO_DEVICE);
-  EXPECT_EQ(TakeWire(), Lines{Failed(GetParam().announce)});
-}
-
-TEST_P(PolledUpdateTest, StatusThatCannotBeReadAfterTheAnnounceCountsAsIdle) {
-  handle();
-  FailTransfer(2);
-  States({0x00});
-  EXPECT_EQ(Run(), 0);
-  Lines wire = Sent() + kPoll + kGrace;
-  wire[1] = Failed(kStatus);
-  EXPECT_EQ(TakeWire(), wire);
-}
-
-TEST_P(PolledUpdateTest, FailedChunk) {
-  States({0x00, 0x01, 0x00});
-  handle();
-  FailTransfer(5);
-  EXPECT_EQ(Run(), GetParam().stopsWhenSendFails ? ZEM_E_NO_DEVICE : 0);
-  Lines wire = {GetParam().announce,
-                kStatus,
-                kProbe,
-                ChunkLine(13, image, 0, 512),
-                "progress 14",
-                "drain",
-                Failed(ChunkLine(13, image, 512, 512)),
-                "drain"};
-  if (!GetParam().stopsWhenSendFails) {
-    wire = wire + Lines{GetParam().order} + kPoll + kPoll;
-  }
-  EXPECT_EQ(TakeWire(), wire);
-}
-
-TEST_P(PolledUpdateTest, FailedBurnOrder) {
-  handle();
-  FailTransfer(6);
-  EXPECT_EQ(Run(), ZEM_E_NO_DEVICE);
-  Lines wire = Sent();
-  wire.back() = Failed(wire.back());
-  EXPECT_EQ(TakeWire(), wire) << "no poll";
-}
-
-TEST_P(PolledUpdateTest, StatusThatCannotBeReadInThePollCountsAsBusy) {
-  States({0x00, 0x00});
-  handle();
-  FailTransfer(7);
-  EXPECT_EQ(Run(), 0);
-  Lines wire = Sent() + kPoll + kPoll;
-  wire[wire.size() - 4] = Failed(kStatus);
-  EXPECT_EQ(TakeWire(), wire) << "and the second is not the first poll: no more seconds";
-}
-
-TEST_P(PolledUpdateTest, BurnThatNeverEndsIsGivenUpAfterTenMinutes) {
-  PassTenSecondsAPoll();
-  vendor().Answer(5, {0});
-  vendor().AlwaysAnswer(5, {0x01, 0, 0, 0, 0, 0, 0, 0});
-  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-  EXPECT_EQ(TakeWire(), Sent() + Repeated(60, kPoll));
-  EXPECT_EQ(TakeDebuggerLines().back(), L"[ERR] Burning does not end.\r\n");
-}
-
-TEST_P(PolledUpdateTest, BurnThatEndsInTheLastSecondsIsASuccess) {
-  PassTenSecondsAPoll();
-  States({0x00});
-  States(Bytes(59, 0x01));
-  States({0x00});
-  EXPECT_EQ(Run(), 0);
-  EXPECT_EQ(system().clockMilliseconds, 600000U);
-}
-
-TEST_P(PolledUpdateTest, CameraThatIsUnpluggedDuringTheBurnIsGivenUpAfterTenMinutes) {
-  PassTenSecondsAPoll();
-  States({0x00, 0x01});
-  handle();
-  camera().AddFault({Fault::Kind::kUnplug, 8, 1, 0});
-  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-  EXPECT_EQ(system().clockMilliseconds, 600000U);
-  EXPECT_EQ(TakeDebuggerLines().back(), L"[ERR] Burning does not end.\r\n");
-}
-
-TEST_P(PolledUpdateTest, TenMinutesArePassedByAClockThatWraps) {
-  PassTenSecondsAPoll();
-  system().clockMilliseconds = 0xFFFFFFFFU - 15000;
-  vendor().Answer(5, {0});
-  vendor().AlwaysAnswer(5, {0x01, 0, 0, 0, 0, 0, 0, 0});
-  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-  EXPECT_EQ(system().sleeps.size(), 60U);
-}
-
-TEST_P(PolledUpdateTest, WithoutACallback) {
-  States({0x00, 0x01, 0x00});
-  EXPECT_EQ(GetParam().run(handle(), image.data(), 600, nullptr, 0), 0);
-  EXPECT_EQ(system().queueDrains, 1 + 2);
-}
-
-TEST_P(PolledUpdateTest, NullHandleAndNullImage) {
-  EXPECT_EQ(GetParam().run(nullptr, image.data(), 600, Report, user()), ZEM_E_NO_DEVICE);
-  EXPECT_EQ(GetParam().run(handle(), nullptr, 600, Report, user()), ZEM_E_REFUSED);
-  EXPECT_EQ(TakeWire(), Lines());
-}
-
-TEST_P(PolledUpdateTest, EmptyImage) {
-  States({0x00, 0x01, 0x00});
-  EXPECT_EQ(GetParam().run(handle(), nullptr, 0, Report, user()), 0);
-  const Lines wire = TakeWire();
-  ASSERT_EQ(wire.size(), 5 + 2 * 3U);
-  EXPECT_EQ(wire[2], kProbe);
-  EXPECT_EQ(wire[3], "drain");
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Procedures, PolledUpdateTest,
-    ::testing::Values(
-        Procedure{"FW516x",
-                  [](void* handle, const std::uint8_t* image, std::uint32_t length,
-                     ProgressCallback callback, std::uint64_t user) {
-                    return ZEMAPI_UpdateFW_516x(handle, image, length, callback, user, 0xA7);
-                  },
-                  "set vendor 4: 01 00 03 00 00 04 00 00", "set vendor 4: 01 01 03 a7 00 04 00 00",
-                  true, L"[ERR] Firmware burning error.\r\n"},
-        Procedure{"Flash",
-                  [](void* handle, const std::uint8_t* image, std::uint32_t length,
-                     ProgressCallback callback, std::uint64_t user) {
-                    return ZEMAPI_UpdateFlash(handle, image, length, callback, user, 0xA7, 0xB8);
-                  },
-                  "set vendor 4: 01 00 a7 b8 58 02 00 00", "set vendor 4: 01 01 a7 b8 58 02 00 00",
-                  false, L"[ERR] Flash data burning error\r\n"},
-        Procedure{"CaliData", ZEMAPI_UpdateCaliData, "set vendor 4: 01 00 03 05 00 00 00 00",
-                  "set vendor 4: 01 01 03 05 00 00 00 00", false,
-                  L"[ERR] Calibration data burning error.\r\n"}),
-    [](const auto& parameters) { return parameters.param.name; });
 
 class FirmwareUpdateTest : public TransferTest {
  protected:
@@ -401,32 +170,50 @@ TEST_F(Update517xTest, WhateverRegisterAccessFailsTheUpdateIsRun) {
   }
 }
 
-TEST_F(Update517xTest, FailedAnnounceAndDeviceThatIsNotIdle) {
-  handle();
-  FailTransfer(3);
-  EXPECT_EQ(Run(), ZEM_E_NO_DEVICE);
-  EXPECT_EQ(TakeWire().size(), 3U);
+TEST_F(Update517xTest, DeviceThatIsNotIdleGetsNoData) {
   vendor().Answer(5, {1});
   EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-  EXPECT_EQ(TakeWire().size(), 4U);
+  EXPECT_EQ(TakeWire(), (Lines{ReadOf("00 69"), "get vendor 2 [8]",
+                               "set vendor 4: 01 00 03 00 00 00 00 00", kStatus}));
 }
 
-TEST_F(Update517xTest, FailedChunkIsNoFailure) {
+TEST_F(Update517xTest, OneFailureBehindTheRegisters) {
+  // The mode's register takes the first two transfers. The lines of the others, from which on an
+  // update goes on, and how it ends; nothing where no more is sent.
+  const struct {
+    std::size_t line;
+    std::optional<std::size_t> goesOnAt;
+    ZemResult result;
+  } kOutcomes[] = {{0, std::nullopt, ZEM_E_NO_DEVICE},  // announcement
+                   {1, 2, 0},                           // status: looks like an idle camera
+                   {2, 3, 0},                           // probe
+                   {3, 9, 0},                           // chunks: the burn is ordered all the same
+                   {6, 9, 0},
+                   {10, std::nullopt, ZEM_E_NO_DEVICE},  // order
+                   {31, 32, ZEM_E_DEVICE_REFUSED}};      // the one look
+  MakeSlow();
+  image.resize(64);
+  Lines update = Update();
+  update[2] = Failed(kProbe);
+  update[3] = ChunkLine(3, image, 0, 32);
+  update[6] = ChunkLine(3, image, 32, 32);
+  ASSERT_EQ(update.size(), 32U);
   handle();
-  FailTransfer(6);
-  EXPECT_EQ(Run(), 0);
-  const Lines wire = TakeWire();
-  EXPECT_EQ(wire[5], Failed(ChunkLine(13, image, 0, 512)));
-  EXPECT_EQ(wire[6], "drain");
-  EXPECT_EQ(wire[7], "set vendor 4: 01 01 03 00 00 00 00 00");
-}
-
-TEST_F(Update517xTest, FailedBurnOrder) {
-  handle();
-  FailTransfer(8);
-  EXPECT_EQ(Run(), ZEM_E_NO_DEVICE);
-  EXPECT_EQ(TakeWire().back(), "set vendor 4: 01 01 03 00 00 00 00 00 failed");
-  EXPECT_EQ(system().sleeps.size(), 0U);
+  std::uint32_t failing = 2;
+  for (const auto& [line, goesOnAt, result] : kOutcomes) {
+    SCOPED_TRACE(++failing);
+    FailTransfer(failing);
+    EXPECT_EQ(ZEMAPI_UpdateFW_517x(handle(), image.data(), 64, Report, user()), result);
+    const auto at = [&update](std::size_t index) {
+      return update.begin() + static_cast<std::ptrdiff_t>(index);
+    };
+    Lines wanted = Lines{ReadOf("00 69"), "get vendor 2 [8]"} + Lines(at(0), at(line)) +
+                   Lines{line == 2 ? update[2] : Failed(update[line])};
+    if (goesOnAt) {
+      wanted = wanted + Lines(at(*goesOnAt), update.end());
+    }
+    EXPECT_EQ(TakeWire(), wanted);
+  }
 }
 
 TEST_F(Update517xTest, WhatIsNotDoneAfterFiveSecondsHasFailedWithoutAMessage) {
@@ -438,12 +225,6 @@ TEST_F(Update517xTest, WhatIsNotDoneAfterFiveSecondsHasFailedWithoutAMessage) {
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ(lines.back(), SetLine(0, 8));
   }
-}
-
-TEST_F(Update517xTest, FinalStatusThatCannotBeReadIsNoSuccess) {
-  handle();
-  FailTransfer(9);
-  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
 }
 
 TEST_F(Update517xTest, CallbackIsNeeded) {

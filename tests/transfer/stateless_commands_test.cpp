@@ -1,4 +1,5 @@
 // Commands without a handle: bytes, decoding, results, and how often the camera is opened.
+#include <algorithm>
 #include <array>
 #include <functional>
 
@@ -324,6 +325,9 @@ TEST_F(StatelessMemoryTest, WriteStopsAfterThePieceThatTakesTheRest) {
   EXPECT_EQ(TakeWire().size(), 2U);
   EXPECT_EQ(ZEMUVCEXT_IspCmdWriteMem(data.data(), 16), 0);
   EXPECT_EQ(TakeWire(), Lines{kPiece});
+  EXPECT_EQ(ZEMUVCEXT_IspCmdWriteMem(data.data(), 17), 0);
+  EXPECT_EQ(TakeWire(),
+            (Lines{kPiece, "set vendor 9: 11 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"}));
 }
 
 TEST_F(StatelessMemoryTest, NegativeLengthSendsOneWholePiece) {
@@ -364,6 +368,8 @@ TEST_F(StatelessMemoryTest, ReadFetchesPiecesOf16) {
   EXPECT_EQ(TakeOpenings(), 2U);
   EXPECT_EQ(ZEMUVCEXT_IspCmdReadMem(buffer.data(), 16), 0);
   EXPECT_EQ(TakeWire().size(), 1U);
+  EXPECT_EQ(ZEMUVCEXT_IspCmdReadMem(buffer.data(), 17), 0);
+  EXPECT_EQ(TakeWire().size(), 2U);
 }
 
 TEST_F(StatelessMemoryTest, FailureOfAnyPieceIsReturnedAsItIsAndEndsTheRead) {
@@ -373,9 +379,11 @@ TEST_F(StatelessMemoryTest, FailureOfAnyPieceIsReturnedAsItIsAndEndsTheRead) {
     Bytes buffer(40, 0x5A);
     EXPECT_EQ(ZEMUVCEXT_IspCmdReadMem(buffer.data(), 40), kFailedTransfer) << k;
     Bytes expected(std::size_t{16} * (k - 1), 0xA1);
+    expected.resize(std::min(std::size_t{16} * k, std::size_t{40}), 0);
     expected.resize(40, 0x5A);
-    EXPECT_EQ(buffer, expected) << k;
+    EXPECT_EQ(buffer, expected) << k << ": zeros where the failing piece belongs";
     EXPECT_EQ(TakeWire().size(), k);
+    EXPECT_EQ(TakeOpenings(), k);
   }
 }
 

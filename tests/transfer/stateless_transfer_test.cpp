@@ -7,7 +7,10 @@ using zem::simulator::Fault;
 using zem::testing::Bytes;
 using zem::testing::ChunkLine;
 using zem::testing::CountingBytes;
+using zem::testing::Failed;
 using zem::testing::kFailedTransfer;
+using zem::testing::kPoll;
+using zem::testing::kStatus;
 using zem::testing::Lines;
 using zem::testing::Repeated;
 using zem::testing::SetLine;
@@ -15,12 +18,7 @@ using zem::testing::TransferTest;
 using zem::testing::WideLines;
 using zem::testing::operator+;
 
-constexpr const char* kStatus = "get vendor 5 [8]";
 constexpr const char* kProbe = "get vendor 3 [64]";
-
-const Lines kPoll = {"drain", "sleep 30", kStatus};
-
-std::string Failed(const std::string& line) { return line + " failed"; }
 
 class StatelessTransferTest : public TransferTest {
  protected:
@@ -183,185 +181,40 @@ TEST_F(StatelessReadTest, NoCameraAndNullPointers) {
   EXPECT_EQ(Read(4), ZEM_E_NO_DEVICE);
 }
 
-// What the procedures have in common, run with 100 bytes.
-struct Procedure {
-  const char* name;
-  ZemResult (*run)(const std::uint8_t* image, std::uint32_t length, ProgressCallback callback,
-                   std::uint64_t user);
-  const char* announce;
-  const char* order;
-  bool stopsWhenSendFails;
-  std::size_t graceTenths;
-};
-void PrintTo(const Procedure& procedure, std::ostream* out) { *out << procedure.name; }
-
-const Procedure kWithProgress = {"WithProgress",
-                                 ZEMUVCEXT_UpdateFW_with_progress,
-                                 "set vendor 4: 01 00 00 00 00 00 00 00",
-                                 "set vendor 4: 01 01 00 00 00 00 00 00",
-                                 true,
-                                 80};
-const Procedure kWithProgressEx = {"WithProgressEx",
-                                   ZEMUVCEXT_UpdateFW_with_progressEx,
-                                   "set vendor 4: 01 00 00 01 00 00 00 00",
-                                   "set vendor 4: 01 01 00 01 00 00 00 00",
-                                   false,
-                                   10};
-const Procedure kVision = {"Vision",
-                           [](const std::uint8_t* image, std::uint32_t length,
-                              ProgressCallback callback, std::uint64_t user) {
-                             return ZEMUVCEXT_UpdateFW_Vision(image, length, 0xA7, callback, user);
-                           },
-                           "set vendor 4: 01 00 a7 00 00 00 00 00",
-                           "set vendor 4: 01 01 a7 00 00 00 00 00",
-                           false,
-                           0};
-
+// The updates, but for what they have in common with those that take a handle.
 class StatelessUpdateTest : public StatelessTransferTest,
-                            public ::testing::WithParamInterface<Procedure> {
- protected:
-  ZemResult Run() { return GetParam().run(image.data(), 100, Report, user()); }
-
-  void States(const Bytes& states) {
-    for (const std::uint8_t state : states) {
-      vendor().Answer(5, {state, 0, 0, 0, 0, 0, 0, 0});
-    }
-  }
-
-  // What is sent when nothing fails, up to the burn order.
-  Lines Sent() {
-    return {GetParam().announce,
-            kStatus,
-            kProbe,
-            "sleep 300",
-            ChunkLine(3, image, 0, 64),
-            "progress 36",
-            "drain",
-            ChunkLine(3, image, 64, 64),
-            "progress 0",
-            "drain",
-            "drain",
-            GetParam().order};
-  }
-};
-
-TEST_P(StatelessUpdateTest, FailedAnnounce) {
-  FailTransfer(1);
-  EXPECT_EQ(Run(), ZEM_E_NO_DEVICE);
-  EXPECT_EQ(TakeWire(), Lines{Failed(GetParam().announce)});
-  ListNothing();
-  EXPECT_EQ(Run(), ZEM_E_NO_DEVICE);
-  EXPECT_EQ(TakeWire(), Lines());
-}
-
-TEST_P(StatelessUpdateTest, DeviceThatIsNotIdleGetsNoData) {
-  for (const std::uint8_t state : Bytes{0x01, 0x82, 0xFF}) {
-    States({state});
-    EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-    EXPECT_EQ(TakeWire(), (Lines{GetParam().announce, kStatus}));
-    EXPECT_EQ(TakeOpenings(), 2U);
-  }
-}
-
-TEST_P(StatelessUpdateTest, FailedChunk) {
-  States({0, 1, 0});
-  FailTransfer(4);
-  // The last of the three looks once, and sees a busy camera.
-  const ZemResult wanted = GetParam().stopsWhenSendFails ? ZEM_E_NO_DEVICE
-                           : GetParam().graceTenths != 0 ? 0
-                                                         : ZEM_E_DEVICE_REFUSED;
-  EXPECT_EQ(Run(), wanted);
-  const Lines wire = TakeWire();
-  EXPECT_EQ(Lines(wire.begin(), wire.begin() + 6),
-            (Lines{GetParam().announce, kStatus, kProbe, "sleep 300",
-                   Failed(ChunkLine(3, image, 0, 64)), "drain"}));
-  if (GetParam().stopsWhenSendFails) {
-    EXPECT_EQ(wire.size(), 6U);
-  } else {
-    ASSERT_GT(wire.size(), 6U);
-    EXPECT_EQ(wire[6], GetParam().order);
-  }
-}
-
-TEST_P(StatelessUpdateTest, FailedBurnOrder) {
-  FailTransfer(6);
-  EXPECT_EQ(Run(), ZEM_E_NO_DEVICE);
-  Lines wire = Sent();
-  wire.back() = Failed(wire.back());
-  EXPECT_EQ(TakeWire(), wire);
-}
+                            public ::testing::WithParamInterface<ZemResult (*)(
+                                const std::uint8_t* image, std::uint32_t length,
+                                ProgressCallback callback, std::uint64_t user)> {};
 
 TEST_P(StatelessUpdateTest, EachAccessButTheDataOpensTheCamera) {
-  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(GetParam()(image.data(), 100, Report, user()), 0);
   EXPECT_EQ(TakeOpenings(), 5U) << "announce, status, data, order, status";
   EXPECT_EQ(system().comUninitializations, 0);
 }
 
 TEST_P(StatelessUpdateTest, LengthThatIsNegativeAsASignedNumberSendsNothing) {
-  EXPECT_EQ(GetParam().run(image.data(), 0x80000000, Report, user()), 0);
+  EXPECT_EQ(GetParam()(image.data(), 0x80000000, Report, user()), 0);
   const Lines wire = TakeWire();
   ASSERT_GT(wire.size(), 6U);
-  EXPECT_EQ(Lines(wire.begin(), wire.begin() + 6),
-            (Lines{GetParam().announce, kStatus, kProbe, "sleep 300", "drain", GetParam().order}));
+  EXPECT_EQ(Lines(wire.begin() + 1, wire.begin() + 5),
+            (Lines{kStatus, kProbe, "sleep 300", "drain"}));
 }
 
-TEST_P(StatelessUpdateTest, NullImage) {
-  EXPECT_EQ(GetParam().run(nullptr, 1, Report, user()), ZEM_E_REFUSED);
+TEST_P(StatelessUpdateTest, NullImageOpensNothing) {
+  EXPECT_EQ(GetParam()(nullptr, 1, Report, user()), ZEM_E_REFUSED);
   EXPECT_EQ(TakeOpenings(), 0U);
-  EXPECT_EQ(GetParam().run(nullptr, 0, Report, user()), 0);
+  EXPECT_EQ(GetParam()(nullptr, 0, Report, user()), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Procedures, StatelessUpdateTest,
-                         ::testing::Values(kWithProgress, kWithProgressEx, kVision),
-                         [](const auto& parameters) { return parameters.param.name; });
-
-class StatelessPolledUpdateTest : public StatelessUpdateTest {};
-
-TEST_P(StatelessPolledUpdateTest, AnnouncesSendsOrdersAndPollsUntilDone) {
-  States({0x00, 0x01, 0x81, 0x00});
-  EXPECT_EQ(Run(), 0);
-  EXPECT_EQ(TakeWire(), Sent() + kPoll + kPoll + kPoll);
-  EXPECT_EQ(TakeDebuggerLines(),
-            (WideLines{SetLine(0, 8), SetLine(0, 64), SetLine(0, 64), SetLine(0, 8)}));
-}
-
-TEST_P(StatelessPolledUpdateTest, BurnThatIsDoneAtOnceIsGivenMoreTime) {
-  States({0x00, 0x00});
-  EXPECT_EQ(Run(), 0);
-  EXPECT_EQ(TakeWire(), Sent() + kPoll + Repeated(GetParam().graceTenths, {"sleep 100", "drain"}));
-}
-
-TEST_P(StatelessPolledUpdateTest, FailedBurn) {
-  States({0x00, 0x01, 0x82});
-  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-  EXPECT_EQ(TakeWire(), Sent() + kPoll + kPoll);
-  EXPECT_EQ(TakeDebuggerLines().back(), L"[ERR] Firmware burning error\r\n");
-}
-
-TEST_P(StatelessPolledUpdateTest, StatusThatCannotBeReadCountsAsBusy) {
-  States({0x00, 0x00});
-  FailTransfer(7);
-  EXPECT_EQ(Run(), 0);
-  Lines wire = Sent() + kPoll + kPoll;
-  wire[wire.size() - 4] = Failed(kStatus);
-  EXPECT_EQ(TakeWire(), wire);
-}
-
-TEST_P(StatelessPolledUpdateTest, CameraThatIsUnpluggedDuringTheBurnIsGivenUpAfterTenMinutes) {
-  States({0x00, 0x01});
-  system().onSleep = [this](std::uint32_t milliseconds) {
-    system().clockMilliseconds += 10000 - milliseconds;
-  };
-  camera().AddFault({Fault::Kind::kUnplug, 8, 1, 0});
-  camera().SetUnplugObserver([this] { ListNothing(); });
-  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
-  EXPECT_EQ(TakeDebuggerLines().back(), L"[ERR] Burning does not end.\r\n");
-  EXPECT_EQ(system().sleeps.size(), 1 + 60U);
-}
-
-INSTANTIATE_TEST_SUITE_P(Procedures, StatelessPolledUpdateTest,
-                         ::testing::Values(kWithProgress, kWithProgressEx),
-                         [](const auto& parameters) { return parameters.param.name; });
+INSTANTIATE_TEST_SUITE_P(Updates, StatelessUpdateTest,
+                         ::testing::Values(ZEMUVCEXT_UpdateFW_with_progress,
+                                           ZEMUVCEXT_UpdateFW_with_progressEx,
+                                           [](const std::uint8_t* image, std::uint32_t length,
+                                              ProgressCallback callback, std::uint64_t user) {
+                                             return ZEMUVCEXT_UpdateFW_Vision(image, length, 1,
+                                                                              callback, user);
+                                           }));
 
 TEST_F(StatelessTransferTest, UpdateWithoutACallbackIsDoneAfterEightSeconds) {
   EXPECT_EQ(ZEMUVCEXT_UpdateFW(image.data(), 100), 0);

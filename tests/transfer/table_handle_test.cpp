@@ -15,14 +15,7 @@ using zem::testing::MemoryExhausted;
 using zem::testing::TableTest;
 using zem::testing::ThreeTables;
 using zem::testing::WideLines;
-
-std::string Zeros(std::size_t count) {
-  std::string text;
-  for (std::size_t index = 0; index < count; ++index) {
-    text += " 00";
-  }
-  return text;
-}
+using zem::testing::Zeros;
 
 class TableHandleTest : public TableTest {
  protected:
@@ -208,20 +201,6 @@ TEST_F(TableHandleTest, WriteTableExOfALongTableTakesSeveralPieces) {
                                "set vendor 16: 2c 00 0f"
                                " c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0 c0"
                                " c0 c0 c0 c0 c0 c0 c0 c0 c0"}));
-}
-
-TEST_F(TableHandleTest, WriteTableExIgnoresTheFailureOfEachPiece) {
-  Store(ThreeTables());
-  for (std::uint32_t failing = 1; failing <= 2; ++failing) {
-    SCOPED_TRACE(failing);
-    const Bytes data(40, static_cast<std::uint8_t>(failing));
-    table();
-    FailTransfer(failing);
-    EXPECT_EQ(ZEMAPI_WriteTableEx(handle(), table(), 0x30, data.data(), 40, &longSize), 0);
-    EXPECT_EQ(longSize, 40U);
-    EXPECT_EQ(TakeWire().size(), failing);
-    EXPECT_EQ(Bytes(table() + 19, table() + 59), data) << "the handle has the new table";
-  }
 }
 
 TEST_F(TableHandleTest, WriteTableExWithoutADeviceChangesTheHandleOnly) {

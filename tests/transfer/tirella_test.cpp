@@ -12,17 +12,10 @@ using zem::testing::kUnknownControl;
 using zem::testing::Lines;
 using zem::testing::SetLine;
 using zem::testing::WideLines;
+using zem::testing::Zeros;
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::uint32_t kUntouched = 0xDEADBEEF;
-
-std::string Zeros(std::size_t count) {
-  std::string text;
-  for (std::size_t index = 0; index < count; ++index) {
-    text += " 00";
-  }
-  return text;
-}
 
 class TirellaTest : public DeviceTest {
  protected:
