@@ -37,8 +37,8 @@ HRESULT Send(const CommandBlock& command);
 HRESULT GetChipInfo(IBaseFilter* filter, std::uint8_t* info);
 
 // Memory of the processor, 16 bytes an access. Any result of an access but 0 ends the transfer and
-// is returned as it is; the piece of a read that ended so is handed out all the same, with zeros for
-// what was not read.
+// is returned as it is; the piece of a read that ended so is handed out all the same, with zeros
+// for what was not read.
 HRESULT WriteMemory(const std::uint8_t* data, std::int32_t length);
 HRESULT ReadMemory(std::uint8_t* buffer, std::uint32_t length);
 
