@@ -76,11 +76,6 @@ std::vector<std::uint8_t> ParseOne(const ordered_json& object) {
   return bytes;
 }
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
 }  // namespace
 
 void LoadBytes(const KeptMemory& memory, const std::string& name,
@@ -117,7 +112,7 @@ KeptMemory ParseKeptMemory(const std::string& text) {
 }
 
 KeptMemory ReadStateFile(const std::string& path) {
-  const File file(OpenUtf8(path, "rb"));
+  const File file = OpenUtf8(path, "rb");
   if (file == nullptr && errno == ENOENT) {
     return {};
   }
@@ -145,7 +140,7 @@ void WriteStateFile(const std::string& path, const KeptMemory& memory) {
   // Written beside it first: a run that is stopped half way leaves the old file.
   const std::string fresh = path + ".new";
   const std::string text = FormatKeptMemory(memory);
-  File file(OpenUtf8(fresh, "wb"));
+  File file = OpenUtf8(fresh, "wb");
   bool written =
       file != nullptr && std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
   written = file != nullptr && std::fclose(file.release()) == 0 && written;

@@ -5,6 +5,8 @@
 #include <memory>
 #include <stdexcept>
 
+#include "simulator/utf8_files.h"
+
 namespace zem::simulator {
 
 bool Storage::Read(std::uint64_t address, std::span<std::uint8_t> data) const {
@@ -35,12 +37,6 @@ void Storage::Erase() {
 
 namespace {
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-File OpenBinary(const std::string& path, const char* mode) {
-  return {std::fopen(path.c_str(), mode), &std::fclose};
-}
-
 bool WriteAt(std::FILE* file, std::uint64_t address, std::span<const std::uint8_t> data) {
   return std::fseek(file, static_cast<long>(address), SEEK_SET) == 0 &&
          std::fwrite(data.data(), 1, data.size(), file) == data.size() && std::fflush(file) == 0;
@@ -50,10 +46,10 @@ bool WriteAt(std::FILE* file, std::uint64_t address, std::span<const std::uint8_
 
 void KeepInFile(Storage& storage, const std::string& path) {
   std::vector<std::uint8_t> content(storage.bytes().size(), Storage::kErased);
-  if (const File existing = OpenBinary(path, "rb")) {
+  if (const File existing = OpenUtf8(path, "rb")) {
     static_cast<void>(std::fread(content.data(), 1, content.size(), existing.get()));
   }
-  const std::shared_ptr<std::FILE> file = OpenBinary(path, "wb");
+  const std::shared_ptr<std::FILE> file = OpenUtf8(path, "wb");
   if (!file || !WriteAt(file.get(), 0, content)) {
     throw std::runtime_error("the storage file \"" + path + "\" cannot be written");
   }

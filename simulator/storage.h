@@ -37,7 +37,7 @@ class Storage {
   Observer observer_;
 };
 
-// Keeps the storage in a file (a path for the C runtime): what the file holds becomes the storage's
+// Keeps the storage in a file (a path in UTF-8): what the file holds becomes the storage's
 // content, cut or filled with erased bytes, and every later write goes to the file at once. Throws
 // std::runtime_error for a file that can neither be opened nor created.
 void KeepInFile(Storage& storage, const std::string& path);

@@ -2,26 +2,16 @@
 
 #ifdef _WIN32
 #include <windows.h>
+
+#include "simulator/windows/wide_text.h"
 #endif
 
 namespace zem::simulator {
 
 #ifdef _WIN32
 
-namespace {
-
-std::wstring Widen(const std::string& text) {
-  const int length = static_cast<int>(text.size());
-  const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
-  std::wstring wide(static_cast<std::size_t>(size), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), size);
-  return wide;
-}
-
-}  // namespace
-
-std::FILE* OpenUtf8(const std::string& path, const char* mode) {
-  return _wfopen(Widen(path).c_str(), Widen(mode).c_str());
+File OpenUtf8(const std::string& path, const char* mode) {
+  return File(_wfopen(Widen(path).c_str(), Widen(mode).c_str()));
 }
 
 bool ReplaceUtf8(const std::string& from, const std::string& to) {
@@ -30,8 +20,8 @@ bool ReplaceUtf8(const std::string& from, const std::string& to) {
 
 #else
 
-std::FILE* OpenUtf8(const std::string& path, const char* mode) {
-  return std::fopen(path.c_str(), mode);
+File OpenUtf8(const std::string& path, const char* mode) {
+  return File(std::fopen(path.c_str(), mode));
 }
 
 bool ReplaceUtf8(const std::string& from, const std::string& to) {

@@ -15,6 +15,7 @@
 #include "simulator/windows/ZemSimulator.h"
 #include "simulator/windows/registration.h"
 #include "simulator/windows/volume_hooks.h"
+#include "simulator/windows/wide_text.h"
 
 namespace zem::simulator {
 namespace {
@@ -46,14 +47,6 @@ std::wstring ModulePath() {
   std::array<wchar_t, MAX_PATH> path = {};
   GetModuleFileNameW(thisModule, path.data(), static_cast<DWORD>(path.size()));
   return path.data();
-}
-
-std::wstring Widen(const std::string& text) {
-  const int length = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, nullptr, 0);
-  std::wstring wide(static_cast<std::size_t>(length), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), length);
-  wide.resize(wide.size() - 1);
-  return wide;
 }
 
 // The part of a real camera's device path that its display name and path share.

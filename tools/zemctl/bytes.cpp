@@ -82,14 +82,6 @@ std::string Narrow(const std::wstring& text) {
   return narrow;
 }
 
-std::wstring Widen(const std::string& text) {
-  const int length = static_cast<int>(text.size());
-  const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
-  std::wstring wide(static_cast<std::size_t>(size), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), size);
-  return wide;
-}
-
 std::string GuidText(const GUID& id) {
   std::array<wchar_t, 64> text = {};
   StringFromGUID2(id, text.data(), static_cast<int>(text.size()));

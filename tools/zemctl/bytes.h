@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "include/ZemUVCExtApi.h"
+#include "simulator/windows/wide_text.h"
 
 namespace zemctl {
 
@@ -25,7 +26,7 @@ std::vector<unsigned char> ParseBlock(const std::vector<std::string>& words, std
 
 // UTF-16 to UTF-8 and back.
 std::string Narrow(const std::wstring& text);
-std::wstring Widen(const std::string& text);
+using zem::simulator::Widen;
 
 // "{23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}"
 std::string GuidText(const GUID& id);

@@ -1,0 +1,15 @@
+#include "simulator/windows/wide_text.h"
+
+#include <windows.h>
+
+namespace zem::simulator {
+
+std::wstring Widen(const std::string& text) {
+  const int length = static_cast<int>(text.size());
+  const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(size), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), size);
+  return wide;
+}
+
+}  // namespace zem::simulator
