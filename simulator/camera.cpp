@@ -49,7 +49,7 @@ void Camera::Unplug() {
 }
 
 KeptMemory Camera::SaveMemory() const {
-  KeptMemory memory;
+  KeptMemory memory = loadedMemory_;
   for (const auto& unit : nodes_) {
     if (unit != nullptr) {
       unit->SaveMemory(memory);
@@ -67,6 +67,7 @@ void Camera::Settle() {
 }
 
 void Camera::LoadMemory(const KeptMemory& memory) {
+  loadedMemory_ = memory;
   for (const auto& unit : nodes_) {
     if (unit != nullptr) {
       unit->LoadMemory(memory);

@@ -98,7 +98,8 @@ class Camera {
 
   void AddFault(const Fault& fault) { faults_.push_back(fault); }
 
-  // All units'; a camera that is gone does nothing more.
+  // All units'; a camera that is gone does nothing more. What was loaded and belongs to no unit of
+  // this camera is saved as it was.
   KeptMemory SaveMemory() const;
   void LoadMemory(const KeptMemory& memory);
   void Settle();
@@ -158,6 +159,7 @@ class Camera {
   std::vector<Fault> faults_;
   std::function<void(const Transfer&)> observer_;
   std::function<void()> unplugObserver_;
+  KeptMemory loadedMemory_;
   std::uint32_t transfers_ = 0;
   bool unplugged_ = false;
 };

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -116,6 +117,63 @@ TEST(KeptMemoryTest, CamerasOfAStateFileGoOnWhereTheyStopped) {
   set(*camera, {1, 0x10, 0x00, 0x00, 0x0E, 0x00, 0x20, 0x00});
   EXPECT_EQ(camera->Get(2, 11, chunk, moved), zem::simulator::Outcome::kDone);
   EXPECT_EQ(chunk, Bytes(32, 0x5A));
+}
+
+// Reads bytes of the TIRELLA unit's memory, or writes them.
+Bytes ReadTirella(zem::simulator::Camera& camera, std::uint8_t address, std::uint8_t count) {
+  Bytes block(32);
+  block[0] = address;
+  block[2] = static_cast<std::uint8_t>(0x80 | count);
+  EXPECT_EQ(camera.Set(3, 4, block), zem::simulator::Outcome::kDone);
+  std::uint32_t moved = 0;
+  EXPECT_EQ(camera.Get(3, 4, block, moved), zem::simulator::Outcome::kDone);
+  return {block.begin() + 3, block.begin() + 3 + count};
+}
+
+void WriteTirella(zem::simulator::Camera& camera, std::uint8_t address, const Bytes& bytes) {
+  Bytes block(32);
+  block[0] = address;
+  block[2] = static_cast<std::uint8_t>(bytes.size());
+  std::copy(bytes.begin(), bytes.end(), block.begin() + 3);
+  EXPECT_EQ(camera.Set(3, 4, block), zem::simulator::Outcome::kDone);
+}
+
+TEST(KeptMemoryTest, MemoryOfTheTirellaUnitIsKept) {
+  const StatePath path;
+  zem::simulator::CameraOptions options;
+  options.stateFile = path.text();
+  options.tirellaUnit = true;
+  auto camera = MakeCamera(options);
+  EXPECT_EQ(ReadTirella(*camera, 254, 2), (Bytes{0xFF, 0xFF})) << "fresh from the factory";
+  WriteTirella(*camera, 0, {0xA1});
+  WriteTirella(*camera, 254, {0xB1, 0xB2});
+  SaveState(options, *camera);
+  const Bytes kept = ReadStateFile(path.text()).at("tirellaNvmem");
+  ASSERT_EQ(kept.size(), 256U);
+  EXPECT_EQ(kept[0], 0xA1);
+  EXPECT_EQ(kept[1], 0xFF);
+  EXPECT_EQ(kept[255], 0xB2);
+  camera = MakeCamera(options);
+  EXPECT_EQ(ReadTirella(*camera, 0, 2), (Bytes{0xA1, 0xFF}));
+  EXPECT_EQ(ReadTirella(*camera, 254, 2), (Bytes{0xB1, 0xB2}));
+}
+
+TEST(KeptMemoryTest, MemoryOfAUnitThatOneRunLacksIsKeptForTheNext) {
+  const StatePath path;
+  zem::simulator::CameraOptions options;
+  options.stateFile = path.text();
+  options.tirellaUnit = true;
+  auto camera = MakeCamera(options);
+  WriteTirella(*camera, 7, {0xA1, 0xA2});
+  SaveState(options, *camera);
+
+  zem::simulator::CameraOptions without = options;
+  without.tirellaUnit = false;
+  camera = MakeCamera(without);
+  SaveState(without, *camera);
+
+  camera = MakeCamera(options);
+  EXPECT_EQ(ReadTirella(*camera, 7, 2), (Bytes{0xA1, 0xA2}));
 }
 
 }  // namespace

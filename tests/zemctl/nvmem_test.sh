@@ -38,6 +38,11 @@ expect 0 'data:    ff ff' "${tirella[@]}" nvmem read 254 2 --unit tirella
 expect 2 "the memory's addresses end at 0x00FF" "${tirella[@]}" nvmem read 255 2 --unit tirella
 expect 0 'written and compared: yes' "${tirella[@]}" --yes nvmem write 0 --input $work/zeros \
   --unit tirella
+rm -f $work/state.json
+expect 0 'written and compared: yes' "${tirella[@]}" --state $work/state.json --yes \
+  nvmem write 0 --input $work/zeros --unit tirella
+expect 0 'firmware version' $sim --state $work/state.json info
+expect 0 'data:    00 00' "${tirella[@]}" --state $work/state.json nvmem read 254 2 --unit tirella
 expect 2 'is written whole' "${tirella[@]}" --yes nvmem write 0 --input $work/three --unit tirella
 expect 8 'the camera has no tirella extension unit' $sim nvmem read 0 1 --unit tirella
 expect 8 'the camera has no tirella extension unit' $sim --yes nvmem write 0 --input $work/zeros \
