@@ -84,57 +84,45 @@ TEST_F(CommandLogTest, BlocksLongerThanTheLogKnows) {
   EXPECT_TRUE(TakeLog().ends_with("\t\tbRateControlMethod=0xB9\r\n\t\twLayerID=0xBBBA\r\n"));
 }
 
+// What is logged of a stream block that counts up from 0x10, around its capability line.
+std::string StreamFields(const std::string& capabilityLine) {
+  return "\t\tbmHint=0x1110\r\n"
+         "\t\twIndex=0x1312\r\n"
+         "\t\tdwInterval=0x17161514\r\n"
+         "\t\twKeyFrameRate=0x1918\r\n"
+         "\t\twPFrameRate=0x1B1A\r\n"
+         "\t\twCompQuality=0x1D1C\r\n"
+         "\t\twCompWinSize=0x1F1E\r\n"
+         "\t\twDelay=0x2120\r\n"
+         "\t\tdwMaxFrameSize=0x25242322\r\n"
+         "\t\tdwMaxPayloadSize=0x29282726\r\n"
+         "\t\tbmSetting=0x2B2A\r\n"
+         "\t\tbUsage=0x2C\r\n"
+         "\t\tdwMaxSliceMode=0x302F2E2D\r\n"
+         "\t\tbBitDepthLumaMinus8=0x31\r\n"
+         "\t\tbMaxDecoderFrameBuffering=0x32\r\n"
+         "\t\tbMaxNumberOfReorderFrames=0x33\r\n"
+         "\t\tbMaxNumberOfRefFrames=0x34\r\n" +
+         capabilityLine +
+         "\t\tbMaxNumberOfRefFrames=0x3E3D\r\n"
+         "\t\tdwNumMacroBlocksperSeconds=0x4241403F\r\n";
+}
+
 TEST_F(CommandLogTest, ProbeFields) {
   LogTransfer(Direction::kSet, zem::StreamProbeXu, 23, CountingBlock(51, 0x10), 0);
-  EXPECT_EQ(TakeLog(),
-            "2024/3/5 7:8:9 : Set : HRESULT=0x00000000 :H264 Probe \r\n"
-            "\t\tbmHint=0x1110\r\n"
-            "\t\twIndex=0x1312\r\n"
-            "\t\tdwInterval=0x17161514\r\n"
-            "\t\twKeyFrameRate=0x1918\r\n"
-            "\t\twPFrameRate=0x1B1A\r\n"
-            "\t\twCompQuality=0x1D1C\r\n"
-            "\t\twCompWinSize=0x1F1E\r\n"
-            "\t\twDelay=0x2120\r\n"
-            "\t\tdwMaxFrameSize=0x25242322\r\n"
-            "\t\tdwMaxPayloadSize=0x29282726\r\n"
-            "\t\tbmSetting=0x2B2A\r\n"
-            "\t\tbUsage=0x2C\r\n"
-            "\t\tdwMaxSliceMode=0x302F2E2D\r\n"
-            "\t\tbBitDepthLumaMinus8=0x31\r\n"
-            "\t\tbMaxDecoderFrameBuffering=0x32\r\n"
-            "\t\tbMaxNumberOfReorderFrames=0x33\r\n"
-            "\t\tbMaxNumberOfRefFrames=0x34\r\n"
-            "\t\tbmSVCCapabilityModes=0x35 0x36 0x37 0x38 0x39 0x3A 0x3B 0x3C\r\n"
-            "\t\tbMaxNumberOfRefFrames=0x3E3D\r\n"
-            "\t\tdwNumMacroBlocksperSeconds=0x4241403F\r\n");
+  EXPECT_EQ(
+      TakeLog(),
+      "2024/3/5 7:8:9 : Set : HRESULT=0x00000000 :H264 Probe \r\n" +
+          StreamFields("\t\tbmSVCCapabilityModes=0x35 0x36 0x37 0x38 0x39 0x3A 0x3B 0x3C\r\n"));
 }
 
 // This system's formatter prints the malformed conversion as it stands and takes no number for it.
 TEST_F(CommandLogTest, CommitFieldsDifferInTheCapabilityLine) {
   LogTransfer(Direction::kGet, zem::StreamProbeXu, 24, CountingBlock(51, 0x10), 1);
-  EXPECT_EQ(TakeLog(),
-            "2024/3/5 7:8:9 : Get : HRESULT=0x00000001 :H264 Commit \r\n"
-            "\t\tbmHint=0x1110\r\n"
-            "\t\twIndex=0x1312\r\n"
-            "\t\tdwInterval=0x17161514\r\n"
-            "\t\twKeyFrameRate=0x1918\r\n"
-            "\t\twPFrameRate=0x1B1A\r\n"
-            "\t\twCompQuality=0x1D1C\r\n"
-            "\t\twCompWinSize=0x1F1E\r\n"
-            "\t\twDelay=0x2120\r\n"
-            "\t\tdwMaxFrameSize=0x25242322\r\n"
-            "\t\tdwMaxPayloadSize=0x29282726\r\n"
-            "\t\tbmSetting=0x2B2A\r\n"
-            "\t\tbUsage=0x2C\r\n"
-            "\t\tdwMaxSliceMode=0x302F2E2D\r\n"
-            "\t\tbBitDepthLumaMinus8=0x31\r\n"
-            "\t\tbMaxDecoderFrameBuffering=0x32\r\n"
-            "\t\tbMaxNumberOfReorderFrames=0x33\r\n"
-            "\t\tbMaxNumberOfRefFrames=0x34\r\n"
-            "\t\tbmSVCCapabilityModes=0x35 0x36 0x37 0x%.1 X0x38 0x39 0x3A 0x3B\r\n"
-            "\t\tbMaxNumberOfRefFrames=0x3E3D\r\n"
-            "\t\tdwNumMacroBlocksperSeconds=0x4241403F\r\n");
+  EXPECT_EQ(
+      TakeLog(),
+      "2024/3/5 7:8:9 : Get : HRESULT=0x00000001 :H264 Commit \r\n" +
+          StreamFields("\t\tbmSVCCapabilityModes=0x35 0x36 0x37 0x%.1 X0x38 0x39 0x3A 0x3B\r\n"));
 }
 
 TEST_F(CommandLogTest, WidthsOfSmallNumbers) {

@@ -4,10 +4,12 @@
 #include <string>
 
 #include "include/ZemUVCExtApi.h"
+#include "simulator/windows/import_hook.h"
 #include "tests/windows/support/simulator_guard.h"
 
 namespace {
 
+using zem::simulator::ImportHook;
 using zem::testing::SimulatorGuard;
 
 constexpr const char* kWithUnits =
@@ -15,9 +17,16 @@ constexpr const char* kWithUnits =
 
 using Block = std::array<unsigned char, 51>;
 
+// What the DLL takes for the time: one at which padding would show in month, day and time of day.
+SYSTEMTIME localTime;
+void WINAPI TellFixedTime(SYSTEMTIME* time) { *time = localTime; }
+
 class CommandLogTest : public ::testing::Test {
  protected:
-  CommandLogTest() {
+  CommandLogTest()
+      : clock_(GetModuleHandleW(L"ZemUVCExtApi.dll"), "GetLocalTime",
+               reinterpret_cast<FARPROC>(reinterpret_cast<void*>(TellFixedTime))) {
+    localTime = {2024, 3, 2, 5, 7, 8, 9, 10};
     std::array<wchar_t, MAX_PATH> folder = {};
     GetWindowsDirectoryW(folder.data(), MAX_PATH);
     path_ = std::wstring(folder.data()) + L"\\Temp\\ZemWrenCmdLog.txt";
@@ -25,7 +34,7 @@ class CommandLogTest : public ::testing::Test {
   }
   ~CommandLogTest() override { DeleteFileW(path_.c_str()); }
 
-  // The log's bytes as UTF-16 text, with the time of each line replaced by "T".
+  // The log's bytes as UTF-16 text.
   std::wstring ReadLog() const {
     std::FILE* const file = _wfopen(path_.c_str(), L"rb");
     if (file == nullptr) {
@@ -39,41 +48,13 @@ class CommandLogTest : public ::testing::Test {
     }
     std::fclose(file);
     EXPECT_EQ(read, 0U) << "an odd number of bytes";
-    return WithoutTimes(text);
+    return text;
   }
 
   std::wstring path_;
 
  private:
-  // "2024/3/5 7:8:9 : " with no digit more than needed becomes "T : ".
-  static std::wstring WithoutTimes(const std::wstring& text) {
-    SYSTEMTIME now = {};
-    GetLocalTime(&now);
-    // A test that runs over midnight may find yesterday's date.
-    const std::wstring date = std::to_wstring(now.wYear) + L"/" + std::to_wstring(now.wMonth) +
-                              L"/" + std::to_wstring(now.wDay) + L" ";
-    std::wstring result;
-    std::size_t at = 0;
-    while (at < text.size()) {
-      const std::size_t found = text.find(date, at);
-      if (found == std::wstring::npos) {
-        break;
-      }
-      int hour = -1;
-      int minute = -1;
-      int second = -1;
-      int length = 0;
-      const std::wstring rest = text.substr(found + date.size(), 16);
-      std::swscanf(rest.c_str(), L"%d:%d:%d%n", &hour, &minute, &second, &length);
-      const std::wstring unpadded =
-          std::to_wstring(hour) + L":" + std::to_wstring(minute) + L":" + std::to_wstring(second);
-      EXPECT_EQ(rest.substr(0, static_cast<std::size_t>(length)), unpadded);
-      EXPECT_TRUE(hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0);
-      result += text.substr(at, found - at) + L"T";
-      at = found + date.size() + unpadded.size();
-    }
-    return result + text.substr(at);
-  }
+  ImportHook clock_;
 };
 
 class WrenDevice {
@@ -101,10 +82,11 @@ TEST_F(CommandLogTest, EveryCallIsAppendedAsUtf16) {
   rate.fill(0);
   EXPECT_EQ(WREN_EuGet(device, 3, rate.data(), 6), 0);
   EXPECT_EQ(rate[5], 0xA5);
+  localTime = {1999, 12, 5, 31, 23, 59, 58, 999};
   WREN_WriteLog(L"own text %s \u20ac\r\n");
   EXPECT_EQ(WREN_EuSet(device, 6, rate.data(), 1), 0);
   EXPECT_EQ(ReadLog(),
-            L"T : Set : HRESULT=0x00000000 :EU Rate Control \r\n"
+            L"2024/3/5 7:8:9 : Set : HRESULT=0x00000000 :EU Rate Control \r\n"
             L"\t\tdwSliceMode=0xA3A2A1A0\r\n"
             L"\t\tdwAverageBitRate=0xA7A6A5A4\r\n"
             L"\t\tdwPeakBitRate=0xABAAA9A8\r\n"
@@ -114,7 +96,7 @@ TEST_F(CommandLogTest, EveryCallIsAppendedAsUtf16) {
             L"\t\tdwQpPrime_B[3]=0xB6, 0xB7, 0xB8\r\n"
             L"\t\tbRateControlMethod=0xB9\r\n"
             L"\t\twLayerID=0xBBBA\r\n"
-            L"T : Get : HRESULT=0x00000000 :EU Rate Control \r\n"
+            L"2024/3/5 7:8:9 : Get : HRESULT=0x00000000 :EU Rate Control \r\n"
             L"\t\tdwSliceMode=0xA3A2A1A0\r\n"
             L"\t\tdwAverageBitRate=0x0000A5A4\r\n"
             L"\t\tdwPeakBitRate=0x00000000\r\n"
@@ -124,8 +106,8 @@ TEST_F(CommandLogTest, EveryCallIsAppendedAsUtf16) {
             L"\t\tdwQpPrime_B[3]=0x00, 0x00, 0x00\r\n"
             L"\t\tbRateControlMethod=0x00\r\n"
             L"\t\twLayerID=0x0000\r\n"
-            L"T : Set : own text %s \u20ac\r\n"
-            L"T : Set : HRESULT=0x00000000 :EU Priority ID Control \r\n");
+            L"1999/12/31 23:59:58 : Set : own text %s \u20ac\r\n"
+            L"1999/12/31 23:59:58 : Set : HRESULT=0x00000000 :EU Priority ID Control \r\n");
 }
 
 TEST_F(CommandLogTest, UnknownControlsAndFailuresGiveHeadersOnOneLine) {
@@ -135,7 +117,9 @@ TEST_F(CommandLogTest, UnknownControlsAndFailuresGiveHeadersOnOneLine) {
   constexpr auto kUnknownControl = static_cast<ZemResult>(0x80070490);
   EXPECT_EQ(WREN_EuSet(device, 9, &data, 1), kUnknownControl);
   EXPECT_EQ(WREN_EuGet(device, 9, &data, 1), ZEM_E_NO_DEVICE);
-  EXPECT_EQ(ReadLog(), L"T : Set : HRESULT=0x80070490 :T : Get : HRESULT=0x80070490 :");
+  EXPECT_EQ(
+      ReadLog(),
+      L"2024/3/5 7:8:9 : Set : HRESULT=0x80070490 :2024/3/5 7:8:9 : Get : HRESULT=0x80070490 :");
 }
 
 // The fields up to the capability line, and those behind it, of the block of the tests below.
@@ -169,37 +153,35 @@ Block CountingBlock() {
   return block;
 }
 
-TEST_F(CommandLogTest, ProbeIsSetAndReadBack) {
-  const SimulatorGuard simulator(kWithUnits);
-  const WrenDevice device;
-  Block block = CountingBlock();
-  EXPECT_EQ(WREN_ProbeSet(device, block.data()), 0);
-  block.fill(0);
-  EXPECT_EQ(WREN_ProbeGet(device, block.data()), 0);
-  EXPECT_EQ(block, CountingBlock());
-  const std::wstring fields =
-      kFieldsBefore +
-      std::wstring(L"\t\tbmSVCCapabilityModes=0x35 0x36 0x37 0x38 0x39 0x3A 0x3B 0x3C\r\n") +
-      kFieldsBehind;
-  EXPECT_EQ(ReadLog(), L"T : Set : HRESULT=0x00000000 :H264 Probe \r\n" + fields +
-                           L"T : Get : HRESULT=0x00000000 :H264 Probe \r\n" + fields);
+class StreamBlockLogTest : public CommandLogTest {
+ protected:
+  using Transfer = ZemResult(void* device, void* block);
+
+  // A block that is written and read back gives two entries, alike but for their direction.
+  void Run(Transfer* set, Transfer* get, const std::wstring& title,
+           const std::wstring& capabilityLine) const {
+    const SimulatorGuard simulator(kWithUnits);
+    const WrenDevice device;
+    Block block = CountingBlock();
+    EXPECT_EQ(set(device, block.data()), 0);
+    block.fill(0);
+    EXPECT_EQ(get(device, block.data()), 0);
+    EXPECT_EQ(block, CountingBlock());
+    const std::wstring fields = title + kFieldsBefore + capabilityLine + kFieldsBehind;
+    EXPECT_EQ(ReadLog(), L"2024/3/5 7:8:9 : Set : HRESULT=0x00000000 :" + fields +
+                             L"2024/3/5 7:8:9 : Get : HRESULT=0x00000000 :" + fields);
+  }
+};
+
+TEST_F(StreamBlockLogTest, Probe) {
+  Run(WREN_ProbeSet, WREN_ProbeGet, L"H264 Probe \r\n",
+      L"\t\tbmSVCCapabilityModes=0x35 0x36 0x37 0x38 0x39 0x3A 0x3B 0x3C\r\n");
 }
 
 // The runtime's formatter prints " X" for the misplaced blank and takes no number for it.
-TEST_F(CommandLogTest, CommitHasItsOwnCapabilityLine) {
-  const SimulatorGuard simulator(kWithUnits);
-  const WrenDevice device;
-  Block block = CountingBlock();
-  EXPECT_EQ(WREN_CommitSet(device, block.data()), 0);
-  block.fill(0);
-  EXPECT_EQ(WREN_CommitGet(device, block.data()), 0);
-  EXPECT_EQ(block, CountingBlock());
-  const std::wstring fields =
-      kFieldsBefore +
-      std::wstring(L"\t\tbmSVCCapabilityModes=0x35 0x36 0x37 0x X0x38 0x39 0x3A 0x3B\r\n") +
-      kFieldsBehind;
-  EXPECT_EQ(ReadLog(), L"T : Set : HRESULT=0x00000000 :H264 Commit \r\n" + fields +
-                           L"T : Get : HRESULT=0x00000000 :H264 Commit \r\n" + fields);
+TEST_F(StreamBlockLogTest, CommitHasItsOwnCapabilityLine) {
+  Run(WREN_CommitSet, WREN_CommitGet, L"H264 Commit \r\n",
+      L"\t\tbmSVCCapabilityModes=0x35 0x36 0x37 0x X0x38 0x39 0x3A 0x3B\r\n");
 }
 
 TEST_F(CommandLogTest, AbsentUnits) {
@@ -233,7 +215,7 @@ TEST_F(CommandLogTest, NoCamera) {
   EXPECT_EQ(device, &device);
   unsigned char data = 7;
   EXPECT_EQ(WREN_EuSet(nullptr, 6, &data, 1), ZEM_E_FAIL);
-  EXPECT_EQ(ReadLog(), L"T : Set : HRESULT=0x80004005 :EU Priority ID Control \r\n");
+  EXPECT_EQ(ReadLog(), L"2024/3/5 7:8:9 : Set : HRESULT=0x80004005 :EU Priority ID Control \r\n");
 }
 
 }  // namespace
