@@ -131,8 +131,11 @@ TEST_F(EncodingUnitTest, ProbeAndCommitMove51Bytes) {
 
 TEST_F(EncodingUnitTest, SelectorsAbove16BitsAreRefusedBeforeAnything) {
   std::uint8_t data = 7;
-  EXPECT_EQ(WREN_EuSet(device(), 0x10003, &data, 1), ZEM_E_REFUSED);
-  EXPECT_EQ(WREN_EuGet(device(), 0x10003, &data, 1), ZEM_E_REFUSED);
+  constexpr std::uint32_t kSelectors[] = {0x10000, 0x10003, 0xFFFFFFFF};
+  for (const std::uint32_t selector : kSelectors) {
+    EXPECT_EQ(WREN_EuSet(device(), selector, &data, 1), ZEM_E_REFUSED);
+    EXPECT_EQ(WREN_EuGet(device(), selector, &data, 1), ZEM_E_REFUSED);
+  }
   EXPECT_EQ(TakeWire(), Lines());
   EXPECT_EQ(TakeLog(), "");
 }
