@@ -367,6 +367,20 @@ TEST(ProcessingNodePointerTest, PointerIsNotClearedFirst) {
   EXPECT_EQ(camera.references, 1);
 }
 
+TEST(GrantedWithoutAPointerTest, IsAnInterfaceThatIsMissing) {
+  zem::platform::simulated::Reset();
+  ControlCamera camera;
+  camera.grant = false;
+  void* handle = nullptr;
+  ASSERT_EQ(ZEMAPI_OpenDeviceBySourceFilter(&camera, &handle), 0);
+  constexpr auto kNoInterface = static_cast<ZemResult>(0x80004002U);
+  void* node = &camera;
+  EXPECT_EQ(ZEMAPI_Get_IVideoProcAmp_Interface(handle, &node), kNoInterface) << "the topology";
+  EXPECT_EQ(node, &camera);
+  EXPECT_EQ(ZEMAPI_AudioSetVolume(&camera, 50), kNoInterface) << "the mixer";
+  ZEMAPI_CloseDevice(&handle);
+}
+
 // ---- What the platform knows the interfaces by ----
 
 TEST(StandardControlIdsTest, InterfacesByTheirBytes) {
