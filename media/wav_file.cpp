@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <limits>
+#include <optional>
 
 #include "platform/bytes.h"
 #include "platform/file_handle.h"
@@ -43,15 +44,6 @@ Header MakeHeader(std::uint32_t rawSize, std::uint8_t channels, std::int32_t sam
   return header;
 }
 
-// The length by the position of the file's end; negative when it cannot be had.
-long MeasureFile(std::FILE* file) {
-  if (std::fseek(file, 0, SEEK_END) != 0) {
-    return -1;
-  }
-  const long size = std::ftell(file);
-  return std::fseek(file, 0, SEEK_SET) == 0 ? size : -1;
-}
-
 }  // namespace
 
 bool PackWav(const wchar_t* rawPath, const wchar_t* wavPath, std::uint8_t channels,
@@ -60,12 +52,11 @@ bool PackWav(const wchar_t* rawPath, const wchar_t* wavPath, std::uint8_t channe
   if (raw == nullptr) {
     return false;
   }
-  const long size = MeasureFile(raw.get());
-  if (size < 0 || static_cast<unsigned long>(size) >
-                      std::numeric_limits<std::uint32_t>::max() - kCountedHeaderBytes) {
+  const std::optional<std::uint64_t> size = platform::MeasureFile(raw.get());
+  if (!size || *size > std::numeric_limits<std::uint32_t>::max() - kCountedHeaderBytes) {
     return false;
   }
-  const auto rawSize = static_cast<std::uint32_t>(size);
+  const auto rawSize = static_cast<std::uint32_t>(*size);
   const ByteBuffer samples = AllocateBytes(rawSize);
   if (samples == nullptr) {
     return false;

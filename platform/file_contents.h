@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <optional>
 #include <span>
 
 #include "platform/file_handle.h"
@@ -15,33 +15,26 @@ struct FileContents {
   // The file, and zeros behind it. Null when the file could not be read.
   ByteBuffer buffer;
   // The file's own length.
-  std::uint32_t size = 0;
+  std::size_t size = 0;
 
   explicit operator bool() const { return buffer != nullptr; }
   std::span<const std::uint8_t> bytes() const { return {buffer.get(), size}; }
 };
 
-// The length of an open file, which is then read from its start. False when the file cannot be
-// measured or holds 2 GiB or more.
-inline bool MeasureFile(std::FILE* file, std::uint32_t& size) {
-  if (std::fseek(file, 0, SEEK_END) != 0) {
-    return false;
-  }
-  const long end = std::ftell(file);
-  if (end < 0 || end >= std::numeric_limits<std::int32_t>::max()) {
-    return false;
-  }
-  size = static_cast<std::uint32_t>(end);
-  return std::fseek(file, 0, SEEK_SET) == 0;
-}
+// No process has room for more.
+inline constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 47;
 
-// Reads a file from its start to its end, with room for `padding` zeros behind it.
-inline FileContents ReadWholeFile(const wchar_t* path, std::size_t padding) {
+// Reads a file of at most `most` bytes from its start to its end, with room for `padding` zeros
+// behind it. A longer one takes no memory.
+inline FileContents ReadWholeFile(const wchar_t* path, std::size_t padding,
+                                  std::uint64_t most = kAddressSpace) {
   FileContents contents;
   const FileHandle file = OpenFileHandle(path, L"rb");
-  if (file == nullptr || !MeasureFile(file.get(), contents.size)) {
+  const auto size = file != nullptr ? platform::MeasureFile(file.get()) : std::nullopt;
+  if (!size || *size > most) {
     return contents;
   }
+  contents.size = static_cast<std::size_t>(*size);
   contents.buffer = AllocateBytes(contents.size + padding);
   if (contents.buffer != nullptr &&
       std::fread(contents.buffer.get(), 1, contents.size, file.get()) != contents.size) {

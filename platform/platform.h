@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <span>
 
 #include "platform/com.h"
@@ -60,6 +61,10 @@ void LogFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name);
 
 // Moves a file's position, counted in bytes from its start; false when that fails.
 bool SeekFile(std::FILE* file, std::uint64_t position);
+
+// The length of an open file in bytes, whatever it is; the file's position is then its start.
+// Nothing when it cannot be measured.
+std::optional<std::uint64_t> MeasureFile(std::FILE* file);
 
 // ---- Volumes ----
 

@@ -1,6 +1,7 @@
 #include "romboot/code_loading.h"
 
 #include <cstring>
+#include <limits>
 #include <optional>
 
 #include "platform/file_contents.h"
@@ -23,8 +24,12 @@ struct Code {
   std::uint32_t sectorCount = 0;
 };
 
+// The longest file whose sectors a 32-bit number counts.
+constexpr std::uint64_t kLongestImage =
+    std::uint64_t{std::numeric_limits<std::uint32_t>::max()} * kSectorSize;
+
 std::optional<Code> ReadCode(const wchar_t* path) {
-  FileContents file = ReadWholeFile(path, kSectorSize);
+  FileContents file = ReadWholeFile(path, kSectorSize, kLongestImage);
   const auto code = file ? ParseCodeImage(file.bytes()) : std::nullopt;
   if (!code) {
     return std::nullopt;

@@ -28,7 +28,7 @@ HRESULT ReportFileError() {
 
 HRESULT UpdateLinuxFwPkg(ZemRomBootConfig& session, const wchar_t* path, std::uint32_t bodyAddress,
                          std::uint32_t headerAddress) {
-  const FileContents file = ReadWholeFile(path, kSectorSize);
+  const FileContents file = ReadWholeFile(path, kSectorSize, kLinuxHeaderSize + kStorageSpace);
   const auto package = file ? ParseLinuxPackage(file.bytes()) : std::nullopt;
   if (!package) {
     return kFail;

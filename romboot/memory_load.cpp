@@ -19,7 +19,7 @@ std::uint32_t WordSum(std::span<const std::uint8_t> piece) {
 }
 
 HRESULT LoadFW2Memory(ZemRomBootConfig& session, const wchar_t* path, std::uint32_t* address) {
-  const FileContents file = ReadWholeFile(path, kMaxTransfer);
+  const FileContents file = ReadWholeFile(path, kMaxTransfer, kStorageSpace);
   if (!file) {
     return kFail;
   }

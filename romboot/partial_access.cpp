@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <optional>
 
 #include "platform/bytes.h"
 #include "platform/file_contents.h"
+#include "platform/file_handle.h"
+#include "platform/memory.h"
 #include "platform/platform.h"
 #include "platform/result.h"
 #include "romboot/storage_transfer.h"
@@ -29,8 +32,8 @@ bool ReadStorage(UsbScsiCmd& scsi, std::uint32_t address, std::uint32_t length, 
 
 HRESULT PartialUpdateWithHeader(ZemRomBootConfig& session, const wchar_t* path,
                                 std::uint32_t* address) {
-  const FileContents file = ReadWholeFile(path, kSectorSize);
-  if (!file || !FitsInStorage(*address, std::max(file.size, kHeaderBlockSize))) {
+  const FileContents file = ReadWholeFile(path, kSectorSize, kStorageSpace);
+  if (!file || !FitsInStorage(*address, std::max<std::size_t>(file.size, kHeaderBlockSize))) {
     return kFail;
   }
   if (const HRESULT result = Erase(session, *address, kHeaderBlockSize); FAILED(result)) {
@@ -48,16 +51,16 @@ HRESULT PartialUpdateWithHeader(ZemRomBootConfig& session, const wchar_t* path,
 
 HRESULT PartialUpdate(ZemRomBootConfig& session, const wchar_t* path, std::uint32_t* address) {
   const FileHandle file = OpenFileHandle(path, L"rb");
-  std::uint32_t size = 0;
-  if (file == nullptr || !MeasureFile(file.get(), size) || !FitsInStorage(*address, size)) {
+  const auto size = file != nullptr ? platform::MeasureFile(file.get()) : std::nullopt;
+  if (!size || !FitsInStorage(*address, *size)) {
     return kFail;
   }
   const ByteBuffer piece = AllocateBytes(kPieceSize);
   if (piece == nullptr) {
     return kFail;
   }
-  for (std::size_t remaining = size; remaining > 0;) {
-    const std::size_t length = std::min(remaining, kPieceSize);
+  for (std::uint64_t remaining = *size; remaining > 0;) {
+    const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(remaining, kPieceSize));
     if (std::fread(piece.get(), 1, length, file.get()) != length) {
       return kFail;
     }

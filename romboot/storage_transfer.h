@@ -19,6 +19,9 @@ inline constexpr std::uint32_t kMaxTransfer = 32768;
 // Size of the header block that stands before the payload in most storages.
 inline constexpr std::uint32_t kHeaderBlockSize = 4096;
 
+// How much there is room for in 32-bit addresses.
+inline constexpr std::uint64_t kStorageSpace = std::uint64_t{1} << 32;
+
 constexpr std::uint64_t WholeSectors(std::uint64_t size) {
   return (size + kSectorSize - 1) / kSectorSize * kSectorSize;
 }
@@ -26,7 +29,7 @@ constexpr std::uint64_t WholeSectors(std::uint64_t size) {
 // Whether `size` bytes in whole sectors, from an address on, stay within 32-bit addresses. What
 // does not would go on at address 0, over the boot code.
 constexpr bool FitsInStorage(std::uint32_t address, std::uint64_t size) {
-  return address + WholeSectors(size) <= std::uint64_t{1} << 32;
+  return address + WholeSectors(size) <= kStorageSpace;
 }
 
 // Calls `transfer(offset, length)` for one command after the other and moves `address` behind each

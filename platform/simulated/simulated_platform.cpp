@@ -1,5 +1,7 @@
 #include "platform/simulated/simulated_platform.h"
 
+#include <sys/types.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdarg>
@@ -170,8 +172,19 @@ void LogFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name) {
 LocalTime CurrentLocalTime() { return simulated::TheSystem().localTime; }
 
 bool SeekFile(std::FILE* file, std::uint64_t position) {
-  return position <= static_cast<std::uint64_t>(std::numeric_limits<long>::max()) &&
-         std::fseek(file, static_cast<long>(position), SEEK_SET) == 0;
+  return position <= static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()) &&
+         fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0;
+}
+
+std::optional<std::uint64_t> MeasureFile(std::FILE* file) {
+  if (fseeko(file, 0, SEEK_END) != 0) {
+    return std::nullopt;
+  }
+  const off_t end = ftello(file);
+  if (end < 0 || !SeekFile(file, 0)) {
+    return std::nullopt;
+  }
+  return static_cast<std::uint64_t>(end);
 }
 
 VolumeHandle OpenVolume(const wchar_t* path) {

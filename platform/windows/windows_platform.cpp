@@ -70,6 +70,17 @@ bool SeekFile(std::FILE* file, std::uint64_t position) {
   return _fseeki64(file, static_cast<long long>(position), SEEK_SET) == 0;
 }
 
+std::optional<std::uint64_t> MeasureFile(std::FILE* file) {
+  if (_fseeki64(file, 0, SEEK_END) != 0) {
+    return std::nullopt;
+  }
+  const long long end = _ftelli64(file);
+  if (end < 0 || !SeekFile(file, 0)) {
+    return std::nullopt;
+  }
+  return static_cast<std::uint64_t>(end);
+}
+
 VolumeHandle OpenVolume(const wchar_t* path) {
   const HANDLE volume =
       CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,

@@ -1,28 +1,42 @@
 #include "tests/support/memory_limit.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <new>
+#include <utility>
 
 namespace {
 
 thread_local bool exhausted = false;
+thread_local std::size_t wanted = 0;
+
+// Whether an allocation fails.
+bool Fails(std::size_t size) {
+  wanted = exhausted ? std::max(wanted, size) : wanted;
+  return exhausted;
+}
 
 }  // namespace
 
 // The library asks for memory with these forms only. What they hand out is released by the forms
 // that belong to the ones they call.
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return exhausted ? nullptr : ::operator new(size);
+  return Fails(size) ? nullptr : ::operator new(size);
 }
 
 void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return exhausted ? nullptr : ::operator new[](size);
+  return Fails(size) ? nullptr : ::operator new[](size);
 }
 
 namespace zem::testing {
 
-MemoryExhausted::MemoryExhausted() { exhausted = true; }
+MemoryExhausted::MemoryExhausted() {
+  exhausted = true;
+  wanted = 0;
+}
 
 MemoryExhausted::~MemoryExhausted() { exhausted = false; }
+
+std::size_t MemoryExhausted::TakeWanted() { return std::exchange(wanted, 0); }
 
 }  // namespace zem::testing

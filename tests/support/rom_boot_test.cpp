@@ -78,6 +78,22 @@ Bytes RomBootTest::ReadFile(const std::wstring& path) {
   return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
+std::wstring RomBootTest::WriteLongFile(const std::string& name, const Bytes& start,
+                                        std::uint64_t size) const {
+  const std::wstring path = WriteFile(name, start);
+  std::filesystem::resize_file(path, size);
+  return path;
+}
+
+Bytes RomBootTest::ReadPart(const std::wstring& path, std::uint64_t offset, std::size_t size) {
+  std::ifstream file(std::filesystem::path(path), std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(offset));
+  Bytes part(size);
+  file.read(reinterpret_cast<char*>(part.data()), static_cast<std::streamsize>(size));
+  EXPECT_EQ(file.gcount(), static_cast<std::streamsize>(size));
+  return part;
+}
+
 std::string WriteCommand(std::uint32_t address, std::uint32_t sectors, unsigned flag) {
   std::array<char, 80> text = {};
   std::snprintf(text.data(), text.size(),

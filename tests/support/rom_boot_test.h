@@ -60,6 +60,10 @@ class RomBootTest : public ::testing::Test {
   std::wstring PathOf(const std::string& name) const { return folder_.Path(name); }
   std::wstring WriteFile(const std::string& name, const Bytes& bytes) const;
   static Bytes ReadFile(const std::wstring& path);
+  // A file of any size that takes no room on the disk: these bytes, and zeros behind them.
+  std::wstring WriteLongFile(const std::string& name, const Bytes& start, std::uint64_t size) const;
+  // `size` bytes of a file that is too long to be read whole.
+  static Bytes ReadPart(const std::wstring& path, std::uint64_t offset, std::size_t size);
   bool Exists(const std::string& name) const { return folder_.Exists(name); }
   const std::filesystem::path& folder() const { return folder_.path(); }
 
