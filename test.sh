@@ -43,8 +43,7 @@ suite() {
 
 build native
 suite native build/native/zem_tests
-build release
-suite release build/release/zem_tests
+suite optimised build/native/zem_tests_optimised
 
 build windows
 prepare_wine

@@ -1,5 +1,6 @@
 # What every target of the project is compiled with.
 function(zem_compile_options target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
   if(MSVC)
     target_compile_options(${target} PRIVATE /W4 /WX /utf-8 /permissive-)
@@ -15,9 +16,18 @@ function(zem_compile_options target)
   if(WIN32)
     target_compile_definitions(${target} PRIVATE UNICODE _UNICODE)
   endif()
-  if(ZEM_SANITIZERS)
+  get_target_property(is_plain ${target} ZEM_UNSANITIZED)
+  if(ZEM_SANITIZERS AND NOT is_plain)
     target_compile_options(${target} PRIVATE -fsanitize=${ZEM_SANITIZERS} -fno-omit-frame-pointer
       -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${ZEM_SANITIZERS})
+  endif()
+endfunction()
+
+# For what nobody waits for when it runs, but everybody when it is built: the tool, the tests, and the
+# simulator, unless it is measured against.
+function(zem_quick_to_build target)
+  if(NOT MSVC AND NOT ZEM_BENCHMARKS)
+    target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O1>)
   endif()
 endfunction()

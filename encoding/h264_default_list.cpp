@@ -16,7 +16,7 @@ struct DefaultFormat {
   std::uint32_t minBitRate;
 };
 
-constexpr DefaultFormat kFormats[] = {
+constexpr DefaultFormat kDefaultFormats[] = {
     // type, size, size of the second picture, highest and lowest bit rate
     {2, 160, 90, 160, 90, 2500, 100},     {2, 160, 120, 160, 120, 2500, 100},
     {2, 320, 180, 320, 180, 2500, 100},   {2, 320, 240, 320, 240, 2500, 100},
@@ -47,13 +47,13 @@ FrameListPtr MakeDefaultFrameList() {
     return list;
   }
   list->wTotalLength = kTotalLength;
-  for (const DefaultFormat& format : kFormats) {
+  for (const DefaultFormat& format : kDefaultFormats) {
     H264FrameInfo& record = RecordsOf(*list)[list->wCount];
     record.wLength = sizeof(record);
     record.wType = format.type;
     record.wFrameIndex = list->wCount++;
     // Deliberately the opposite of the mark in a list that comes from the camera.
-    record.bListMark = list->wCount == std::size(kFormats) ? 1 : 0;
+    record.bListMark = list->wCount == std::size(kDefaultFormats) ? 1 : 0;
     record.wWidth = format.width;
     record.wHeight = format.height;
     record.wSubWidth = format.subWidth;

@@ -17,14 +17,15 @@ struct PayloadFormat {
   GUID subtype;
 };
 
-constexpr PayloadFormat kFormats[] = {{640, 480, kYuy2}, {640, 480, kMjpg}, {1280, 720, kMjpg}};
+constexpr PayloadFormat kPayloadFormats[] = {
+    {640, 480, kYuy2}, {640, 480, kMjpg}, {1280, 720, kMjpg}};
 
 }  // namespace
 
 HRESULT GetPayloadFormat(std::uint16_t index, std::uint16_t* width, std::uint16_t* height,
                          GUID* subtype) {
-  const bool known = index < std::size(kFormats);
-  const PayloadFormat format = known ? kFormats[index] : PayloadFormat{};
+  const bool known = index < std::size(kPayloadFormats);
+  const PayloadFormat format = known ? kPayloadFormats[index] : PayloadFormat{};
   *width = format.width;
   *height = format.height;
   *subtype = format.subtype;

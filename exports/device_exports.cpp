@@ -9,34 +9,34 @@ using zem::OnDevice;
 
 namespace {
 
-DeviceHandle** AsOutput(void** handle) { return reinterpret_cast<DeviceHandle**>(handle); }
+DeviceHandle** AsHandleOutput(void** handle) { return reinterpret_cast<DeviceHandle**>(handle); }
 
 }  // namespace
 
 ZemResult ZEMAPI_OpenDevice(unsigned int index, void** handle) {
-  return zem::OpenDevice(static_cast<int>(index), AsOutput(handle));
+  return zem::OpenDevice(static_cast<int>(index), AsHandleOutput(handle));
 }
 
 ZemResult ZEMAPI_OpenDeviceEx(unsigned int index, void** handle, unsigned int vid,
                               unsigned int pid) {
-  return zem::OpenDeviceEx(static_cast<int>(index), AsOutput(handle), vid, pid);
+  return zem::OpenDeviceEx(static_cast<int>(index), AsHandleOutput(handle), vid, pid);
 }
 
-ZemResult ZEMAPI_OpenZemDevice(void** handle) { return zem::OpenZemDevice(AsOutput(handle)); }
+ZemResult ZEMAPI_OpenZemDevice(void** handle) { return zem::OpenZemDevice(AsHandleOutput(handle)); }
 
 ZemResult ZEMAPI_OpenDeviceByPath(const wchar_t* displayName, void** handle) {
-  return zem::OpenDeviceByPath(displayName, AsOutput(handle));
+  return zem::OpenDeviceByPath(displayName, AsHandleOutput(handle));
 }
 
 ZemResult ZEMAPI_OpenDeviceByDevPath(const wchar_t* devicePath, void** handle) {
-  return zem::OpenDeviceByDevPath(devicePath, AsOutput(handle));
+  return zem::OpenDeviceByDevPath(devicePath, AsHandleOutput(handle));
 }
 
 ZemResult ZEMAPI_OpenDeviceBySourceFilter(IBaseFilter* filter, void** handle) {
-  return zem::OpenDeviceBySourceFilter(filter, AsOutput(handle));
+  return zem::OpenDeviceBySourceFilter(filter, AsHandleOutput(handle));
 }
 
-void ZEMAPI_CloseDevice(void** handle) { zem::CloseDevice(AsOutput(handle)); }
+void ZEMAPI_CloseDevice(void** handle) { zem::CloseDevice(AsHandleOutput(handle)); }
 
 ZemResult ZEMAPI_GetSerialNumber(void* /*handle*/, char* serial) {
   return zem::GetSerialNumber(serial);

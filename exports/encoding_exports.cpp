@@ -7,15 +7,15 @@
 namespace {
 
 IBaseFilter* AsFilter(void* device) { return static_cast<IBaseFilter*>(device); }
-IBaseFilter** AsOutput(void** device) { return reinterpret_cast<IBaseFilter**>(device); }
+IBaseFilter** AsFilterOutput(void** device) { return reinterpret_cast<IBaseFilter**>(device); }
 
 }  // namespace
 
 ZemResult WREN_OpenDevice(uint32_t index, void** device) {
-  return zem::OpenEncodingDevice(index, AsOutput(device));
+  return zem::OpenEncodingDevice(index, AsFilterOutput(device));
 }
 
-void WREN_CloseDevice(void** device) { zem::CloseEncodingDevice(AsOutput(device)); }
+void WREN_CloseDevice(void** device) { zem::CloseEncodingDevice(AsFilterOutput(device)); }
 
 ZemResult WREN_EuSet(void* device, uint32_t selector, void* data, uint16_t length) {
   return zem::EuSet(AsFilter(device), selector, data, length);

@@ -11,7 +11,7 @@
 namespace zem {
 namespace {
 
-constexpr std::uint32_t kHeaderBytes = 54;
+constexpr std::uint32_t kBmpHeaderBytes = 54;
 constexpr std::size_t kFileHeaderBytes = 14;
 
 struct Freer {
@@ -34,17 +34,17 @@ std::uint64_t PixelBytes(std::uint32_t width, std::uint32_t height) {
 // A product of two 32-bit numbers times three may even leave 64 bits, hence the division.
 bool FitsFormat(std::uint32_t width, std::uint32_t height) {
   constexpr std::uint32_t kMost =
-      (std::numeric_limits<std::uint32_t>::max() - kHeaderBytes) / kBgrBytes;
+      (std::numeric_limits<std::uint32_t>::max() - kBmpHeaderBytes) / kBgrBytes;
   return height == 0 || width <= kMost / height;
 }
 
 // Opens the file and writes both headers; null when it cannot be opened. Unbuffered, so that the
 // outcome of the pixel write is the disk's.
 FileHandle BeginBmp(const wchar_t* path, std::uint32_t width, std::uint32_t height) {
-  std::array<std::uint8_t, kHeaderBytes> header = {'B', 'M'};
-  StoreLe32(&header[2], static_cast<std::uint32_t>(PixelBytes(width, height)) + kHeaderBytes);
-  StoreLe32(&header[10], kHeaderBytes);
-  StoreLe32(&header[14], kHeaderBytes - kFileHeaderBytes);
+  std::array<std::uint8_t, kBmpHeaderBytes> header = {'B', 'M'};
+  StoreLe32(&header[2], static_cast<std::uint32_t>(PixelBytes(width, height)) + kBmpHeaderBytes);
+  StoreLe32(&header[10], kBmpHeaderBytes);
+  StoreLe32(&header[14], kBmpHeaderBytes - kFileHeaderBytes);
   StoreLe32(&header[18], width);
   StoreLe32(&header[22], height);
   StoreLe16(&header[26], 1);

@@ -12,12 +12,12 @@
 namespace zem {
 namespace {
 
-constexpr std::uint32_t kHeaderBytes = 44;
+constexpr std::uint32_t kWavHeaderBytes = 44;
 // What the length of the whole file counts besides the samples: the header without its first 8
 // bytes.
-constexpr std::uint32_t kCountedHeaderBytes = kHeaderBytes - 8;
+constexpr std::uint32_t kCountedHeaderBytes = kWavHeaderBytes - 8;
 
-using Header = std::array<std::uint8_t, kHeaderBytes>;
+using Header = std::array<std::uint8_t, kWavHeaderBytes>;
 
 Header MakeHeader(std::uint32_t rawSize, std::uint8_t channels, std::int32_t sampleRate,
                   std::uint8_t bitsPerSample) {

@@ -283,7 +283,7 @@ bool BootLoader::HoldsFirmware() const {
     const auto first = bytes.first(std::min(bytes.size(), kSectorSize));
     return entry.first != StorageType::kDram &&
            std::any_of(first.begin(), first.end(),
-                       [](std::uint8_t byte) { return byte != Storage::kErased; });
+                       [](std::uint8_t value) { return value != Storage::kErased; });
   });
 }
 

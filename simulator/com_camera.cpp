@@ -7,18 +7,10 @@
 
 #include "simulator/com_controls.h"
 #include "simulator/com_filter.h"
+#include "simulator/system_results.h"
 
 namespace zem::simulator {
 namespace {
-
-// Win32 errors in HRESULT form, as the platform's class driver reports them.
-constexpr auto kNoAccess = static_cast<HRESULT>(0x800703E6U);
-constexpr auto kInvalidParameter = static_cast<HRESULT>(0x80070057U);
-constexpr auto kMoreData = static_cast<HRESULT>(0x800700EAU);
-constexpr auto kGenFailure = static_cast<HRESULT>(0x8007001FU);
-constexpr auto kNotConnected = static_cast<HRESULT>(0x8007048FU);
-constexpr auto kNotFound = static_cast<HRESULT>(0x80070490U);
-constexpr auto kSetNotFound = static_cast<HRESULT>(0x80070492U);
 
 constexpr ULONG kGetTopology = 0x10000001;
 constexpr ULONG kSetTopology = 0x10000002;
@@ -44,15 +36,15 @@ class NodeControl : public ComObject<IKsControl> {
     }
     KSP_NODE request = {};
     if (propertyLength != sizeof(request)) {
-      return kInvalidParameter;
+      return kInvalidParameterResult;
     }
     std::memcpy(&request, property, sizeof(request));
     const ExtensionUnit* const unit = camera_->UnitAt(node_);
     if (unit == nullptr || request.NodeId != node_) {
-      return kNotFound;
+      return kNotFoundResult;
     }
     if (!(request.Property.Set == unit->id())) {
-      return kSetNotFound;
+      return kSetNotFoundResult;
     }
     if (request.Property.Id == 0) {
       return ReadInformation(*unit, request, data, dataLength, bytesReturned);
@@ -76,12 +68,12 @@ class NodeControl : public ComObject<IKsControl> {
                                  ULONG dataLength, ULONG* bytesReturned) {
     std::array<std::uint8_t, sizeof(GUID) + 4> information = {};
     if (request.Property.Flags != kGetTopology) {
-      return kInvalidParameter;
+      return kInvalidParameterResult;
     }
     std::memcpy(information.data(), &unit.id(), sizeof(GUID));
     *bytesReturned = static_cast<ULONG>(information.size());
     if (dataLength < information.size()) {
-      return kMoreData;
+      return kMoreDataResult;
     }
     std::memcpy(data, information.data(), information.size());
     return S_OK;
@@ -90,7 +82,7 @@ class NodeControl : public ComObject<IKsControl> {
   HRESULT MoveControl(const KSP_NODE& request, std::uint8_t* data, ULONG dataLength,
                       ULONG* bytesReturned) {
     if (data == nullptr && dataLength > 0) {
-      return kNoAccess;
+      return kNoAccessResult;
     }
     const auto selector = static_cast<std::uint16_t>(request.Property.Id);
     std::uint32_t moved = 0;
@@ -148,7 +140,7 @@ class CameraFilter : public StreamlessFilter<IKsTopologyInfo> {
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE get_Category(DWORD /*index*/, GUID* /*category*/) override {
-    return kNotFound;
+    return kNotFoundResult;
   }
   HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD* count) override {
     *count = 0;
@@ -156,11 +148,11 @@ class CameraFilter : public StreamlessFilter<IKsTopologyInfo> {
   }
   HRESULT STDMETHODCALLTYPE get_ConnectionInfo(DWORD /*index*/,
                                                KSTOPOLOGY_CONNECTION* /*connection*/) override {
-    return kNotFound;
+    return kNotFoundResult;
   }
   HRESULT STDMETHODCALLTYPE get_NodeName(DWORD /*node*/, WCHAR* /*name*/, DWORD /*size*/,
                                          DWORD* /*nameLength*/) override {
-    return kNotFound;
+    return kNotFoundResult;
   }
 
   HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
@@ -212,17 +204,17 @@ HRESULT ResultOf(Outcome outcome) {
     case Outcome::kDone:
       return S_OK;
     case Outcome::kNoSuchControl:
-      return kNotFound;
+      return kNotFoundResult;
     case Outcome::kWrongLength:
-      return kMoreData;
+      return kMoreDataResult;
     case Outcome::kInvalidValue:
-      return kInvalidParameter;
+      return kInvalidParameterResult;
     case Outcome::kFailed:
-      return kGenFailure;
+      return kGenFailureResult;
     case Outcome::kUnplugged:
-      return kNotConnected;
+      return kNotConnectedResult;
   }
-  return kGenFailure;
+  return kGenFailureResult;
 }
 
 }  // namespace zem::simulator

@@ -10,7 +10,6 @@ namespace zem::simulator {
 namespace {
 
 constexpr std::uint8_t kIdle = 0x00;
-constexpr std::uint8_t kRefused = 0x01;
 constexpr std::uint8_t kBusy = 0x81;
 constexpr std::uint8_t kBurnFailed = 0x82;
 
@@ -43,7 +42,7 @@ void DataChannel::Control(const Block& control) {
   }
 }
 
-DataChannel::Block DataChannel::Status() {
+Block DataChannel::Status() {
   if (mode_ != Mode::kBurning) {
     return status_;
   }

@@ -2,13 +2,13 @@
 // that they order, and the read-back of the flash.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <span>
 #include <vector>
 
 #include "simulator/camera.h"
+#include "simulator/command_block.h"
 #include "simulator/flash_memory.h"
 
 namespace zem::simulator {
@@ -23,8 +23,6 @@ struct DataChannelSettings {
 
 class DataChannel {
  public:
-  using Block = std::array<std::uint8_t, 8>;
-
   DataChannel(const DataChannelSettings& settings, FlashMemory& flash)
       : settings_(settings), flash_(flash) {}
 

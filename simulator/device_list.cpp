@@ -5,11 +5,10 @@
 #include <utility>
 
 #include "platform/simulated/simulated_platform.h"
+#include "simulator/system_results.h"
 
 namespace zem::simulator {
 namespace {
-
-constexpr auto kNotFound = static_cast<HRESULT>(0x80070490U);
 
 class PropertyBag : public ComObject<IPropertyBag> {
  public:
@@ -24,7 +23,7 @@ class PropertyBag : public ComObject<IPropertyBag> {
       return refused;
     }
     if (std::wstring_view(name) != L"DevicePath" || !device_.devicePath) {
-      return kNotFound;
+      return kNotFoundResult;
     }
     value->vt = VT_BSTR;
     value->bstrVal = platform::simulated::AllocateTaskText(*device_.devicePath);

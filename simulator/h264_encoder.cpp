@@ -7,20 +7,17 @@
 namespace zem::simulator {
 namespace {
 
-constexpr std::uint8_t kAccepted = 0;
-constexpr std::uint8_t kRefused = 1;
-
-constexpr std::size_t kHeaderSize = 4;
+constexpr std::size_t kListHeaderSize = 4;
 constexpr std::size_t kEntrySize = 22;
 
 std::vector<std::uint8_t> ListBytes(const std::vector<H264Format>& formats) {
   if (formats.empty()) {
     return {};
   }
-  std::vector<std::uint8_t> list(kHeaderSize + formats.size() * kEntrySize);
+  std::vector<std::uint8_t> list(kListHeaderSize + formats.size() * kEntrySize);
   StoreLe16(list.data(), static_cast<std::uint16_t>(list.size()));
   StoreLe16(&list[2], static_cast<std::uint16_t>(formats.size()));
-  std::uint8_t* entry = &list[kHeaderSize];
+  std::uint8_t* entry = &list[kListHeaderSize];
   for (const H264Format& format : formats) {
     StoreLe16(entry, kEntrySize);
     entry[2] = format.type;
@@ -43,7 +40,7 @@ std::vector<std::uint8_t> ListBytes(const std::vector<H264Format>& formats) {
 H264Encoder::H264Encoder(const std::vector<H264Format>& formats)
     : list_(ListBytes(formats)), listPosition_(list_.size()) {}
 
-std::optional<H264Encoder::Block> H264Encoder::RunIspCommand(const Block& command) {
+std::optional<Block> H264Encoder::RunIspCommand(const Block& command) {
   switch (command[0]) {
     case 0x02:
       fps = LoadLe16(&command[1]);
@@ -63,7 +60,7 @@ std::optional<H264Encoder::Block> H264Encoder::RunIspCommand(const Block& comman
   }
 }
 
-std::optional<H264Encoder::Block> H264Encoder::RunVcpCommand(const Block& command) {
+std::optional<Block> H264Encoder::RunVcpCommand(const Block& command) {
   switch (command[0]) {
     case 0x0A:
       if (command[1] != 0x01) {

@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+#include "simulator/command_block.h"
+
 namespace zem::simulator {
 
 // One format of the camera's list.
@@ -24,7 +26,6 @@ struct H264Format {
 
 class H264Encoder {
  public:
-  using Block = std::array<std::uint8_t, 8>;
   using Piece = std::array<std::uint8_t, 32>;
 
   // As many as the list's 16-bit length can say.

@@ -7,12 +7,12 @@
 #include <map>
 #include <optional>
 
+#include "simulator/command_block.h"
+
 namespace zem::simulator {
 
 class ImageTuning {
  public:
-  using Block = std::array<std::uint8_t, 8>;
-
   // The reply to a command of the ISP or the VCP channel; none for a command that is not its own.
   std::optional<Block> RunIspCommand(const Block& command);
   std::optional<Block> RunVcpCommand(const Block& command);

@@ -8,7 +8,6 @@
 namespace zem::simulator {
 namespace {
 
-constexpr std::uint8_t kAccepted = 0;
 constexpr std::uint8_t kUnknownCommand = 1;
 constexpr std::uint8_t kWrongCheckSum = 0x80;
 
@@ -201,7 +200,7 @@ Outcome VendorUnit::ReadMemory(std::size_t length, std::vector<std::uint8_t>& by
   return Outcome::kDone;
 }
 
-VendorUnit::Block VendorUnit::RunIspCommand(const Block& command) {
+Block VendorUnit::RunIspCommand(const Block& command) {
   memoryPosition_ = 0;
   switch (command[0]) {
     case 0x00:
@@ -222,7 +221,7 @@ VendorUnit::Block VendorUnit::RunIspCommand(const Block& command) {
   }
 }
 
-VendorUnit::Block VendorUnit::RunRegisterCommand(const Block& command) {
+Block VendorUnit::RunRegisterCommand(const Block& command) {
   std::map<std::uint32_t, std::uint16_t>* const spaces[] = {
       &state.processorRegisters, &state.sensorRegisters, &state.lensRegisters};
   const std::size_t space = command[1] / 2;
@@ -245,7 +244,7 @@ VendorUnit::Block VendorUnit::RunRegisterCommand(const Block& command) {
           static_cast<std::uint8_t>(value >> 8)};
 }
 
-VendorUnit::Block VendorUnit::RunVcpCommand(const Block& command) {
+Block VendorUnit::RunVcpCommand(const Block& command) {
   transferControlled_ = command[0] == kTransferControl;
   switch (command[0]) {
     case kTransferControl:
@@ -275,7 +274,7 @@ VendorUnit::LongBlock VendorUnit::RunVcpExtendedCommand(const LongBlock& command
   return Echo(command);
 }
 
-VendorUnit::Block VendorUnit::RunCodecCommand(const Block& command) {
+Block VendorUnit::RunCodecCommand(const Block& command) {
   const std::uint16_t reg = Word(command[3], command[2]);
   if (command[1] == 0x00) {
     codecSelected_ = command[2] == 0x14;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "simulator/camera.h"
+#include "simulator/command_block.h"
 #include "simulator/data_channel.h"
 #include "simulator/firmware_image.h"
 #include "simulator/flash_memory.h"
@@ -75,7 +76,6 @@ class VendorUnit : public ExtensionUnit {
   std::function<void()> enterRomBoot;
 
  private:
-  using Block = std::array<std::uint8_t, 8>;
   using LongBlock = std::array<std::uint8_t, 16>;
 
   Block RunIspCommand(const Block& command);

@@ -13,9 +13,9 @@ namespace zem::simulator {
 namespace {
 
 // The header that both forms of the request begin with.
-constexpr std::size_t kHeaderSize = 56;
+constexpr std::size_t kPassThroughSize = 56;
 constexpr std::size_t kCdbCapacity = 16;
-constexpr std::uint8_t kDataIn = 1;
+constexpr std::uint8_t kDirectionIn = 1;
 
 struct Header {
   std::size_t cdbLength;
@@ -35,18 +35,18 @@ std::uint64_t LoadLe64(const std::uint8_t* bytes) {
 
 // Nothing for a block that the system would not take.
 std::optional<Header> ReadHeader(std::span<const std::uint8_t> block) {
-  if (block.size() < kHeaderSize || LoadLe16(block.data()) != kHeaderSize ||
-      block[6] > kCdbCapacity || block[8] > kDataIn) {
+  if (block.size() < kPassThroughSize || LoadLe16(block.data()) != kPassThroughSize ||
+      block[6] > kCdbCapacity || block[8] > kDirectionIn) {
     return std::nullopt;
   }
   Header header = {block[6],
                    block[7],
-                   block[8] == kDataIn,
+                   block[8] == kDirectionIn,
                    LoadLe32(&block[12]),
                    LoadLe64(&block[24]),
                    LoadLe32(&block[32]),
                    block.subspan(36, block[6])};
-  if (header.senseLength > 0 && header.sense < kHeaderSize) {
+  if (header.senseLength > 0 && header.sense < kPassThroughSize) {
     return std::nullopt;
   }
   return header;
@@ -70,8 +70,8 @@ std::uint32_t SystemError(const ScsiResult& result) {
 void ReturnHeader(std::span<const std::uint8_t> input, std::span<std::uint8_t> output,
                   std::size_t moved) {
   // Both may be the same memory.
-  std::memmove(output.data(), input.data(), std::min(kHeaderSize, output.size()));
-  if (output.size() >= kHeaderSize) {
+  std::memmove(output.data(), input.data(), std::min(kPassThroughSize, output.size()));
+  if (output.size() >= kPassThroughSize) {
     StoreLe32(&output[12], static_cast<std::uint32_t>(moved));
   }
 }
@@ -132,7 +132,7 @@ std::uint32_t Volume::PassThrough(std::span<const std::uint8_t> input,
   const std::size_t blockSize = header->dataIn ? output.size() : input.size();
   const bool hasData = header->dataLength > 0;
   if (header->senseEnd() > std::max(input.size(), output.size()) ||
-      (hasData && (header->data < std::max<std::uint64_t>(kHeaderSize, header->senseEnd()) ||
+      (hasData && (header->data < std::max<std::uint64_t>(kPassThroughSize, header->senseEnd()) ||
                    header->data > blockSize || header->dataLength > blockSize - header->data))) {
     return kInvalidParameter;
   }

@@ -8,11 +8,10 @@ namespace {
 
 using zem::simulator::Microphone;
 using zem::testing::DeviceTest;
+using zem::testing::kNothingDetected;
 using zem::testing::Lines;
 using zem::testing::RecordingGate;
 using zem::testing::WideLines;
-
-const WideLines kNothingDetected = {L"No video capture device was detected.\r\n\r\n"};
 
 class AudioInputTest : public DeviceTest {
  protected:

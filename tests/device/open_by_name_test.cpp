@@ -14,10 +14,9 @@ namespace {
 using zem::simulator::Camera;
 using zem::testing::DeviceTest;
 using zem::testing::DisplayName;
+using zem::testing::kNothingDetected;
 using zem::testing::RecordingGate;
 using zem::testing::WideLines;
-
-const WideLines kNothingDetected = {L"No video capture device was detected.\r\n\r\n"};
 
 std::shared_ptr<Camera> CameraWithVendorUnitAt(std::size_t node, std::size_t nodeCount) {
   auto camera = std::make_shared<Camera>();

@@ -9,6 +9,7 @@ using zem::testing::Bytes;
 using zem::testing::ImageFile;
 using zem::testing::Joined;
 using zem::testing::kTimeout;
+using zem::testing::kTransferFailed;
 using zem::testing::Lines;
 using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
@@ -20,7 +21,6 @@ using zem::testing::WideLines;
 using zem::testing::WriteCommand;
 
 const Bytes kHeaderBlock = SomeBytes(4096, 5);
-const wchar_t* const kTransferFailed = L"Failed to transfer data to device.\r\n";
 const wchar_t* const kSendFailed = L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n";
 
 // ---- Image files ----

@@ -8,6 +8,7 @@ using zem::testing::AddressLine;
 using zem::testing::Bytes;
 using zem::testing::Joined;
 using zem::testing::kTimeout;
+using zem::testing::kTransferFailed;
 using zem::testing::Lines;
 using zem::testing::LinuxHeader;
 using zem::testing::PaddedToSectors;
@@ -19,7 +20,6 @@ using zem::testing::WideLines;
 using zem::testing::WriteCommand;
 
 constexpr unsigned int kAddressInHeader = 0xFFFFFFFF;
-const wchar_t* const kTransferFailed = L"Failed to transfer data to device.\r\n";
 
 class LinuxPackageTest : public RomBootTest {
  protected:

@@ -9,6 +9,7 @@ using zem::testing::Bytes;
 using zem::testing::Joined;
 using zem::testing::kGeneralFailure;
 using zem::testing::kTimeout;
+using zem::testing::kTransferFailed;
 using zem::testing::Lines;
 using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
@@ -16,8 +17,6 @@ using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
 using zem::testing::WideLines;
 using zem::testing::WriteCommand;
-
-const wchar_t* const kTransferFailed = L"Failed to transfer data to device.\r\n";
 
 // ---- With a header ----
 

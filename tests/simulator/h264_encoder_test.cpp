@@ -12,13 +12,13 @@
 
 namespace {
 
+using zem::simulator::Block;
 using zem::simulator::H264Encoder;
 using zem::simulator::H264Format;
 using zem::simulator::H264Unit;
 using zem::simulator::Outcome;
 using zem::simulator::SkypeUnit;
 using Bytes = std::vector<std::uint8_t>;
-using Block = H264Encoder::Block;
 
 TEST(H264EncoderTest, ListIsHandedOutInPiecesFromItsBeginningOnRequest) {
   H264Format format;

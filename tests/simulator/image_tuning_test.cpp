@@ -7,8 +7,8 @@
 
 namespace {
 
+using zem::simulator::Block;
 using zem::simulator::ImageTuning;
-using Block = ImageTuning::Block;
 
 TEST(SimulatedTuningTest, SettingsAreKept) {
   ImageTuning tuning;

@@ -27,6 +27,12 @@ inline constexpr auto kFailedTransfer = static_cast<ZemResult>(0x8007001FU);
 inline constexpr auto kUnpluggedTransfer = static_cast<ZemResult>(0x8007048FU);
 inline constexpr auto kUnknownControl = static_cast<ZemResult>(0x80070490U);
 
+// What an output holds before a call that is not to write it.
+inline constexpr std::uint32_t kUntouched = 0xDEADBEEF;
+
+// The lines of a search by name in an empty category.
+inline const WideLines kNothingDetected = {L"No video capture device was detected.\r\n\r\n"};
+
 // A display name as the system gives one to a camera with these ids.
 std::wstring DisplayName(unsigned vid, unsigned pid, const std::wstring& instance = L"1");
 

@@ -24,6 +24,9 @@ using Bytes = std::vector<std::uint8_t>;
 inline constexpr std::uint32_t kGeneralFailure = 31;
 inline constexpr std::uint32_t kTimeout = 121;
 
+// The line of a transfer to storage that failed.
+inline constexpr const wchar_t* kTransferFailed = L"Failed to transfer data to device.\r\n";
+
 // "\\.\F:"
 inline std::wstring VolumePath(wchar_t letter) { return std::wstring(L"\\\\.\\") + letter + L":"; }
 

@@ -17,7 +17,7 @@ using zem::testing::TransferTest;
 using zem::testing::WideLines;
 using zem::testing::operator+;
 
-constexpr const char* kProbe = "get vendor 13 [512]";
+constexpr const char* kSpeedProbe = "get vendor 13 [512]";
 
 class FirmwareUpdateTest : public TransferTest {
  protected:
@@ -89,7 +89,7 @@ class Update517xTest : public FirmwareUpdateTest {
   Lines Update() {
     Lines lines = {"set vendor 4: 01 00 03 00 00 00 00 00",
                    kStatus,
-                   kProbe,
+                   kSpeedProbe,
                    ChunkLine(13, image, 0, 512),
                    "progress 50",
                    "drain",
@@ -194,7 +194,7 @@ TEST_F(Update517xTest, OneFailureBehindTheRegisters) {
   MakeSlow();
   image.resize(64);
   Lines update = Update();
-  update[2] = Failed(kProbe);
+  update[2] = Failed(kSpeedProbe);
   update[3] = ChunkLine(3, image, 0, 32);
   update[6] = ChunkLine(3, image, 32, 32);
   ASSERT_EQ(update.size(), 32U);

@@ -17,7 +17,7 @@ using zem::testing::SetLine;
 using zem::testing::TransferTest;
 using zem::testing::WideLines;
 
-using Block = std::array<std::uint8_t, 8>;
+using ShortBlock = std::array<std::uint8_t, 8>;
 using LongBlock = std::array<std::uint8_t, 16>;
 
 // Failure by which the search for a camera ends when there is none.
@@ -199,8 +199,8 @@ INSTANTIATE_TEST_SUITE_P(
 // The caller's own blocks.
 class StatelessRawTest : public StatelessTest {
  protected:
-  Block command = {1, 2, 3, 4, 5, 6, 7, 8};
-  Block reply = {0x5A, 0x5A};
+  ShortBlock command = {1, 2, 3, 4, 5, 6, 7, 8};
+  ShortBlock reply = {0x5A, 0x5A};
   LongBlock longCommand = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
   LongBlock longReply = {0x5A, 0x5A};
 };
@@ -208,7 +208,7 @@ class StatelessRawTest : public StatelessTest {
 TEST_F(StatelessRawTest, IspCommand) {
   vendor().Answer(2, {0, 9, 8, 7, 6, 5, 4, 3});
   EXPECT_EQ(ZEMUVCEXT_IspCommand(command.data(), reply.data()), 0);
-  EXPECT_EQ(reply, (Block{0, 9, 8, 7, 6, 5, 4, 3}));
+  EXPECT_EQ(reply, (ShortBlock{0, 9, 8, 7, 6, 5, 4, 3}));
   EXPECT_EQ(TakeWire(), (Lines{"set vendor 1: 01 02 03 04 05 06 07 08", "get vendor 2 [8]"}));
   EXPECT_EQ(TakeOpenings(), 2U);
 }
@@ -216,7 +216,7 @@ TEST_F(StatelessRawTest, IspCommand) {
 TEST_F(StatelessRawTest, IspCommandRefused) {
   vendor().Answer(2, {0x80, 9});
   EXPECT_EQ(ZEMUVCEXT_IspCommand(command.data(), reply.data()), ZEM_E_DEVICE_REFUSED);
-  EXPECT_EQ(reply, (Block{0x80, 9})) << "handed out all the same";
+  EXPECT_EQ(reply, (ShortBlock{0x80, 9})) << "handed out all the same";
 }
 
 TEST_F(StatelessRawTest, IspCommandEx) {
@@ -232,7 +232,7 @@ TEST_F(StatelessRawTest, IspCommandEx) {
 TEST_F(StatelessRawTest, VcpCommand) {
   vendor().Answer(5, {0, 9, 8, 7, 6, 5, 4, 3});
   EXPECT_EQ(ZEMUVCEXT_VcpCommand(command.data(), reply.data()), 0);
-  EXPECT_EQ(reply, (Block{0, 9, 8, 7, 6, 5, 4, 3}));
+  EXPECT_EQ(reply, (ShortBlock{0, 9, 8, 7, 6, 5, 4, 3}));
   EXPECT_EQ(TakeWire(), (Lines{"set vendor 4: 01 02 03 04 05 06 07 08", "get vendor 5 [8]"}));
   vendor().Answer(5, {0x80});
   EXPECT_EQ(ZEMUVCEXT_VcpCommand(command.data(), reply.data()), ZEM_E_DEVICE_REFUSED);
@@ -262,7 +262,8 @@ TEST_F(StatelessRawTest, OneFailureAnywhere) {
     EXPECT_EQ(longReply[0], 0x5A);
     FailTransfer(2);
     EXPECT_EQ(send(), 0);
-    EXPECT_TRUE(reply == Block{} || longReply == LongBlock{}) << "zeros where nothing was read";
+    EXPECT_TRUE(reply == ShortBlock{} || longReply == LongBlock{})
+        << "zeros where nothing was read";
   }
   ListNothing();
   for (const auto& send : commands) {

@@ -18,7 +18,7 @@ using zem::testing::TransferTest;
 using zem::testing::WideLines;
 using zem::testing::operator+;
 
-constexpr const char* kProbe = "get vendor 3 [64]";
+constexpr const char* kDataProbe = "get vendor 3 [64]";
 
 class StatelessTransferTest : public TransferTest {
  protected:
@@ -36,7 +36,7 @@ class StatelessWriteTest : public StatelessTransferTest {};
 TEST_F(StatelessWriteTest, SendsWholeChunksOf64FromTheCallersMemory) {
   EXPECT_EQ(ZEMUVCEXT_WriteFWData(image.data(), 100, Report, user()), 0);
   EXPECT_EQ(TakeWire(),
-            (Lines{kProbe, "sleep 300", ChunkLine(3, image, 0, 64), "progress 36", "drain",
+            (Lines{kDataProbe, "sleep 300", ChunkLine(3, image, 0, 64), "progress 36", "drain",
                    ChunkLine(3, image, 64, 64), "progress 0", "drain", "drain"}));
   EXPECT_EQ(TakeDebuggerLines(), (WideLines{SetLine(0, 64), SetLine(0, 64)}))
       << "the speed is not reported";
@@ -55,7 +55,7 @@ TEST_F(StatelessWriteTest, CameraThatDoesNotMove64BytesGetsChunksOf32) {
   const std::string second =
       "set vendor 3: 21 22 23 24 25 26 27 28 29 2a 2b 2c 2d 2e 2f 30 "
       "31 32 33 34 35 36 37 38 39 3a 3b 3c 3d 3e 3f 40";
-  EXPECT_EQ(TakeWire(), (Lines{kProbe, "sleep 300", first, "progress 20", "drain", second,
+  EXPECT_EQ(TakeWire(), (Lines{kDataProbe, "sleep 300", first, "progress 20", "drain", second,
                                "progress 0", "drain", "drain"}));
 }
 
@@ -76,7 +76,7 @@ TEST_F(StatelessWriteTest, OnlyASuccessWithExactly64BytesMeansChunksOf64) {
 TEST_F(StatelessWriteTest, NothingToSend) {
   for (const std::int32_t length : {0, -1, -2147483647 - 1}) {
     EXPECT_EQ(ZEMUVCEXT_WriteFWData(image.data(), length, Report, user()), 0);
-    EXPECT_EQ(TakeWire(), (Lines{kProbe, "sleep 300", "drain"})) << length;
+    EXPECT_EQ(TakeWire(), (Lines{kDataProbe, "sleep 300", "drain"})) << length;
   }
   EXPECT_EQ(ZEMUVCEXT_WriteFWData(nullptr, 0, Report, user()), 0);
 }
@@ -89,7 +89,7 @@ TEST_F(StatelessWriteTest, WithoutACallbackTheQueueIsDrainedOnce) {
 TEST_F(StatelessWriteTest, FailedChunkEndsIt) {
   FailTransfer(3);
   EXPECT_EQ(ZEMUVCEXT_WriteFWData(image.data(), 128, Report, user()), ZEM_E_NO_DEVICE);
-  EXPECT_EQ(TakeWire(), (Lines{kProbe, "sleep 300", ChunkLine(3, image, 0, 64), "progress 50",
+  EXPECT_EQ(TakeWire(), (Lines{kDataProbe, "sleep 300", ChunkLine(3, image, 0, 64), "progress 50",
                                "drain", Failed(ChunkLine(3, image, 64, 64)), "drain"}));
   EXPECT_EQ(TakeDebuggerLines(), (WideLines{SetLine(0, 64), SetLine(kFailedTransfer, 64),
                                             L"[ERR] Send Data Len = 64, hr = 8007001F\r\n"}));
@@ -198,7 +198,7 @@ TEST_P(StatelessUpdateTest, LengthThatIsNegativeAsASignedNumberSendsNothing) {
   const Lines wire = TakeWire();
   ASSERT_GT(wire.size(), 6U);
   EXPECT_EQ(Lines(wire.begin() + 1, wire.begin() + 5),
-            (Lines{kStatus, kProbe, "sleep 300", "drain"}));
+            (Lines{kStatus, kDataProbe, "sleep 300", "drain"}));
 }
 
 TEST_P(StatelessUpdateTest, NullImageOpensNothing) {
@@ -218,7 +218,7 @@ INSTANTIATE_TEST_SUITE_P(Updates, StatelessUpdateTest,
 
 TEST_F(StatelessTransferTest, UpdateWithoutACallbackIsDoneAfterEightSeconds) {
   EXPECT_EQ(ZEMUVCEXT_UpdateFW(image.data(), 100), 0);
-  EXPECT_EQ(TakeWire(), (Lines{"set vendor 4: 01 00 00 00 00 00 00 00", kStatus, kProbe,
+  EXPECT_EQ(TakeWire(), (Lines{"set vendor 4: 01 00 00 00 00 00 00 00", kStatus, kDataProbe,
                                "sleep 300", ChunkLine(3, image, 0, 64), ChunkLine(3, image, 64, 64),
                                "drain", "set vendor 4: 01 01 00 00 00 00 00 00"} +
                          kPoll + Repeated(80, {"sleep 100", "drain"})));
@@ -230,7 +230,7 @@ TEST_F(StatelessTransferTest, VisionUpdateLooksOnceAfterTenSeconds) {
   vendor().Answer(5, {0});
   EXPECT_EQ(ZEMUVCEXT_UpdateFW_Vision(image.data(), 64, 0xA7, Report, user()), 0);
   EXPECT_EQ(TakeWire(),
-            (Lines{"set vendor 4: 01 00 a7 00 00 00 00 00", kStatus, kProbe, "sleep 300",
+            (Lines{"set vendor 4: 01 00 a7 00 00 00 00 00", kStatus, kDataProbe, "sleep 300",
                    ChunkLine(3, image, 0, 64), "progress 0", "drain", "drain",
                    "set vendor 4: 01 01 a7 00 00 00 00 00", "sleep 10000", kStatus}));
 }

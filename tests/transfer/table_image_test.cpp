@@ -8,10 +8,9 @@ namespace {
 
 using zem::testing::Bytes;
 using zem::testing::kImageSize;
+using zem::testing::kUntouched;
 using zem::testing::kWholeImageTransfers;
 using zem::testing::TableTest;
-
-constexpr std::uint32_t kUntouched = 0xDEADBEEF;
 
 // What the search for table 5 comes to.
 enum class Search { kFound, kAbsent, kCorrupt };
@@ -29,7 +28,7 @@ struct Case {
   Search search;
 };
 
-const std::vector<Case> kCases = {
+const std::vector<Case> kScenes = {
     {"no image at all", 0, {}, Search::kAbsent},
     {"total 3", 3, {{4, 5, 8}}, Search::kAbsent},
     {"total 4", 4, {{4, 5, 8}}, Search::kAbsent},
@@ -94,7 +93,7 @@ class TableImageTest : public TableTest {
 };
 
 TEST_F(TableImageTest, Size) {
-  for (const Case& scene : kCases) {
+  for (const Case& scene : kScenes) {
     SCOPED_TRACE(scene.name);
     std::uint16_t small = 0xBEEF;
     const bool found = scene.search == Search::kFound;
@@ -105,7 +104,7 @@ TEST_F(TableImageTest, Size) {
 }
 
 TEST_F(TableImageTest, ReadFromAHandle) {
-  for (const Case& scene : kCases) {
+  for (const Case& scene : kScenes) {
     SCOPED_TRACE(scene.name);
     size = kUntouched;
     EXPECT_EQ(ZEMAPI_ReadTableEx(nullptr, Image(MakeImage(scene)), 5, buffer.data(), 0, &size),
@@ -115,7 +114,7 @@ TEST_F(TableImageTest, ReadFromAHandle) {
 }
 
 TEST_F(TableImageTest, WriteThroughAHandle) {
-  for (const Case& scene : kCases) {
+  for (const Case& scene : kScenes) {
     SCOPED_TRACE(scene.name);
     size = kUntouched;
     const bool found = scene.search == Search::kFound;
@@ -132,7 +131,7 @@ TEST_F(TableImageTest, WriteThroughAHandle) {
 }
 
 TEST_F(TableImageTest, ReadFromTheDevice) {
-  for (const Case& scene : kCases) {
+  for (const Case& scene : kScenes) {
     SCOPED_TRACE(scene.name);
     Store(MakeImage(scene));
     size = kUntouched;
@@ -143,7 +142,7 @@ TEST_F(TableImageTest, ReadFromTheDevice) {
 }
 
 TEST_F(TableImageTest, WriteToTheDevice) {
-  for (const Case& scene : kCases) {
+  for (const Case& scene : kScenes) {
     SCOPED_TRACE(scene.name);
     Store(MakeImage(scene));
     TakeWire();

@@ -6,14 +6,13 @@ namespace {
 
 using zem::testing::Bytes;
 using zem::testing::kImageSize;
+using zem::testing::kUntouched;
 using zem::testing::kWholeImageTransfers;
 using zem::testing::Lines;
 using zem::testing::MemoryExhausted;
 using zem::testing::TableTest;
 using zem::testing::ThreeTables;
 using zem::testing::Zeros;
-
-constexpr std::uint32_t kUntouched = 0xDEADBEEF;
 
 class TableStoreTest : public TableTest {
  protected:

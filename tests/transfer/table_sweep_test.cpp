@@ -12,11 +12,11 @@ namespace {
 using zem::testing::Bytes;
 using zem::testing::kFailedTransfer;
 using zem::testing::kImageSize;
+using zem::testing::kUntouched;
 using zem::testing::kWholeImageTransfers;
 using zem::testing::ThreeTables;
 
-constexpr std::uint32_t kUntouched = 0xDEADBEEF;
-constexpr std::size_t kPiece = 29;
+constexpr std::size_t kPieceBytes = 29;
 
 // A camera with nothing but the memory, quick enough for every transfer of every whole image. A
 // request that fails leaves it with the answer that it gave last, at first with zeros.
@@ -137,7 +137,7 @@ TEST_F(TableSweepTest, ReadTable) {
     if (failing == 3) {
       // The second piece comes out as the first once more.
       const Bytes image = ThreeTables();
-      ASSERT_TRUE(std::equal(image.begin(), image.begin() + kPiece, out.begin() + 10));
+      ASSERT_TRUE(std::equal(image.begin(), image.begin() + kPieceBytes, out.begin() + 10));
     } else {
       ASSERT_EQ(out, isFound ? table : untouched);
     }
@@ -147,7 +147,7 @@ TEST_F(TableSweepTest, ReadTable) {
 TEST_F(TableSweepTest, WriteTable) {
   const Bytes before = Filled(ThreeTables(), 0, 0, 0);
   const Bytes after = Filled(ThreeTables(), 19, 40, 0xC0);
-  const Bytes firstPieceOnly = Filled(ThreeTables(), 19, kPiece - 4, 0xC0);
+  const Bytes firstPieceOnly = Filled(ThreeTables(), 19, kPieceBytes - 4, 0xC0);
   const Bytes data(40, 0xC0);
   for (std::uint32_t failing = 1; failing <= kWholeImageTransfers + 2; ++failing) {
     SCOPED_TRACE(failing);
@@ -179,30 +179,31 @@ TEST_F(TableSweepTest, WriteTable) {
 
 TEST_F(TableSweepTest, OpenTableHandle) {
   // The mark's 32 bytes take two pieces.
-  constexpr std::uint32_t kProbe = 4;
+  constexpr std::uint32_t kMarkRead = 4;
   const Bytes image = LongestTable();
-  for (std::uint32_t failing = 1; failing <= kProbe + kWholeImageTransfers; ++failing) {
+  for (std::uint32_t failing = 1; failing <= kMarkRead + kWholeImageTransfers; ++failing) {
     SCOPED_TRACE(failing);
     Start(image, failing);
     std::uint8_t* table = nullptr;
     const ZemResult result = ZEMAPI_OpenTableHandle(handle, &table);
-    const bool isOpened = failing > 2 && (failing == kProbe || failing % 2 != 0);
-    ASSERT_EQ(result, isOpened ? 0 : failing > kProbe ? kFailedTransfer : ZEM_E_REFUSED);
+    const bool isOpened = failing > 2 && (failing == kMarkRead || failing % 2 != 0);
+    ASSERT_EQ(result, isOpened ? 0 : failing > kMarkRead ? kFailedTransfer : ZEM_E_REFUSED);
     ASSERT_EQ(table != nullptr, isOpened);
-    ASSERT_EQ(Transfers(), isOpened       ? kProbe + kWholeImageTransfers
-                           : failing == 1 ? kProbe  // no mark, which shows at the end
+    ASSERT_EQ(Transfers(), isOpened       ? kMarkRead + kWholeImageTransfers
+                           : failing == 1 ? kMarkRead  // no mark, which shows at the end
                                           : failing);
     if (isOpened) {
       Bytes wanted = image;
-      if (failing > kProbe + 1) {
+      if (failing > kMarkRead + 1) {
         // A piece that was not asked for comes out as the one before it once more.
-        const std::size_t place = (failing - kProbe - 1) / 2 * kPiece;
-        std::copy_n(image.begin() + static_cast<std::ptrdiff_t>(place - kPiece),
-                    std::min(kPiece, kImageSize - place),
+        const std::size_t place = (failing - kMarkRead - 1) / 2 * kPieceBytes;
+        std::copy_n(image.begin() + static_cast<std::ptrdiff_t>(place - kPieceBytes),
+                    std::min(kPieceBytes, kImageSize - place),
                     wanted.begin() + static_cast<std::ptrdiff_t>(place));
-      } else if (failing == kProbe + 1) {
+      } else if (failing == kMarkRead + 1) {
         // As the last one of the probe did, which had three bytes.
-        std::fill_n(std::copy_n(image.begin() + kPiece, 3, wanted.begin()), kPiece - 3, 0);
+        std::fill_n(std::copy_n(image.begin() + kPieceBytes, 3, wanted.begin()), kPieceBytes - 3,
+                    0);
       }
       ASSERT_EQ(Bytes(table, table + kImageSize), wanted);
       ZEMAPI_CloseTableHandle(handle, &table);
@@ -224,7 +225,7 @@ TEST_F(TableSweepTest, WriteTableExOfTheLongestTable) {
     ASSERT_EQ(size, 8184U);
     ASSERT_EQ(table, changed) << "the handle has the new table";
     ASSERT_EQ(Transfers(), std::min(failing, kPieces));
-    const std::size_t taken = std::min<std::size_t>((failing - 1) * kPiece, 8188);
+    const std::size_t taken = std::min<std::size_t>((failing - 1) * kPieceBytes, 8188);
     ASSERT_EQ(camera.memory, Filled(image, 8, taken > 4 ? taken - 4 : 0, 0xC0));
   }
 }

@@ -9,13 +9,12 @@ namespace {
 using zem::testing::DeviceTest;
 using zem::testing::kFailedTransfer;
 using zem::testing::kUnknownControl;
+using zem::testing::kUntouched;
 using zem::testing::Lines;
 using zem::testing::SetLine;
 using zem::testing::WideLines;
 using zem::testing::Zeros;
 using Bytes = std::vector<std::uint8_t>;
-
-constexpr std::uint32_t kUntouched = 0xDEADBEEF;
 
 class TirellaTest : public DeviceTest {
  protected:

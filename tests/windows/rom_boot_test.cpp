@@ -270,7 +270,7 @@ class TestFile {
 };
 
 // An image with a header block of 0x11 and `payload`.
-Bytes Image(const Bytes& payload) {
+Bytes BootImage(const Bytes& payload) {
   Bytes image = {'V', 'S', 'N', '_', 'V', '2', 'F', 'W', 1, 0, 0, 0, 0, 0};
   const auto length = static_cast<unsigned>(payload.size());
   for (unsigned index = 0; index < 4; ++index) {
@@ -282,7 +282,7 @@ Bytes Image(const Bytes& payload) {
 }
 
 TEST_F(RecordedVolumeTest, BurnedImageByteByByte) {
-  const TestFile file(L"rom_boot_test.image", Image(Bytes(5000, 0x22)));
+  const TestFile file(L"rom_boot_test.image", BootImage(Bytes(5000, 0x22)));
   void* device = ZEMROMAPI_OpenDevice(1);
   DebuggerCapture debugger;
   unsigned int address = 0x10000;
@@ -325,7 +325,7 @@ TEST(RomBootTest, WhatIsBurnedIsReadBack) {
   }
   ASSERT_NE(device, nullptr);
   EXPECT_EQ(ZEMROMAPI_SwitchModePCAM_SF(device), 0);
-  const TestFile image(L"rom_boot_test.image", Image(Bytes(40000, 0x22)));
+  const TestFile image(L"rom_boot_test.image", BootImage(Bytes(40000, 0x22)));
   unsigned int address = 0;
   EXPECT_EQ(ZEMROMAPI_BurnFw(device, L"rom_boot_test.image", &address), 1);
   EXPECT_EQ(address, 0xB000U);

@@ -15,8 +15,6 @@ using zem::LoadLe16;
 using zem::LoadLe32;
 using zem::StoreLe32;
 
-constexpr std::uint32_t kSectorSize = 512;
-constexpr std::uint32_t kMostCommandSectors = 64;
 constexpr std::uint32_t kBlockSize = 4096;  // of a header block
 constexpr std::uint32_t kImageHeaderSize = 18;
 constexpr std::uint32_t kLinuxHeaderSize = 8192;

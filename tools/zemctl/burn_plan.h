@@ -14,6 +14,11 @@ namespace zemctl {
 
 using Bytes = std::vector<unsigned char>;
 
+// Storage moves in whole sectors, so many bytes at most in one command.
+inline constexpr std::uint32_t kSectorSize = 512;
+inline constexpr std::uint32_t kMostCommandSectors = 64;
+inline constexpr std::uint32_t kPieceSize = kMostCommandSectors * kSectorSize;
+
 // A file that is not what it should be; says why.
 class MalformedFile : public std::runtime_error {
  public:
@@ -28,7 +33,9 @@ struct PlannedWrite {
   bool erases = false;         // `bytes` are all 0xFF
   std::uint8_t firstFlag = 0;  // flag of its first command; all others have 0
 
-  std::uint32_t sectors() const { return static_cast<std::uint32_t>((bytes.size() + 511) / 512); }
+  std::uint32_t sectors() const {
+    return static_cast<std::uint32_t>((bytes.size() + kSectorSize - 1) / kSectorSize);
+  }
 };
 
 using BurnPlan = std::vector<PlannedWrite>;

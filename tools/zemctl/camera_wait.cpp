@@ -11,7 +11,7 @@
 namespace zemctl {
 namespace {
 
-constexpr unsigned kPauseMilliseconds = 500;
+constexpr unsigned kListPauseMilliseconds = 500;
 
 std::string ReadVersion(const Session& session) {
   std::array<unsigned char, 6> version = {};
@@ -34,7 +34,7 @@ std::string WaitForCamera(const DeviceSelection& device, unsigned seconds) {
     if (GetTickCount64() >= end) {
       return "";
     }
-    Sleep(kPauseMilliseconds);
+    Sleep(kListPauseMilliseconds);
   }
 }
 

@@ -123,7 +123,7 @@ std::string ModeText(ZemLong flags) {
   return text;
 }
 
-Report Describe(const Control& control, const Setting& setting, const Range& range) {
+Report DescribeControl(const Control& control, const Setting& setting, const Range& range) {
   return {{"control", control.name},
           {"family", control.family->name},
           {"value", setting.value},
@@ -148,7 +148,7 @@ int ListControls(const Options& options, Report& report) {
       }
       continue;
     }
-    rows.push_back(Describe(control, ReadSetting(session.handle(), control), range));
+    rows.push_back(DescribeControl(control, ReadSetting(session.handle(), control), range));
   }
   // One control that fails is one that the camera lacks; all of them are a failure.
   if (rows.empty()) {
@@ -166,7 +166,7 @@ int ListControls(const Options& options, Report& report) {
 int ShowControl(void* handle, const Control& control, Report& report) {
   Range range;
   CheckControl(control.family->rangeGetter, control, ReadRange(handle, control, range));
-  report = Describe(control, ReadSetting(handle, control), range);
+  report = DescribeControl(control, ReadSetting(handle, control), range);
   return kDone;
 }
 

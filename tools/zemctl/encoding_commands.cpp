@@ -50,14 +50,14 @@ constexpr Field kStreamFields[] = {
 constexpr std::size_t kStreamBlockSize = 51;
 
 // A control of the encoding unit. Those without fields are bytes to zemctl.
-struct Control {
+struct EncodingControl {
   const char* name;
   unsigned selector;
   unsigned short length;
   std::span<const Field> fields;
 };
 
-const Control kControls[] = {
+const EncodingControl kEncodingControls[] = {
     {"video-resolution", 1, 4, {}},
     {"frame-interval", 2, 4, {}},
     {"rate-control", 3, 28, kRateControlFields},
@@ -68,9 +68,9 @@ const Control kControls[] = {
     {"stop-layer", 8, 2, {}},
 };
 
-const Control& FindControl(const std::string& name) {
+const EncodingControl& FindEncodingControl(const std::string& name) {
   std::string known;
-  for (const Control& control : kControls) {
+  for (const EncodingControl& control : kEncodingControls) {
     if (name == control.name || name == std::to_string(control.selector)) {
       return control;
     }
@@ -208,7 +208,7 @@ struct EncodingArguments {
   std::vector<std::string> values;
 };
 
-void ShowControl(void* device, const Control& control, Block& block, Report& report) {
+void ShowControl(void* device, const EncodingControl& control, Block& block, Report& report) {
   CheckTransfer("WREN_EuGet",
                 WREN_EuGet(device, control.selector, block.bytes().data(), control.length));
   report["control"] = control.name;
@@ -217,7 +217,7 @@ void ShowControl(void* device, const Control& control, Block& block, Report& rep
 }
 
 int GetEncoding(const Options& options, const EncodingArguments& arguments, Report& report) {
-  const Control& control = FindControl(arguments.control);
+  const EncodingControl& control = FindEncodingControl(arguments.control);
   Block block(control.length, control.fields);
   const EncodingDevice device(options.device);
   ShowControl(device.get(), control, block, report);
@@ -225,7 +225,7 @@ int GetEncoding(const Options& options, const EncodingArguments& arguments, Repo
 }
 
 int SetEncoding(const Options& options, const EncodingArguments& arguments, Report& report) {
-  const Control& control = FindControl(arguments.control);
+  const EncodingControl& control = FindEncodingControl(arguments.control);
   Block block(control.length, control.fields);
   if (control.fields.empty()) {
     block.bytes() = ParseBlock(arguments.values, control.length);

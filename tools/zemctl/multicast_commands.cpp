@@ -16,14 +16,15 @@ struct MulticastArguments {
   std::uint16_t packedHigh = 0;
 };
 
-int SelectStream(const Options& options, const MulticastArguments& arguments, Report& report) {
+int SelectMulticastStream(const Options& options, const MulticastArguments& arguments,
+                          Report& report) {
   const Session session(options.device);
   Check("ZEMAPI_MulticastStreamID", ZEMAPI_MulticastStreamID(session.handle(), arguments.value));
   report["stream"] = arguments.value;
   return kDone;
 }
 
-int SetLayer(const Options& options, const MulticastArguments& arguments, Report& report) {
+int SetMulticastLayer(const Options& options, const MulticastArguments& arguments, Report& report) {
   const Session session(options.device);
   Check("ZEMAPI_MulticasToggleLayer",
         ZEMAPI_MulticasToggleLayer(session.handle(), arguments.value));
@@ -31,7 +32,7 @@ int SetLayer(const Options& options, const MulticastArguments& arguments, Report
   return kDone;
 }
 
-int Commit(const Options& options, const MulticastArguments& arguments, Report& report) {
+int CommitMulticast(const Options& options, const MulticastArguments& arguments, Report& report) {
   const Session session(options.device);
   Check("ZEMAPI_MulticastCommit",
         ZEMAPI_MulticastCommit(session.handle(), arguments.format, arguments.width,
@@ -62,13 +63,13 @@ void AddMulticastCommands(Program& program) {
                                 return function(options, *arguments, report);
                               });
   };
-  add("select", "Select the stream that the others act on", SelectStream)
+  add("select", "Select the stream that the others act on", SelectMulticastStream)
       ->add_option("stream", arguments->value, "Stream id")
       ->required();
-  add("layer", "Switch a layer", SetLayer)
+  add("layer", "Switch a layer", SetMulticastLayer)
       ->add_option("value", arguments->value, "Layer value")
       ->required();
-  CLI::App* const commit = add("commit", "Commit a format", Commit);
+  CLI::App* const commit = add("commit", "Commit a format", CommitMulticast);
   commit->add_option("format", arguments->format, "Kind of stream")->required();
   commit->add_option("width", arguments->width, "Pixels")->required();
   commit->add_option("height", arguments->height, "Pixels")->required();

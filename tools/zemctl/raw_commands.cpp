@@ -63,7 +63,7 @@ GUID ParseUnit(const std::string& text) {
   return id;
 }
 
-int GetControl(const Options& options, const RawArguments& arguments, Report& report) {
+int GetUnitControl(const Options& options, const RawArguments& arguments, Report& report) {
   const GUID unit = ParseUnit(arguments.unit);
   std::vector<unsigned char> data(arguments.length);
   ZemULong moved = 0;
@@ -78,7 +78,7 @@ int GetControl(const Options& options, const RawArguments& arguments, Report& re
   return kDone;
 }
 
-int SetControl(const Options& options, const RawArguments& arguments, Report& report) {
+int SetUnitControl(const Options& options, const RawArguments& arguments, Report& report) {
   const GUID unit = ParseUnit(arguments.unit);
   std::vector<unsigned char> data = ParseBytes(arguments.bytes);
   ZemULong moved = 0;
@@ -130,11 +130,11 @@ void AddRawCommands(Program& program) {
     subcommand->add_option("selector", arguments->selector, "Control selector")->required();
     return subcommand;
   };
-  addSelector(addUnit(program.AddCommand(units, "get", "Read a control", bind(GetControl))))
+  addSelector(addUnit(program.AddCommand(units, "get", "Read a control", bind(GetUnitControl))))
       ->add_option("length", arguments->length, "Bytes to read")
       ->required()
       ->check(CLI::Range(65536));
-  addSelector(addUnit(program.AddCommand(units, "set", "Write a control", bind(SetControl))))
+  addSelector(addUnit(program.AddCommand(units, "set", "Write a control", bind(SetUnitControl))))
       ->add_option("bytes", arguments->bytes, "Hexadecimal");
   addUnit(
       program.AddCommand(units, "check", "Tell whether the camera has a unit", bind(CheckUnit)));

@@ -14,10 +14,8 @@ namespace {
 using zem::StoreBe16;
 using zem::StoreBe32;
 
-constexpr std::uint32_t kSectorSize = 512;
-constexpr std::uint32_t kPieceSize = 64 * kSectorSize;
 constexpr unsigned kSendDivider = 0x10;
-constexpr unsigned kPauseMilliseconds = 500;
+constexpr unsigned kProbePauseMilliseconds = 500;
 
 constexpr unsigned char kIdentify = 0x01;
 constexpr unsigned char kDownload = 0x02;
@@ -115,7 +113,7 @@ RomSession RomSession::Open(const RomSelection& selection) {
                          "--wait; raw access to volumes needs administrator rights.",
                          kNoCamera});
     }
-    Sleep(kPauseMilliseconds);
+    Sleep(kProbePauseMilliseconds);
   }
 }
 
@@ -164,7 +162,7 @@ void RomSession::Read(std::uint32_t address, std::span<unsigned char> bytes) con
 std::vector<Cdb> DownloadCdbs(std::uint32_t codeSize) {
   std::vector<Cdb> cdbs;
   for (std::uint32_t sectors = (codeSize + kSectorSize - 1) / kSectorSize; sectors > 0;) {
-    const std::uint32_t some = std::min(sectors, kPieceSize / kSectorSize);
+    const std::uint32_t some = std::min(sectors, kMostCommandSectors);
     cdbs.push_back(VendorCdb(kDownload));
     StoreBe16(&cdbs.back()[4], static_cast<std::uint16_t>(some));
     sectors -= some;

@@ -6,11 +6,6 @@
 #include "tools/zemctl/results.h"
 
 namespace zemctl {
-namespace {
-
-constexpr std::size_t kPieceSize = 32768;
-
-}  // namespace
 
 std::uint64_t CompareStorage(const RomSession& session, const BurnPlan& plan, Progress& progress) {
   const std::vector<Expectation> expectations = ExpectationsOf(plan);

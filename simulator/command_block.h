@@ -1,0 +1,14 @@
+// The vendor unit's 8-byte block: a command, or the reply to one with its status in byte 0.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace zem::simulator {
+
+using Block = std::array<std::uint8_t, 8>;
+
+inline constexpr std::uint8_t kAccepted = 0;
+inline constexpr std::uint8_t kRefused = 1;
+
+}  // namespace zem::simulator
