@@ -70,23 +70,23 @@ ZemResult ZEMROMAPI_LoadUpdater(void* device, const wchar_t* path) {
 ZemResult ZEMROMAPI_ResetSystem(void* device) { return OnSession(device, zem::ResetSystem); }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_SF(void* device) {
-  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_PCAM_SF, kNoOption);
+  return OnSession(device, zem::SelectStorage, &zem::kStoragePcamSf, kNoOption);
 }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_DRAM(void* device) {
-  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_PCAM_DRAM, kNoOption);
+  return OnSession(device, zem::SelectStorage, &zem::kStoragePcamDram, kNoOption);
 }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND(void* device, unsigned char option) {
-  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_PARALLEL_NAND, option);
+  return OnSession(device, zem::SelectStorage, &zem::kStorageParallelNand, option);
 }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_SPI_NAND(void* device, unsigned char option) {
-  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_SPI_NAND, option);
+  return OnSession(device, zem::SelectStorage, &zem::kStorageSpiNand, option);
 }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_EMMC(void* device, unsigned char option) {
-  return OnSession(device, zem::SelectStorage, &zem::ZEM_STORAGE_EMMC, option);
+  return OnSession(device, zem::SelectStorage, &zem::kStorageEmmc, option);
 }
 
 ZemResult ZEMROMAPI_LongJump(void* device) { return OnSession(device, zem::LongJump); }

@@ -26,14 +26,14 @@ void RequireInside(FileBytes part, FileBytes file) {
 }
 
 void RequireSection(const zem::Section& section, FileBytes file) {
-  Require(section.header.size() == zem::kSectionHeaderSize);
+  Require(section.header.size() == zem::kHeaderBlockSize);
   Require(section.size() <= file.size());
   RequireInside(section.header, file);
   RequireInside(section.payload, file);
 }
 
 void RequirePackaged(const zem::PackagedSection& section, FileBytes file) {
-  Require(section.bytes.size() == zem::kSectionHeaderSize + section.payloadLength);
+  Require(section.bytes.size() == zem::kHeaderBlockSize + section.payloadLength);
   RequireInside(section.bytes, file);
 }
 
@@ -74,7 +74,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(package->shift < 32);
     Require(package->header.size() + package->body.size() == file.size());
   }
-  static_cast<void>(zem::ParseLinuxBodyAddress(file));
   std::free(memory);
   return 0;
 }

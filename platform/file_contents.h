@@ -5,20 +5,31 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "platform/file_handle.h"
 #include "platform/memory.h"
 
 namespace zem {
 
-struct FileContents {
-  // The file, and zeros behind it. Null when the file could not be read.
-  ByteBuffer buffer;
-  // The file's own length.
-  std::size_t size = 0;
+class FileContents {
+ public:
+  FileContents() = default;
+  FileContents(ByteBuffer buffer, std::size_t size) : buffer_(std::move(buffer)), size_(size) {}
 
-  explicit operator bool() const { return buffer != nullptr; }
-  std::span<const std::uint8_t> bytes() const { return {buffer.get(), size}; }
+  // False when the file could not be read.
+  explicit operator bool() const { return buffer_ != nullptr; }
+
+  // The file's own length.
+  std::size_t size() const { return size_; }
+  // The file, and zeros behind it.
+  std::uint8_t* data() { return buffer_.get(); }
+  const std::uint8_t* data() const { return buffer_.get(); }
+  std::span<const std::uint8_t> bytes() const { return {data(), size_}; }
+
+ private:
+  ByteBuffer buffer_;
+  std::size_t size_ = 0;
 };
 
 // No process has room for more.
@@ -28,19 +39,17 @@ inline constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 47;
 // behind it. A longer one takes no memory.
 inline FileContents ReadWholeFile(const wchar_t* path, std::size_t padding,
                                   std::uint64_t most = kAddressSpace) {
-  FileContents contents;
   const FileHandle file = OpenFileHandle(path, L"rb");
   const auto size = file != nullptr ? platform::MeasureFile(file.get()) : std::nullopt;
   if (!size || *size > most) {
-    return contents;
+    return {};
   }
-  contents.size = static_cast<std::size_t>(*size);
-  contents.buffer = AllocateBytes(contents.size + padding);
-  if (contents.buffer != nullptr &&
-      std::fread(contents.buffer.get(), 1, contents.size, file.get()) != contents.size) {
-    contents.buffer.reset();
+  const auto length = static_cast<std::size_t>(*size);
+  ByteBuffer buffer = AllocateBytes(length + padding);
+  if (buffer == nullptr || std::fread(buffer.get(), 1, length, file.get()) != length) {
+    return {};
   }
-  return contents;
+  return {std::move(buffer), length};
 }
 
 }  // namespace zem

@@ -43,7 +43,7 @@ int SendLongJump(UsbScsiCmd& scsi) { return SendWithoutData(scsi, MakeCdb(SubCom
 HRESULT LongJump(ZemRomBootConfig& session) { return ResultOf(SendLongJump(session.scsi)); }
 
 HRESULT ResetSystem(ZemRomBootConfig& session) {
-  // Deliberate: a device that resets at once cannot answer any more.
+  // Deliberate: 1 also when the device does not answer; callers depend on it.
   static_cast<void>(SendWithoutData(session.scsi, MakeCdb(SubCommand::kResetSystem)));
   return 1;
 }

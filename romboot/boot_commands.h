@@ -21,13 +21,13 @@ inline constexpr const wchar_t* kNandSelected = L"Select storage type 'ZEM_STORA
 inline constexpr const wchar_t* kNandFailed =
     L"Failed to select storage type -> ZEM_STORAGE_SPI_NAND.\r\n";
 
-inline constexpr StorageType ZEM_STORAGE_EMMC = {
+inline constexpr StorageType kStorageEmmc = {
     0x02, nullptr, L"Failed to select storage type -> ZEM_STORAGE_EMMC.\r\n"};
-inline constexpr StorageType ZEM_STORAGE_PCAM_SF = {
+inline constexpr StorageType kStoragePcamSf = {
     0x05, nullptr, L"Failed to select storage type -> ZEM_STORAGE_PCAM_SF.\r\n"};
-inline constexpr StorageType ZEM_STORAGE_SPI_NAND = {0x06, kNandSelected, kNandFailed};
-inline constexpr StorageType ZEM_STORAGE_PARALLEL_NAND = {0x07, kNandSelected, kNandFailed};
-inline constexpr StorageType ZEM_STORAGE_PCAM_DRAM = {
+inline constexpr StorageType kStorageSpiNand = {0x06, kNandSelected, kNandFailed};
+inline constexpr StorageType kStorageParallelNand = {0x07, kNandSelected, kNandFailed};
+inline constexpr StorageType kStoragePcamDram = {
     0x80, nullptr, L"Failed to select storage type -> ZEM_STORAGE_PCAM_DRAM.\r\n"};
 
 HRESULT SelectStorage(ZemRomBootConfig& session, const StorageType* storage, unsigned char option);

@@ -8,13 +8,12 @@
 namespace zem {
 namespace {
 
-// The flag that starts the burning of a whole package.
+// What the first command of a package carries; the boot code knows what it means.
 constexpr std::uint8_t kFirstTransferFlag = 1;
 
 FileContents ReadFirmware(const wchar_t* path) { return ReadWholeFile(path, kSectorSize); }
 
-// The payload behind the place of its header block, and the header block when all of it is there:
-// a camera takes nothing for firmware that has no header.
+// The payload behind the place of its header block, and the header block when all of it is there.
 HRESULT WriteSection(ZemRomBootConfig& session, std::uint32_t start, const Section& section,
                      std::uint32_t& address) {
   const HRESULT result =
@@ -35,7 +34,7 @@ HRESULT BurnFw(ZemRomBootConfig& session, const wchar_t* path, std::uint32_t* ad
     return kFail;
   }
   *address = start + kHeaderBlockSize;
-  // Deliberate: the header is written in the end whether its place could be erased or not.
+  // Deliberate: a failed erase is ignored; callers depend on it.
   static_cast<void>(Erase(session, start, kHeaderBlockSize));
   const HRESULT result = WriteSection(session, start, *section, *address);
   if (SUCCEEDED(result)) {

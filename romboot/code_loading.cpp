@@ -3,6 +3,7 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <utility>
 
 #include "platform/file_contents.h"
 #include "platform/platform.h"
@@ -18,9 +19,9 @@ constexpr std::uint32_t kPauseBeforeProbing = 500;
 constexpr std::uint32_t kPauseBeforeProbe = 500;
 constexpr int kMaxProbes = 600;
 
-// Code to be downloaded: at the start of `buffer`, with zeros up to a whole sector.
+// Code to be downloaded: at the start of `contents`, with zeros up to a whole sector.
 struct Code {
-  ByteBuffer buffer;
+  FileContents contents;
   std::uint32_t sectorCount = 0;
 };
 
@@ -35,11 +36,9 @@ std::optional<Code> ReadCode(const wchar_t* path) {
     return std::nullopt;
   }
   const std::size_t size = code->size();
-  // To the start of the buffer, which is aligned for the driver.
-  std::memmove(file.buffer.get(), code->data(), size);
-  std::memset(file.buffer.get() + size, 0, file.size - size);
-  return Code{std::move(file.buffer),
-              static_cast<std::uint32_t>((size + kSectorSize - 1) / kSectorSize)};
+  std::memmove(file.data(), code->data(), size);
+  std::memset(file.data() + size, 0, file.size() - size);
+  return Code{std::move(file), static_cast<std::uint32_t>((size + kSectorSize - 1) / kSectorSize)};
 }
 
 // The started code shows up as another volume, after a while.
@@ -57,7 +56,7 @@ bool WaitForZemStorage(UsbScsiCmd& scsi) {
 
 HRESULT LoadMiniUVC(ZemRomBootConfig& session, const wchar_t* path) {
   const auto code = ReadCode(path);
-  if (!code || session.scsi.DownloadSectors(code->sectorCount, code->buffer.get()) == 0) {
+  if (!code || session.scsi.DownloadSectors(code->sectorCount, code->contents.data()) == 0) {
     return kFail;
   }
   const int jumped = SendLongJump(session.scsi);
@@ -72,7 +71,7 @@ HRESULT LoadUpdater(ZemRomBootConfig& session, const wchar_t* path) {
   }
   platform::DebuggerOutput(L"[MSG] Read updater file success!\r\n");
   platform::DebuggerOutput(L"[MSG] Start, Send updater data!\r\n");
-  if (session.scsi.DownloadSectors(code->sectorCount, code->buffer.get()) == 0) {
+  if (session.scsi.DownloadSectors(code->sectorCount, code->contents.data()) == 0) {
     return kFail;
   }
   platform::DebuggerOutput(L"[MSG] End, Send updater data!\r\n");
@@ -83,7 +82,7 @@ HRESULT LoadUpdater(ZemRomBootConfig& session, const wchar_t* path) {
   session.scsi.CloseVolume();
   platform::DebuggerOutput(L"[MSG] Try to get Zem-Storage!\r\n");
   platform::Sleep(kPauseBeforeProbing);
-  // Deliberate: 1 also when the storage never showed up; callers probe for themselves then.
+  // Deliberate: 1 also when the storage never showed up; callers depend on it.
   platform::DebuggerOutput(WaitForZemStorage(session.scsi) ? L"[MSG] Get Zem-Storage success!\r\n"
                                                            : L"[Err] No Zem-Storage success!\r\n");
   return 1;

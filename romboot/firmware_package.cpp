@@ -1,7 +1,5 @@
 #include "romboot/firmware_package.h"
 
-#include <limits>
-
 #include "platform/bytes.h"
 
 namespace zem {
@@ -30,22 +28,22 @@ std::optional<std::uint64_t> Shifted(std::uint32_t count, std::uint32_t shift) {
 }
 
 std::optional<Section> SplitSection(std::optional<FileBytes> bytes) {
-  if (!bytes || bytes->size() < kSectionHeaderSize) {
+  if (!bytes || bytes->size() < kHeaderBlockSize) {
     return std::nullopt;
   }
-  return Section{bytes->first(kSectionHeaderSize), bytes->subspan(kSectionHeaderSize)};
+  return Section{bytes->first(kHeaderBlockSize), bytes->subspan(kHeaderBlockSize)};
 }
 
 // The section at `offset` of a package, whose own header says how long it is.
 std::optional<PackagedSection> ParsePackagedSection(FileBytes file, std::uint64_t offset) {
-  const auto header = Part(file, offset, kSectionHeaderSize);
+  const auto header = Part(file, offset, kHeaderBlockSize);
   if (!header) {
     return std::nullopt;
   }
   PackagedSection section;
   section.payloadLength = LoadLe32(&(*header)[20]);
   section.value = LoadLe32(&(*header)[24]);
-  const auto bytes = Part(file, offset, kSectionHeaderSize + std::uint64_t{section.payloadLength});
+  const auto bytes = Part(file, offset, kHeaderBlockSize + std::uint64_t{section.payloadLength});
   if (!bytes) {
     return std::nullopt;
   }
@@ -69,7 +67,7 @@ std::optional<Section> ParseImage(FileBytes file) {
     return std::nullopt;
   }
   return SplitSection(
-      Part(file, kImageHeaderSize, kSectionHeaderSize + std::uint64_t{*payloadLength}));
+      Part(file, kImageHeaderSize, kHeaderBlockSize + std::uint64_t{*payloadLength}));
 }
 
 std::optional<FileBytes> ParsePcCamPackage(FileBytes file) {
@@ -100,26 +98,19 @@ std::optional<SplitPackage> ParseSplitPackage(FileBytes file) {
 std::optional<LinuxPackage> ParseLinuxPackage(FileBytes file) {
   constexpr std::size_t kLongestWithoutBody = 4096;
   const auto shift = Field(file, 8);
-  if (!shift || !Field(file, kLinuxBodyField) || !Shifted(0, *shift)) {
+  const auto count = Field(file, kLinuxBodyField);
+  const auto bodyAddress = shift && count ? Shifted(*count, *shift) : std::nullopt;
+  if (!bodyAddress) {
     return std::nullopt;
   }
   if (file.size() <= kLongestWithoutBody) {
-    return LinuxPackage{*shift, file, {}, false};
+    return LinuxPackage{*shift, *bodyAddress, file, file.last(0)};
   }
   if (file.size() < kLinuxHeaderSize) {
     return std::nullopt;
   }
-  return LinuxPackage{*shift, file.first(kLinuxHeaderSize), file.subspan(kLinuxHeaderSize), true};
-}
-
-std::optional<std::uint32_t> ParseLinuxBodyAddress(FileBytes header) {
-  const auto shift = Field(header, 8);
-  const auto count = Field(header, kLinuxBodyField);
-  const auto address = shift && count ? Shifted(*count, *shift) : std::nullopt;
-  if (!address || *address > std::numeric_limits<std::uint32_t>::max()) {
-    return std::nullopt;
-  }
-  return static_cast<std::uint32_t>(*address);
+  return LinuxPackage{*shift, *bodyAddress, file.first(kLinuxHeaderSize),
+                      file.subspan(kLinuxHeaderSize)};
 }
 
 }  // namespace zem

@@ -17,8 +17,8 @@ using FileBytes = std::span<const std::uint8_t>;
 // The header before the section of an image, and before the sections of a package.
 inline constexpr std::size_t kImageHeaderSize = 18;
 
-// The block that stands before a payload.
-inline constexpr std::size_t kSectionHeaderSize = 4096;
+// The block that stands before a payload, in a file and in storage.
+inline constexpr std::uint32_t kHeaderBlockSize = 4096;
 
 // A header block and its payload.
 struct Section {
@@ -61,12 +61,14 @@ struct SplitPackage {
 std::optional<SplitPackage> ParseSplitPackage(FileBytes file);
 
 // A Linux package: a header of 8,192 bytes and the body. A file of at most 4,096 bytes is all
-// header. Offset 8 of the header is a shift below 32.
+// header.
 struct LinuxPackage {
+  // Offset 8 of the header, below 32: the body's storage address is counted in units of 1 << shift.
   std::uint32_t shift = 0;
+  // The body's storage address as offset 16 of the header gives it. It may be beyond 32 bits.
+  std::uint64_t bodyAddress = 0;
   FileBytes header;
-  FileBytes body;
-  bool hasBody = false;
+  FileBytes body;  // may be empty
 };
 
 inline constexpr std::size_t kLinuxHeaderSize = 8192;
@@ -75,9 +77,5 @@ inline constexpr std::size_t kLinuxBodyField = 16;
 // Deliberate: a file longer than 4,096 bytes has a body, though the header takes 8,192. What lies
 // between has none that could be written, and gives nothing.
 std::optional<LinuxPackage> ParseLinuxPackage(FileBytes file);
-
-// The storage address of a Linux package's body: offset 16 of the header, in units of 1 << shift.
-// Nothing when it does not fit in 32 bits.
-std::optional<std::uint32_t> ParseLinuxBodyAddress(FileBytes header);
 
 }  // namespace zem

@@ -25,8 +25,8 @@ HRESULT LoadFW2Memory(ZemRomBootConfig& session, const wchar_t* path, std::uint3
   }
   *address = 0;
   return WriteResult(
-      ForEachTransfer(*address, file.size, [&](std::uint64_t offset, std::uint32_t length) {
-        const std::uint8_t* const piece = file.buffer.get() + offset;
+      ForEachTransfer(*address, file.size(), [&](std::uint64_t offset, std::uint32_t length) {
+        const std::uint8_t* const piece = file.data() + offset;
         platform::DebuggerLine<64>(L"ChkSum=0x%X\r\n", WordSum({piece, length}));
         return session.scsi.WriteStorage(*address, length / kSectorSize, piece, 0) != 0;
       }));

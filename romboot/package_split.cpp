@@ -12,7 +12,7 @@
 namespace zem {
 namespace {
 
-// Deliberate: the files say V3 and their magics V2. Both names are known to callers.
+// Deliberate: the files say V3 and their magics V2; callers depend on both.
 constexpr const wchar_t* kBootCodeFile = L"VSN_V3BC";
 constexpr const wchar_t* kFirmwareFile = L"VSN_V3FW";
 constexpr std::string_view kBootCodeMagic = "VSN_V2BC";

@@ -11,6 +11,7 @@
 #include "platform/memory.h"
 #include "platform/platform.h"
 #include "platform/result.h"
+#include "romboot/firmware_package.h"
 #include "romboot/storage_transfer.h"
 #include "romboot/vendor_commands.h"
 
@@ -33,20 +34,21 @@ bool ReadStorage(UsbScsiCmd& scsi, std::uint32_t address, std::uint32_t length, 
 HRESULT PartialUpdateWithHeader(ZemRomBootConfig& session, const wchar_t* path,
                                 std::uint32_t* address) {
   const FileContents file = ReadWholeFile(path, kSectorSize, kStorageSpace);
-  if (!file || !FitsInStorage(*address, std::max<std::size_t>(file.size, kHeaderBlockSize))) {
+  if (!file || !FitsInStorage(*address, std::max<std::size_t>(file.size(), kHeaderBlockSize))) {
     return kFail;
   }
   if (const HRESULT result = Erase(session, *address, kHeaderBlockSize); FAILED(result)) {
     return result;
   }
-  if (file.size <= kHeaderBlockSize) {
-    return WriteBlock(session, *address, file.bytes());
+  if (file.size() <= kHeaderBlockSize) {
+    return WriteMirrored(session, *address, file.bytes());
   }
   std::uint32_t headerAddress = *address;
   *address += kHeaderBlockSize;
-  const HRESULT result = WriteBlock(session, *address, file.bytes().subspan(kHeaderBlockSize));
-  return FAILED(result) ? result
-                        : WriteBlock(session, headerAddress, file.bytes().first(kHeaderBlockSize));
+  const HRESULT result = WriteMirrored(session, *address, file.bytes().subspan(kHeaderBlockSize));
+  return FAILED(result)
+             ? result
+             : WriteMirrored(session, headerAddress, file.bytes().first(kHeaderBlockSize));
 }
 
 HRESULT PartialUpdate(ZemRomBootConfig& session, const wchar_t* path, std::uint32_t* address) {
@@ -65,7 +67,7 @@ HRESULT PartialUpdate(ZemRomBootConfig& session, const wchar_t* path, std::uint3
       return kFail;
     }
     std::memset(piece.get() + length, 0, static_cast<std::size_t>(WholeSectors(length)) - length);
-    if (const HRESULT result = WriteBlock(session, *address, {piece.get(), length});
+    if (const HRESULT result = WriteMirrored(session, *address, {piece.get(), length});
         FAILED(result)) {
       return result;
     }

@@ -39,7 +39,7 @@ static_assert(offsetof(BufferedRequest, sense) == kSenseOffset &&
 static_assert(offsetof(DirectRequest, sense) == kSenseOffset && sizeof(DirectRequest) == 96);
 
 // Sets what both headers have in common. Deliberate: target 1, whatever the volume's own address
-// is; the port takes the address from the volume.
+// is; callers depend on it.
 template <class Header>
 void FillHeader(Header& header, std::uint8_t cdbLength, std::uint8_t direction,
                 std::uint32_t length, std::uint32_t timeoutSeconds) {

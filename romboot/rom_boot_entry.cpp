@@ -21,7 +21,7 @@ HRESULT ResetToRombootVcp16(IBaseFilter* filter) {
 }
 
 HRESULT ResetToRomboot(IBaseFilter* filter) {
-  // Deliberate: a camera knows one of the two commands, or is gone after the first.
+  // Deliberate: neither outcome is looked at; callers depend on it.
   static_cast<void>(ResetToRombootVcp8(filter));
   platform::Sleep(kPauseBetweenCommands);
   static_cast<void>(ResetToRombootVcp16(filter));

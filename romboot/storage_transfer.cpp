@@ -25,8 +25,8 @@ HRESULT WriteSectors(ZemRomBootConfig& session, std::uint32_t& address, const st
       }));
 }
 
-HRESULT WriteBlock(ZemRomBootConfig& session, std::uint32_t& address,
-                   std::span<const std::uint8_t> data) {
+HRESULT WriteMirrored(ZemRomBootConfig& session, std::uint32_t& address,
+                      std::span<const std::uint8_t> data) {
   MirrorBytes(session, address, data);
   return WriteSectors(session, address, data.data(), data.size());
 }

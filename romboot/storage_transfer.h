@@ -16,9 +16,6 @@ namespace zem {
 
 inline constexpr std::uint32_t kMaxTransfer = 32768;
 
-// Size of the header block that stands before the payload in most storages.
-inline constexpr std::uint32_t kHeaderBlockSize = 4096;
-
 // How much there is room for in 32-bit addresses.
 inline constexpr std::uint64_t kStorageSpace = std::uint64_t{1} << 32;
 
@@ -27,8 +24,8 @@ constexpr std::uint64_t WholeSectors(std::uint64_t size) {
 }
 
 // Whether `size` bytes in whole sectors, from an address on, stay within 32-bit addresses. What
-// does not would go on at address 0, over the boot code.
-constexpr bool FitsInStorage(std::uint32_t address, std::uint64_t size) {
+// does not would go on at address 0.
+constexpr bool FitsInStorage(std::uint64_t address, std::uint64_t size) {
   return address + WholeSectors(size) <= kStorageSpace;
 }
 
@@ -59,8 +56,8 @@ HRESULT WriteSectors(ZemRomBootConfig& session, std::uint32_t& address, const st
 
 // The same, mirrored to the dump file without the rounding.
 // REQUIRES: readable memory behind `data` up to a whole sector.
-HRESULT WriteBlock(ZemRomBootConfig& session, std::uint32_t& address,
-                   std::span<const std::uint8_t> data);
+HRESULT WriteMirrored(ZemRomBootConfig& session, std::uint32_t& address,
+                      std::span<const std::uint8_t> data);
 
 // Writes 0xFF over `size` bytes and the rest of their last sector: there is no command that erases.
 // The dump file gets `size` bytes.

@@ -65,7 +65,7 @@ void ReportFailure(const wchar_t* format) {
   platform::DebuggerLine<kReportCapacity>(format, error, text.data());
 }
 
-// Issues a pass-through request, again and again while the device only needs time.
+// Issues a pass-through request, and again while it fails with kGeneralFailure.
 int Issue(platform::VolumeHandle volume, std::uint32_t code, void* block, std::uint32_t inputLength,
           std::uint32_t outputLength, const wchar_t* failureFormat) {
   int retries = 0;
@@ -163,7 +163,7 @@ void UsbScsiCmd::AnnounceAddressDivider() {
     std::array<std::uint8_t, 4> divider = {};
     cdb[7] = static_cast<std::uint8_t>(divider.size());
     StoreLe32(divider.data(), addressDivider);
-    // Deliberate: boot code that does not know the command is used all the same.
+    // Deliberate: its outcome is ignored; callers depend on it.
     static_cast<void>(SendScsiCmd(1, kDataOut, divider.size(), cdb.data(), divider.data()));
   }
   platform::DebuggerLine<64>(L"Storage Address Divider=0x%X \r\n", addressDivider);

@@ -41,7 +41,7 @@ class UsbScsiCmd {
   // `deviceKind` says what answered; else 0, and `volume` is null.
   //
   // A volume that was open is replaced, not closed, and a volume that was tried in vain stays open:
-  // deliberate, so a volume of another device is never let go between two attempts.
+  // deliberate, callers depend on it.
   int OpenStorage();
 
   // Sends a command that reads `length` bytes, at most kMaxBufferedData, into `request.data`. Its

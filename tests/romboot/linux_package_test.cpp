@@ -178,19 +178,75 @@ TEST_F(LinuxPackageTest, ShiftOf32AndMoreIsMalformed) {
   EXPECT_EQ(TakeCommands().at(1), WriteCommand(0x80000000, 1));
 }
 
-TEST_F(LinuxPackageTest, BodyAddressesBeyond32BitsAreMalformed) {
-  for (const auto& [shift, units] : std::vector<std::pair<std::uint32_t, std::uint32_t>>{
-           {31, 2}, {1, 0x80000000}, {16, 0x10000}, {9, 0xFFFFFFFF}}) {
-    const Bytes file = Joined({LinuxHeader(shift, units), SomeBytes(512)});
+// Shifts and counts of body addresses beyond 32 bits.
+const std::vector<std::pair<std::uint32_t, std::uint32_t>> kAddressesBeyond32Bits = {
+    {31, 2}, {1, 0x80000000}, {16, 0x10000}, {9, 0xFFFFFFFF}, {31, 0xFFFFFFFF}};
+
+TEST_F(LinuxPackageTest, BodyAddressBeyond32BitsIsMalformedWhereABodyIsToGoThere) {
+  for (const auto& [shift, units] : kAddressesBeyond32Bits) {
+    const Bytes file = Joined({LinuxHeader(shift, units), {1}});
     EXPECT_EQ(Update(file, kAddressInHeader, 0), ZEM_E_FAIL);
     EXPECT_EQ(UpdateAtOwnAddress(file, 0), ZEM_E_FAIL);
-    const Bytes header = PartOf(file, 0, 600);
-    EXPECT_EQ(Update(header, kAddressInHeader, 0), ZEM_E_FAIL) << "also where there is no body";
-    EXPECT_EQ(UpdateAtOwnAddress(header, 0), ZEM_E_FAIL);
   }
   EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(Update(Joined({LinuxHeader(31, 2), SomeBytes(512)}), 0x80000000, 0), 1)
-      << "the header's own address is not asked for";
+  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+}
+
+TEST_F(LinuxPackageTest, BodyAddressBeyond32BitsDoesNotMatterWithoutABody) {
+  const std::wstring dump = Dump(0x3000);
+  for (const auto& [shift, units] : kAddressesBeyond32Bits) {
+    for (const std::size_t size : {std::size_t{600}, std::size_t{4096}, std::size_t{8192}}) {
+      const Bytes header = PartOf(LinuxHeader(shift, units), 0, size);
+      for (const bool ownAddress : {false, true}) {
+        EXPECT_EQ(ownAddress ? UpdateAtOwnAddress(header, 0) : Update(header, kAddressInHeader, 0),
+                  1);
+        EXPECT_EQ(volume.controls.at(1).sent, PaddedToSectors(header)) << "as it is";
+        EXPECT_EQ(TakeCommands(),
+                  (Lines{WriteCommand(0, 16),
+                         WriteCommand(0, static_cast<std::uint32_t>((size + 511) / 512))}));
+        Bytes mirrored = header;
+        mirrored.resize(0x2000, 0xFF);
+        mirrored.resize(0x3000, 0x11);
+        EXPECT_EQ(ReadFile(dump), mirrored);
+      }
+    }
+  }
+}
+
+TEST_F(LinuxPackageTest, BodyAddressBeyond32BitsDoesNotMatterWhereAnotherIsGiven) {
+  EXPECT_EQ(Update(Joined({LinuxHeader(31, 2), SomeBytes(512)}), 0x80000000, 0), 1);
+  EXPECT_EQ(PartOf(volume.controls.at(2).sent, 16, 4), (Bytes{1, 0, 0, 0}));
+  EXPECT_EQ(TakeCommands(),
+            (Lines{WriteCommand(0, 16), WriteCommand(0x80000000, 1), WriteCommand(0, 16)}));
+}
+
+TEST_F(LinuxPackageTest, BodyAddressAndItsFieldHave32Bits) {
+  struct Case {
+    std::uint32_t shift;
+    std::uint32_t units;
+    Bytes field;
+    std::uint32_t address;
+  };
+  for (const Case& test : std::vector<Case>{{0, 0x12345678, {0x78, 0x56, 0x34, 0x12}, 0x12345678},
+                                            {4, 0x0ABCDEF1, {0xF1, 0xDE, 0xBC, 0x0A}, 0xABCDEF10},
+                                            {12, 0x000FEDCB, {0xCB, 0xED, 0x0F, 0}, 0xFEDCB000},
+                                            {0, 0xFFFFFC00, {0, 0xFC, 0xFF, 0xFF}, 0xFFFFFC00}}) {
+    SCOPED_TRACE(test.units);
+    const Bytes file = Joined({LinuxHeader(test.shift, test.units), SomeBytes(512)});
+    EXPECT_EQ(Update(file, kAddressInHeader, 0x87654321), 1);
+    EXPECT_EQ(PartOf(volume.controls.at(2).sent, 16, 4), test.field);
+    EXPECT_EQ(UpdateAtOwnAddress(file, 0x87654321), 1);
+    // The same address from the caller: the field is computed.
+    const Bytes other = Joined({LinuxHeader(test.shift, 0x77), SomeBytes(512)});
+    EXPECT_EQ(Update(other, test.address, 0x87654321), 1);
+    EXPECT_EQ(PartOf(volume.controls.at(8).sent, 16, 4), test.field);
+    const Lines commands = {WriteCommand(0x87654321, 16), WriteCommand(test.address, 1),
+                            WriteCommand(0x87654321, 16)};
+    Lines all = commands;
+    all.insert(all.end(), commands.begin(), commands.end());
+    all.insert(all.end(), commands.begin(), commands.end());
+    EXPECT_EQ(TakeCommands(), all);
+  }
 }
 
 TEST_F(LinuxPackageTest, WhatWouldReachPastTheLastAddressIsRefusedBeforeAnythingIsSent) {
