@@ -37,7 +37,28 @@ constexpr std::uint16_t kMaxFps = 30;
 constexpr std::uint16_t kMinFps = 5;
 
 // Deliberate: four bytes more than header and records take. Callers depend on it.
-constexpr std::uint16_t kTotalLength = 808;
+constexpr std::uint16_t kTotalLength =
+    sizeof(H264FrameList) + std::size(kDefaultFormats) * sizeof(H264FrameInfo) + 4;
+static_assert(std::size(kDefaultFormats) == 25 && kTotalLength == 808);
+
+H264FrameInfo DefaultRecord(std::uint16_t index) {
+  const DefaultFormat& format = kDefaultFormats[index];
+  H264FrameInfo record = {};
+  record.wLength = sizeof(record);
+  record.wType = format.type;
+  record.wFrameIndex = index;
+  // Deliberately the opposite of the mark in a list that comes from the camera.
+  record.bListMark = index + 1 == std::size(kDefaultFormats) ? 1 : 0;
+  record.wWidth = format.width;
+  record.wHeight = format.height;
+  record.wSubWidth = format.subWidth;
+  record.wSubHeight = format.subHeight;
+  record.dwMaxBitRate = format.maxBitRate;
+  record.dwMinBitRate = format.minBitRate;
+  record.wMaxFps = kMaxFps;
+  record.wMinFps = kMinFps;
+  return record;
+}
 
 }  // namespace
 
@@ -47,21 +68,8 @@ FrameListPtr MakeDefaultFrameList() {
     return list;
   }
   list->wTotalLength = kTotalLength;
-  for (const DefaultFormat& format : kDefaultFormats) {
-    H264FrameInfo& record = RecordsOf(*list)[list->wCount];
-    record.wLength = sizeof(record);
-    record.wType = format.type;
-    record.wFrameIndex = list->wCount++;
-    // Deliberately the opposite of the mark in a list that comes from the camera.
-    record.bListMark = list->wCount == std::size(kDefaultFormats) ? 1 : 0;
-    record.wWidth = format.width;
-    record.wHeight = format.height;
-    record.wSubWidth = format.subWidth;
-    record.wSubHeight = format.subHeight;
-    record.dwMaxBitRate = format.maxBitRate;
-    record.dwMinBitRate = format.minBitRate;
-    record.wMaxFps = kMaxFps;
-    record.wMinFps = kMinFps;
+  for (std::uint16_t index = 0; index < std::size(kDefaultFormats); ++index) {
+    AppendRecord(*list, DefaultRecord(index));
   }
   return list;
 }

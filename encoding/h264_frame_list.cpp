@@ -115,7 +115,7 @@ FrameListPtr MakeList(std::span<const std::uint8_t> raw) {
       break;
     }
     if (const bool isSkipped = entry[2] == 0; !isSkipped) {
-      RecordsOf(*list)[list->wCount++] = RecordOf(entry, number == entryCount);
+      AppendRecord(*list, RecordOf(entry, number == entryCount));
     }
     offset += entry.size();
   }
@@ -126,6 +126,15 @@ FrameListPtr MakeList(std::span<const std::uint8_t> raw) {
 
 FrameListPtr AllocateFrameList(std::size_t size) {
   return FrameListPtr(reinterpret_cast<H264FrameList*>(AllocateBytes(size).release()));
+}
+
+std::span<const H264FrameInfo> RecordsOf(const H264FrameList& list) {
+  return {reinterpret_cast<const H264FrameInfo*>(&list + 1), list.wCount};
+}
+
+void AppendRecord(H264FrameList& list, const H264FrameInfo& record) {
+  reinterpret_cast<H264FrameInfo*>(&list + 1)[list.wCount] = record;
+  ++list.wCount;
 }
 
 HRESULT EnsureFrameList(DeviceHandle& device) {

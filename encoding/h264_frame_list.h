@@ -13,13 +13,11 @@ namespace zem {
 // A list of `size` zero bytes, at least those of its header; null when there is no memory.
 FrameListPtr AllocateFrameList(std::size_t size);
 
-// The records that follow a list's header, all of them those that fit its memory.
-inline H264FrameInfo* RecordsOf(H264FrameList& list) {
-  return reinterpret_cast<H264FrameInfo*>(&list + 1);
-}
-inline std::span<const H264FrameInfo> RecordsOf(const H264FrameList& list) {
-  return {reinterpret_cast<const H264FrameInfo*>(&list + 1), list.wCount};
-}
+// The records that follow a list's header.
+std::span<const H264FrameInfo> RecordsOf(const H264FrameList& list);
+
+// Puts a record behind those that the list has; its memory must hold one more.
+void AppendRecord(H264FrameList& list, const H264FrameInfo& record);
 
 // Makes sure that the handle has its list: the camera's or, where anything about that goes wrong,
 // the default one. 0, or kFail when memory is exhausted.

@@ -153,7 +153,7 @@ HRESULT SetH264FrameIndex(DeviceHandle& device, std::uint16_t frameIndex) {
   if (const HRESULT result = EnsureFrameList(device); FAILED(result)) {
     return result;
   }
-  const auto formats = RecordsOf(static_cast<const H264FrameList&>(*device.frameList));
+  const auto formats = RecordsOf(*device.frameList);
   const auto chosen = std::find_if(
       formats.begin(), formats.end(),
       [frameIndex](const H264FrameInfo& format) { return format.wFrameIndex == frameIndex; });

@@ -49,13 +49,12 @@ class H264StartTest : public DeviceTest {
   void PutType0(unsigned width, unsigned height) {
     zem::FrameListPtr list = zem::AllocateFrameList(36);
     list->wTotalLength = 36;
-    list->wCount = 1;
     H264FrameInfo format = {};
     format.wLength = 32;
     format.wFrameIndex = 5;
     format.wWidth = static_cast<std::uint16_t>(width);
     format.wHeight = static_cast<std::uint16_t>(height);
-    *zem::RecordsOf(*list) = format;
+    zem::AppendRecord(*list, format);
     static_cast<zem::DeviceHandle*>(handle())->frameList = std::move(list);
   }
 
