@@ -107,10 +107,13 @@ void ForEachBit(std::uint32_t bits, Visit visit) {
   }
 }
 
-// Has the cache fetch the byte at that distance, which may lie outside any buffer. Rows follow each
-// other in an order and at distances that the processor does not foresee by itself.
+// Has the cache fetch the byte at that distance, which may lie outside any buffer: hence the sum of
+// numbers, where one of pointers would have no meaning. Rows follow each other in an order and at
+// distances that the processor does not foresee by itself.
 ZEM_ALWAYS_INLINE void Fetch(const std::uint8_t* from, std::ptrdiff_t distance) {
-  _mm_prefetch(reinterpret_cast<const char*>(from) + distance, _MM_HINT_T0);
+  const auto address =
+      reinterpret_cast<std::uintptr_t>(from) + static_cast<std::uintptr_t>(distance);
+  _mm_prefetch(reinterpret_cast<const char*>(address), _MM_HINT_T0);
 }
 
 template <class Isa>
@@ -158,7 +161,7 @@ void ConvertPlanarRows(const std::uint8_t* luma, const std::uint8_t* u, const st
       std::uint8_t* const destination = bgr + (row * stride + position) * kBgrBytes;
       Fetch(source, toNext);
       Fetch(destination, toNext * static_cast<std::ptrdiff_t>(kBgrBytes));
-      Fetch(destination + 64, toNext * static_cast<std::ptrdiff_t>(kBgrBytes));
+      Fetch(destination, toNext * static_cast<std::ptrdiff_t>(kBgrBytes) + 64);
       Isa::LoadLuma(source, low, high);
       StorePixels<Isa>(offsets, low, high, destination);
       ForEachBit(offsets.doubtful, [=](std::size_t pair) {
