@@ -1,12 +1,12 @@
 #include "media/bmp_file.h"
 
 #include <array>
-#include <cstdlib>
 #include <limits>
-#include <memory>
+#include <new>
 
 #include "platform/bytes.h"
 #include "platform/file_handle.h"
+#include "platform/memory.h"
 
 namespace zem {
 namespace {
@@ -14,17 +14,9 @@ namespace {
 constexpr std::uint32_t kBmpHeaderBytes = 54;
 constexpr std::size_t kFileHeaderBytes = 14;
 
-struct Freer {
-  void operator()(void* memory) const { std::free(memory); }
-};
-
 // Null when there is no memory. The bytes are not cleared: all that is written has been converted.
-std::unique_ptr<std::uint8_t, Freer> AllocatePicture(std::uint64_t bytes) {
-  if (bytes > std::numeric_limits<std::size_t>::max()) {
-    return nullptr;
-  }
-  return std::unique_ptr<std::uint8_t, Freer>(
-      static_cast<std::uint8_t*>(std::malloc(static_cast<std::size_t>(bytes))));
+ByteBuffer AllocatePicture(std::uint32_t width, std::uint32_t height) {
+  return ByteBuffer(new (std::nothrow) std::uint8_t[std::size_t{width} * height * 4]);
 }
 
 std::uint64_t PixelBytes(std::uint32_t width, std::uint32_t height) {
@@ -77,7 +69,8 @@ bool WriteFrameAsBmp(const wchar_t* path, const std::uint8_t* frame, std::uint32
   if (file == nullptr) {
     return false;
   }
-  const auto picture = AllocatePicture(std::uint64_t{width} * height * 4);
+  // Deliberately not before the headers are written: they stay also when there is no memory.
+  const ByteBuffer picture = AllocatePicture(width, height);
   if (picture == nullptr) {
     return false;
   }
