@@ -130,6 +130,14 @@ struct Avx2 {
 
 }  // namespace
 
-const PixelKernel kAvx2Kernel = {"AVX2", ConvertYuy2Row<Avx2>, ConvertPlanarRows<Avx2>};
+void ConvertYuy2Avx2(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
+                     std::ptrdiff_t toNext) {
+  ConvertYuy2Row<Avx2>(yuy2, bgr, width, toNext);
+}
+
+void ConvertPlanarAvx2(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
+                       std::uint8_t* bgr, std::size_t width, std::size_t stride, std::size_t rows) {
+  ConvertPlanarRows<Avx2>(luma, u, v, bgr, width, stride, rows);
+}
 
 }  // namespace zem

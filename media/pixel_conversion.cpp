@@ -13,6 +13,13 @@ namespace {
 
 constexpr std::uint8_t kMissingChroma = 128;
 
+// The last needs AVX2.
+constexpr std::array<PixelKernel, 3> kKernels = {{
+    {"reference", ConvertYuy2Reference, ConvertPlanarReference},
+    {"SSE2", ConvertYuy2Sse2, ConvertPlanarSse2},
+    {"AVX2", ConvertYuy2Avx2, ConvertPlanarAvx2},
+}};
+
 bool HasAvx2() {
 #if defined(_MSC_VER) && !defined(__clang__)
   int registers[4];
@@ -29,11 +36,7 @@ bool HasAvx2() {
 }  // namespace
 
 std::span<const PixelKernel> PixelKernels() {
-  static constexpr std::size_t kCount = 3;
-  static const std::array<PixelKernel, kCount> kernels = {kReferenceKernel, kSse2Kernel,
-                                                          kAvx2Kernel};
-  static const std::size_t usable = HasAvx2() ? kCount : kCount - 1;
-  return std::span(kernels).first(usable);
+  return std::span(kKernels).first(HasAvx2() ? kKernels.size() : kKernels.size() - 1);
 }
 
 void PlanarToBgr(const PixelKernel& kernel, const std::uint8_t* frame, std::uint8_t* bgr,

@@ -9,15 +9,21 @@ namespace zem {
 // blue, green, red.
 void ConvertPixel(std::uint8_t luma, std::uint8_t chromaU, std::uint8_t chromaV, std::uint8_t* bgr);
 
-// Used by the other kernels for what is too little for them.
+// The reference, which the other kernels use for what is too little for them.
 void ConvertYuy2Reference(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
                           std::ptrdiff_t toNext);
 void ConvertPlanarReference(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
                             std::uint8_t* bgr, std::size_t width, std::size_t stride,
                             std::size_t rows);
 
-extern const PixelKernel kReferenceKernel;
-extern const PixelKernel kSse2Kernel;
-extern const PixelKernel kAvx2Kernel;
+void ConvertYuy2Sse2(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
+                     std::ptrdiff_t toNext);
+void ConvertPlanarSse2(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
+                       std::uint8_t* bgr, std::size_t width, std::size_t stride, std::size_t rows);
+
+void ConvertYuy2Avx2(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
+                     std::ptrdiff_t toNext);
+void ConvertPlanarAvx2(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
+                       std::uint8_t* bgr, std::size_t width, std::size_t stride, std::size_t rows);
 
 }  // namespace zem

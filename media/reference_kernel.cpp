@@ -45,6 +45,4 @@ void ConvertPlanarReference(const std::uint8_t* luma, const std::uint8_t* u, con
   }
 }
 
-const PixelKernel kReferenceKernel = {"reference", ConvertYuy2Reference, ConvertPlanarReference};
-
 }  // namespace zem

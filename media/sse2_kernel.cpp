@@ -113,6 +113,14 @@ struct Sse2 {
 
 }  // namespace
 
-const PixelKernel kSse2Kernel = {"SSE2", ConvertYuy2Row<Sse2>, ConvertPlanarRows<Sse2>};
+void ConvertYuy2Sse2(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
+                     std::ptrdiff_t toNext) {
+  ConvertYuy2Row<Sse2>(yuy2, bgr, width, toNext);
+}
+
+void ConvertPlanarSse2(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
+                       std::uint8_t* bgr, std::size_t width, std::size_t stride, std::size_t rows) {
+  ConvertPlanarRows<Sse2>(luma, u, v, bgr, width, stride, rows);
+}
 
 }  // namespace zem

@@ -59,6 +59,8 @@ void TranslateFormat(const wchar_t* format, std::span<wchar_t> translated) {
   translated[out] = L'\0';
 }
 
+simulated::System theSystem;
+
 // Error codes of the system.
 constexpr std::uint32_t kFileNotFound = 2;
 constexpr std::uint32_t kInvalidHandle = 6;
@@ -90,10 +92,7 @@ std::vector<std::wstring> System::OpenVolumePaths() const {
   return paths;
 }
 
-System& TheSystem() {
-  static System system;
-  return system;
-}
+System& TheSystem() { return theSystem; }
 
 void Reset() { TheSystem() = System(); }
 
