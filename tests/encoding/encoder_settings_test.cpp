@@ -95,6 +95,7 @@ TEST(PayloadFormatTest, NullOutputsAreRefusedAndTheOthersUntouched) {
             ZEM_E_REFUSED);
   EXPECT_EQ(format.width, 0xEEEE);
   EXPECT_EQ(format.height, 0xEEEE);
+  EXPECT_TRUE(format.subtype == PayloadFormat().subtype);
 }
 
 TEST_F(EncoderSettingsTest, PayloadFormatsDoNotUseTheDevice) {

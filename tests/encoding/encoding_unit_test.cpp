@@ -67,6 +67,20 @@ TEST_F(EncodingUnitTest, OpenThatFindsNothingLeavesThePointer) {
   boundFilters[0]->Release();
 }
 
+TEST_F(EncodingUnitTest, OpenCountsTheMatchesBeforeTheIndex) {
+  for (int more = 0; more < 3; ++more) {
+    List(zem::testing::DisplayName(0x5A45, 0x8C00), std::make_shared<zem::simulator::Camera>());
+  }
+  void* opened = nullptr;
+  EXPECT_EQ(WREN_OpenDevice(2, &opened), 0);
+  ASSERT_EQ(boundFilters.size(), 3U);
+  EXPECT_EQ(opened, boundFilters[2]);
+  WREN_CloseDevice(&opened);
+  // The matches that the index skipped keep their references, as by every search.
+  boundFilters[0]->Release();
+  boundFilters[1]->Release();
+}
+
 TEST_F(EncodingUnitTest, OpenUsesTheSettingsFile) {
   system().profileFiles[L"C:\\Host\\zem_setting.ini"] = L"[AP]\nDeviceVid=0x1234\n";
   void* opened = this;
@@ -129,6 +143,30 @@ TEST_F(EncodingUnitTest, ProbeAndCommitMove51Bytes) {
                                "get probe 23 [51]", "get probe 24 [51]"}));
 }
 
+TEST_F(EncodingUnitTest, WhatWasReadIsLogged) {
+  encoding.Answer(3, ScriptedUnit::Bytes(28, 0xA7));
+  std::array<std::uint8_t, 28> rate = {};
+  EXPECT_EQ(WREN_EuGet(device(), 3, rate.data(), 28), 0);
+  EXPECT_EQ(TakeLog(),
+            "2024/3/5 7:8:9 : Get : HRESULT=0x00000000 :EU Rate Control \r\n"
+            "\t\tdwSliceMode=0xA7A7A7A7\r\n"
+            "\t\tdwAverageBitRate=0xA7A7A7A7\r\n"
+            "\t\tdwPeakBitRate=0xA7A7A7A7\r\n"
+            "\t\tdwLeakyBucketSize=0xA7A7A7A7\r\n"
+            "\t\tdwQpPrime_I[3]=0xA7, 0xA7, 0xA7\r\n"
+            "\t\tdwQpPrime_P[3]=0xA7, 0xA7, 0xA7\r\n"
+            "\t\tdwQpPrime_B[3]=0xA7, 0xA7, 0xA7\r\n"
+            "\t\tbRateControlMethod=0xA7\r\n"
+            "\t\twLayerID=0xA7A7\r\n");
+  Block block = {};
+  probe.Answer(23, ScriptedUnit::Bytes(51, 0xB8));
+  EXPECT_EQ(WREN_ProbeGet(device(), block.data()), 0);
+  EXPECT_TRUE(TakeLog().starts_with(Header("Get") + "H264 Probe \r\n\t\tbmHint=0xB8B8\r\n"));
+  probe.Answer(24, ScriptedUnit::Bytes(51, 0xC9));
+  EXPECT_EQ(WREN_CommitGet(device(), block.data()), 0);
+  EXPECT_TRUE(TakeLog().starts_with(Header("Get") + "H264 Commit \r\n\t\tbmHint=0xC9C9\r\n"));
+}
+
 TEST_F(EncodingUnitTest, SelectorsAbove16BitsAreRefusedBeforeAnything) {
   std::uint8_t data = 7;
   constexpr std::uint32_t kSelectors[] = {0x10000, 0x10003, 0xFFFFFFFF};
@@ -160,9 +198,19 @@ TEST_F(EncodingUnitTest, NullDeviceIsTheDefaultCameraForThatAccess) {
   EXPECT_EQ(WREN_EuGet(nullptr, 6, &data, 1), 0);
   EXPECT_EQ(TakeWire(), (Lines{"set encoding 6: 07", "get encoding 6 [1]"}));
   EXPECT_EQ(zem::simulator::liveComObjects, 0);
+  Block block = {};
+  EXPECT_EQ(WREN_ProbeSet(nullptr, block.data()), 0);
+  EXPECT_EQ(WREN_ProbeGet(nullptr, block.data()), 0);
+  EXPECT_EQ(WREN_CommitSet(nullptr, block.data()), 0);
+  EXPECT_EQ(WREN_CommitGet(nullptr, block.data()), 0);
+  EXPECT_EQ(TakeWire(), (Lines{"set probe 23:" + zem::testing::Zeros(51), "get probe 23 [51]",
+                               "set probe 24:" + zem::testing::Zeros(51), "get probe 24 [51]"}));
+  EXPECT_EQ(zem::simulator::liveComObjects, 0);
   ListNothing();
   EXPECT_EQ(WREN_EuSet(nullptr, 6, &data, 1), ZEM_E_FAIL);
   EXPECT_EQ(WREN_EuGet(nullptr, 6, &data, 1), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(WREN_ProbeSet(nullptr, block.data()), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(WREN_CommitGet(nullptr, block.data()), ZEM_E_NO_DEVICE);
 }
 
 // Every transfer behaves alike but for what becomes of a failure.

@@ -555,6 +555,20 @@ TEST_F(H264ListTest, NoMemoryForTheCamerasBytes) {
   EXPECT_EQ(TakeWire(), (Lines{kRequest, kStatus, kPiece}));
 }
 
+TEST_F(H264ListTest, NoMemoryForTheCamerasBytesTriesAgain) {
+  handle();
+  ServeList(vendor(), ListOf({ListEntry(1, 4, 1, 1)}));
+  void* list = nullptr;
+  {
+    const zem::testing::MemoryExhausted exhausted;
+    EXPECT_EQ(ZEMAPI_GetH264FrameList(handle(), &list), ZEM_E_FAIL);
+  }
+  ServeList(vendor(), ListOf({ListEntry(1, 5, 1, 1)}));
+  const ListCopy second(handle());
+  EXPECT_EQ(second.result(), 38);
+  EXPECT_EQ(second.record(0).wFrameIndex, 5);
+}
+
 TEST_F(H264ListTest, NoMemoryForTheListOfTheCamerasBytes) {
   handle();
   ServeList(vendor(), ListOf({ListEntry(1, 4, 1, 1), ListEntry(1, 5, 1, 1)}));
@@ -572,6 +586,10 @@ TEST_F(H264ListTest, NoMemoryForTheListOfTheCamerasBytes) {
   EXPECT_EQ(transfers, 4);
   exhausted.reset();
   camera().SetObserver(nullptr);
+  ServeList(vendor(), ListOf({ListEntry(1, 6, 1, 1)}));
+  const ListCopy second(handle());
+  EXPECT_EQ(second.result(), 38);
+  EXPECT_EQ(second.record(0).wFrameIndex, 6);
 }
 
 TEST_F(H264ListTest, NoMemoryForTheCopy) {

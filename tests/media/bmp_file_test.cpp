@@ -3,11 +3,14 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "include/ZemUVCExtApi.h"
 #include "platform/simulated/simulated_platform.h"
 #include "tests/support/allocation_count.h"
+#include "tests/support/memory_limit.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -107,11 +110,42 @@ TEST_F(BmpFileTest, AFullDiskGivesNothingAndLeavesThePixels) {
   std::free(pixels);
 }
 
+TEST_F(BmpFileTest, SidesOfMoreThanTwoBytes) {
+  const Bytes frame(70000 * 2, 128);
+  const Bytes wide = {'B', 'M', 0x86, 0x34, 3,  0, 0, 0, 0, 0, 54, 0, 0, 0,  40,
+                      0,   0,   0,    112,  17, 1, 0, 1, 0, 0, 0,  1, 0, 24, 0};
+  const Bytes high = {'B', 'M', 0x86, 0x34, 3, 0, 0, 0,   0,  0, 54, 0, 0, 0,  40,
+                      0,   0,   0,    1,    0, 0, 0, 112, 17, 1, 0,  1, 0, 24, 0};
+  std::uint8_t* pixels[] = {MallocPixels(Bytes(210000, 1)), MallocPixels(Bytes(210000, 1))};
+  for (const bool isWide : {true, false}) {
+    const std::uint32_t width = isWide ? 70000 : 1;
+    const std::uint32_t height = isWide ? 1 : 70000;
+    EXPECT_EQ(ConvertYUY2toBMP(folder_.Path("a").c_str(), frame.data(), width, height), 1);
+    EXPECT_EQ(ConvertNV12toBMP(folder_.Path("b").c_str(), frame.data(), width, height), 1);
+    EXPECT_EQ(ConvertRGBtoBMP(folder_.Path("c").c_str(), pixels[isWide ? 0 : 1], width, height), 1);
+    for (const char* const name : {"a", "b", "c"}) {
+      const Bytes file = folder_.Read(name);
+      ASSERT_EQ(file.size(), 210054U);
+      EXPECT_EQ(Bytes(file.begin(), file.begin() + 30), isWide ? wide : high);
+    }
+  }
+}
+
 // Also one of four billion rows at once.
 TEST_F(BmpFileTest, APictureWithoutPixelsIsItsHeadersAndCountsAsNotWritten) {
   const Bytes frame(8, 128);
   std::uint8_t* const pixels = MallocPixels(frame);
-  for (const auto& [width, height] : {std::pair{0U, 3U}, {3U, 0U}, {0U, 0xFFFFFFFFU}}) {
+  struct Case {
+    std::uint32_t width;
+    std::uint32_t height;
+    Bytes sides;
+  };
+  const std::vector<Case> cases = {{0, 3, {0, 0, 0, 0, 3, 0, 0, 0}},
+                                   {3, 0, {3, 0, 0, 0, 0, 0, 0, 0}},
+                                   {0, 0xFFFFFFFF, {0, 0, 0, 0, 255, 255, 255, 255}},
+                                   {0, 0xA1B2C3D4, {0, 0, 0, 0, 0xD4, 0xC3, 0xB2, 0xA1}},
+                                   {0xA1B2C3D4, 0, {0xD4, 0xC3, 0xB2, 0xA1, 0, 0, 0, 0}}};
+  for (const auto& [width, height, sides] : cases) {
     EXPECT_EQ(ConvertYUY2toBMP(folder_.Path("a").c_str(), frame.data(), width, height), 0);
     EXPECT_EQ(ConvertNV12toBMP(folder_.Path("b").c_str(), frame.data(), width, height), 0);
     EXPECT_EQ(ConvertRGBtoBMP(folder_.Path("c").c_str(), pixels, width, height), 0);
@@ -119,7 +153,7 @@ TEST_F(BmpFileTest, APictureWithoutPixelsIsItsHeadersAndCountsAsNotWritten) {
       const Bytes file = folder_.Read(name);
       ASSERT_EQ(file.size(), 54U);
       EXPECT_EQ(Bytes(file.begin(), file.begin() + 6), (Bytes{'B', 'M', 54, 0, 0, 0}));
-      EXPECT_EQ(file[18], width);
+      EXPECT_EQ(Bytes(file.begin() + 18, file.begin() + 26), sides);
     }
   }
   std::free(pixels);
@@ -137,6 +171,43 @@ TEST_F(BmpFileTest, APictureTooLargeForItsHeaderIsNotBegun) {
     EXPECT_EQ(ConvertRGBtoBMP(folder_.Path("a").c_str(), &byte, width, height), 0);
   }
   EXPECT_FALSE(folder_.Exists("a"));
+}
+
+TEST_F(BmpFileTest, TheLargestPictureIsBegun) {
+  std::uint8_t byte = 0;
+  const std::vector<std::pair<std::uint32_t, std::uint32_t>> sizes = {{1431655747, 1},
+                                                                      {1, 1431655747}};
+  std::vector<std::wstring> opened;
+  zem::platform::simulated::TheSystem().refuseFile = [&](const std::wstring& path) {
+    opened.push_back(path);
+    return true;
+  };
+  for (const auto& [width, height] : sizes) {
+    EXPECT_EQ(ConvertYUY2toBMP(L"yuy2", &byte, width, height), 0);
+    EXPECT_EQ(ConvertNV12toBMP(L"nv12", &byte, width, height), 0);
+    EXPECT_EQ(ConvertRGBtoBMP(L"rgb", &byte, width, height), 0);
+    EXPECT_EQ(std::exchange(opened, {}), (std::vector<std::wstring>{L"yuy2", L"nv12", L"rgb"}));
+  }
+}
+
+TEST_F(BmpFileTest, ExhaustedMemoryLeavesTheHeaders) {
+  const Bytes frame(8, 128);
+  {
+    const zem::testing::MemoryExhausted exhausted;
+    EXPECT_EQ(ConvertYUY2toBMP(folder_.Path("a").c_str(), frame.data(), 2, 2), 0);
+    EXPECT_EQ(exhausted.TakeWanted(), 16U);
+    EXPECT_EQ(ConvertNV12toBMP(folder_.Path("b").c_str(), frame.data(), 2, 2), 0);
+    EXPECT_EQ(exhausted.TakeWanted(), 16U);
+    EXPECT_EQ(ConvertYUY2toBMP(folder_.Path("c").c_str(), frame.data(), 1431655747, 1), 0);
+    EXPECT_EQ(exhausted.TakeWanted(), 5726622988U);
+  }
+  EXPECT_EQ(folder_.Read("a"), kSmallHeaders);
+  EXPECT_EQ(folder_.Read("b"), kSmallHeaders);
+  const Bytes largest = folder_.Read("c");
+  ASSERT_EQ(largest.size(), 54U);
+  EXPECT_EQ(Bytes(largest.begin(), largest.begin() + 26),
+            (Bytes{'B', 'M', 255, 255, 255, 255,  0,    0,    0,    0, 54, 0, 0,
+                   0,   40,  0,   0,   0,   0x43, 0x55, 0x55, 0x55, 1, 0,  0, 0}));
 }
 
 TEST_F(BmpFileTest, NullPointersGiveNothing) {

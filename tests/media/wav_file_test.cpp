@@ -7,6 +7,7 @@
 #include "include/ZemUVCExtApi.h"
 #include "platform/simulated/simulated_platform.h"
 #include "tests/support/allocation_count.h"
+#include "tests/support/memory_limit.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -107,12 +108,76 @@ TEST_F(WavFileTest, AFullDiskIsNotNoticed) {
   EXPECT_EQ(PackWavFile(folder_.Path("raw").c_str(), L"/dev/full", 1, 16000, 16), 1);
 }
 
+TEST_F(WavFileTest, LengthsOfFourBytes) {
+  folder_.Write("raw", {});
+  std::filesystem::resize_file(folder_.Path("raw"), 0x01020304);
+  EXPECT_EQ(Pack(1, 16000, 16), 1);
+  EXPECT_EQ(std::filesystem::file_size(folder_.Path("wav")), 0x01020330U);
+  std::filesystem::resize_file(folder_.Path("wav"), 44);
+  EXPECT_EQ(folder_.Read("wav"),
+            (Bytes{'R',  'I',  'F', 'F', 0x28, 0x03, 0x02, 0x01, 'W', 'A', 'V', 'E',  //
+                   'f',  'm',  't', ' ', 16,   0,    0,    0,    1,   0,   1,   0,    //
+                   0x80, 0x3E, 0,   0,   0x00, 0x7D, 0,    0,    2,   0,   16,  0,    //
+                   'd',  'a',  't', 'a', 0x04, 0x03, 0x02, 0x01}));
+}
+
+// The files of these two are sparse, and nothing of them is read.
 TEST_F(WavFileTest, SoundTooLongForItsHeaderCreatesNothing) {
-  folder_.Write("raw", {1});
-  // Sparse: 4,294,967,260 bytes, one more than the header's length field can say.
-  std::filesystem::resize_file(folder_.Path("raw"), 4294967260U);
-  EXPECT_EQ(Pack(1, 16000, 16), 0);
+  folder_.Write("raw", {});
+  // One byte more than the header's length field can say; and lengths whose lower 32 bits, and
+  // those of the sum with the header, are small.
+  for (const std::uint64_t size : {4294967260ULL, 4294967295ULL, 4294967296ULL, 4294967297ULL,
+                                   4294967340ULL, 8589934600ULL, 1099511627780ULL}) {
+    std::filesystem::resize_file(folder_.Path("raw"), size);
+    const zem::testing::MemoryExhausted exhausted;
+    EXPECT_EQ(Pack(1, 16000, 16), 0);
+    EXPECT_EQ(exhausted.TakeWanted(), 0U) << size << " is refused without looking for memory";
+  }
   EXPECT_FALSE(folder_.Exists("wav"));
+}
+
+TEST_F(WavFileTest, SoundThatTheHeaderCanSayIsRefusedForMemoryOnly) {
+  folder_.Write("raw", {});
+  for (const std::uint64_t size : {2147483646ULL, 2147483647ULL, 2147483648ULL, 4294967259ULL}) {
+    std::filesystem::resize_file(folder_.Path("raw"), size);
+    const zem::testing::MemoryExhausted exhausted;
+    EXPECT_EQ(Pack(1, 16000, 16), 0);
+    EXPECT_EQ(exhausted.TakeWanted(), size);
+  }
+  EXPECT_FALSE(folder_.Exists("wav"));
+}
+
+TEST_F(WavFileTest, ExhaustedMemoryLeavesAnExistingWavFile) {
+  folder_.Write("raw", {1, 2, 3});
+  folder_.Write("wav", {9});
+  const zem::testing::MemoryExhausted exhausted;
+  EXPECT_EQ(Pack(1, 16000, 16), 0);
+  EXPECT_EQ(folder_.Read("wav"), Bytes{9});
+}
+
+// Longer than what the runtime may have read ahead when the file was measured.
+TEST_F(WavFileTest, ARawFileThatBecomesShorterIsFilledUpWithZeros) {
+  folder_.Write("raw", Bytes(100000, 3));
+  {
+    const zem::testing::BeforeAllocation shorten(
+        [this] { std::filesystem::resize_file(folder_.Path("raw"), 60000); });
+    EXPECT_EQ(Pack(1, 16000, 16), 1);
+  }
+  const Bytes file = folder_.Read("wav");
+  ASSERT_EQ(file.size(), 100044U);
+  EXPECT_EQ(Bytes(file.begin() + 40, file.begin() + 44), (Bytes{0xA0, 0x86, 0x01, 0x00}));
+  EXPECT_TRUE(Bytes(file.begin() + 44, file.begin() + 60044) == Bytes(60000, 3));
+  EXPECT_TRUE(Bytes(file.begin() + 60044, file.end()) == Bytes(40000));
+}
+
+TEST_F(WavFileTest, OnePathForBothFilesPutsTheHeaderInFront) {
+  folder_.Write("raw", {1, 2, 3});
+  const std::wstring path = folder_.Path("raw");
+  EXPECT_EQ(PackWavFile(path.c_str(), path.c_str(), 1, 16000, 16), 1);
+  EXPECT_EQ(folder_.Read("raw"), (Bytes{'R',  'I',  'F', 'F', 39,   0,    0, 0, 'W', 'A', 'V', 'E',
+                                        'f',  'm',  't', ' ', 16,   0,    0, 0, 1,   0,   1,   0,
+                                        0x80, 0x3E, 0,   0,   0x00, 0x7D, 0, 0, 2,   0,   16,  0,
+                                        'd',  'a',  't', 'a', 3,    0,    0, 0, 1,   2,   3}));
 }
 
 TEST_F(WavFileTest, AFolderInPlaceOfTheRawFileCreatesNothing) {

@@ -9,9 +9,13 @@ namespace {
 
 thread_local bool exhausted = false;
 thread_local std::size_t wanted = 0;
+thread_local std::function<void()> beforeAllocation;
 
 // Whether an allocation fails.
 bool Fails(std::size_t size) {
+  if (beforeAllocation) {
+    beforeAllocation();
+  }
   wanted = exhausted ? std::max(wanted, size) : wanted;
   return exhausted;
 }
@@ -38,5 +42,9 @@ MemoryExhausted::MemoryExhausted() {
 MemoryExhausted::~MemoryExhausted() { exhausted = false; }
 
 std::size_t MemoryExhausted::TakeWanted() { return std::exchange(wanted, 0); }
+
+BeforeAllocation::BeforeAllocation(std::function<void()> act) { beforeAllocation = std::move(act); }
+
+BeforeAllocation::~BeforeAllocation() { beforeAllocation = nullptr; }
 
 }  // namespace zem::testing
