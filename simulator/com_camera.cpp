@@ -94,7 +94,7 @@ class NodeControl : public ComObject<IKsControl> {
       outcome = camera_->Get(node_, selector, {data, dataLength}, moved);
     }
     *bytesReturned = moved;
-    return ResultOf(outcome);
+    return EndTransfer(gate_, ResultOf(outcome));
   }
 
   std::shared_ptr<Camera> camera_;

@@ -8,17 +8,25 @@
 namespace zem::simulator {
 
 // Sees each call that a host makes on the simulated system's objects, before it is carried out, and
-// may refuse it.
+// may refuse it. Sees the result of each transfer, and may change it.
 class CallGate {
  public:
   virtual ~CallGate() = default;
   // `call` is the method's name. A negative result refuses the call and is what the host gets.
   virtual HRESULT Enter(const char* call) = 0;
+
+  // A transfer to or from a control of an extension unit has come to `result`; what is returned is
+  // what the host gets.
+  virtual HRESULT EndTransfer(HRESULT result) { return result; }
 };
 
 // Passes the gate, if there is one.
 inline HRESULT Enter(CallGate* gate, const char* call) {
   return gate != nullptr ? gate->Enter(call) : S_OK;
+}
+
+inline HRESULT EndTransfer(CallGate* gate, HRESULT result) {
+  return gate != nullptr ? gate->EndTransfer(result) : result;
 }
 
 // Objects that have not been released for the last time.

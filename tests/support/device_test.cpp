@@ -79,8 +79,10 @@ DeviceTest::DeviceTest() : camera_(std::make_shared<simulator::Camera>()) {
   platform::simulated::Reset();
   camera_->AddPlainNode();
   vendor_ = &AddUnit(VendorXu);
-  camera_->SetObserver(
-      [this](const simulator::Transfer& transfer) { wire_.push_back(TextOf(transfer)); });
+  camera_->SetObserver([this](const simulator::Transfer& transfer) {
+    wire_.push_back(TextOf(transfer));
+    system().clockMilliseconds += transferMilliseconds;
+  });
   system().createDeviceEnumerator = [this](ICreateDevEnum** enumerator) {
     if (const HRESULT refused = gate.Enter("CreateDeviceEnumerator"); FAILED(refused)) {
       return refused;

@@ -85,6 +85,9 @@ class DeviceTest : public ::testing::Test {
   // All debugger texts since the last call.
   WideLines TakeDebuggerLines();
 
+  // How long each transfer takes by the system's clock.
+  std::uint32_t transferMilliseconds = 0;
+
   // Sees all calls on the listed devices.
   RecordingGate gate;
 

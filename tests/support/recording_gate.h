@@ -1,4 +1,5 @@
-// A gate that writes down every call on the simulated system and refuses one of them on request.
+// A gate that writes down every call on the simulated system, refuses one of them on request, and
+// gives transfers other results.
 #pragma once
 
 #include <map>
@@ -22,6 +23,15 @@ class RecordingGate : public simulator::CallGate {
     refusedNames_[call] = result;
   }
 
+  // The n-th transfer from now on, counted from 1, ends with `result`, whatever it came to. What it
+  // moved stays moved.
+  void EndTransfer(std::size_t n, HRESULT result) { transferResults_[transfers_ + n] = result; }
+
+  HRESULT EndTransfer(HRESULT result) override {
+    const auto changed = transferResults_.find(++transfers_);
+    return changed != transferResults_.end() ? changed->second : result;
+  }
+
   HRESULT Enter(const char* call) override {
     calls.emplace_back(call);
     if (const auto name = refusedNames_.find(call); name != refusedNames_.end()) {
@@ -35,6 +45,8 @@ class RecordingGate : public simulator::CallGate {
  private:
   std::size_t refused_ = static_cast<std::size_t>(-1);
   std::map<std::string, HRESULT> refusedNames_;
+  std::size_t transfers_ = 0;
+  std::map<std::size_t, HRESULT> transferResults_;
 };
 
 }  // namespace zem::testing
