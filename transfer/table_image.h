@@ -43,8 +43,13 @@ struct TableEntry {
   }
 };
 
-// The first entry with this id: 0; kRefused when there is none; kFail when an entry on the way, the
-// wanted one included, is shorter than its header or does not end inside the span.
-HRESULT FindTableEntry(ConstTableImage image, std::uint8_t id, TableEntry& entry);
+// The first entry with this id: 0. kRefused when there is none: an entry that is not wanted only
+// leads on, and the search is over where it leads to the image's total or past it.
+//
+// kFail when an entry on the way, the wanted one included, is shorter than its header or longer
+// than `longest`, when the next header does not lie inside the span though the total is not
+// reached, or when the wanted entry does not end inside the span.
+HRESULT FindTableEntry(ConstTableImage image, std::uint8_t id, TableEntry& entry,
+                       std::size_t longest = 0xFFFF);
 
 }  // namespace zem

@@ -30,11 +30,11 @@ HRESULT ReadWholeImage(IBaseFilter* filter, ByteBuffer& buffer) {
   return buffer ? ReadImage(filter, ImageAt(buffer.get()), kTableImageSize) : kRefused;
 }
 
-// Deliberate: a table that the image lacks is no failure, and leaves the outputs untouched.
-HRESULT CopyPayload(ConstTableImage image, std::uint8_t id, std::uint8_t* out,
-                    std::uint32_t* size) {
-  TableEntry entry;
-  if (const HRESULT found = FindTableEntry(image, id, entry); found != S_OK) {
+// What a search has `found` goes to the caller. Deliberate: a table that the image lacks is no
+// failure, and leaves the outputs untouched.
+HRESULT CopyPayload(ConstTableImage image, HRESULT found, const TableEntry& entry,
+                    std::uint8_t* out, std::uint32_t* size) {
+  if (found != S_OK) {
     return found == kRefused ? S_OK : found;
   }
   const auto payload = image.subspan(entry.payloadOffset(), entry.payloadSize());
@@ -106,7 +106,11 @@ HRESULT GetTableSize(const std::uint8_t* handle, std::uint8_t id, std::uint16_t*
 
 HRESULT ReadTableEx(const std::uint8_t* handle, std::uint8_t id, std::uint8_t* out,
                     std::uint32_t* size) {
-  return CopyPayload(ImageAt(handle), id, out, size);
+  const ConstTableImage image = ImageAt(handle);
+  TableEntry entry;
+  // Deliberate: of all searches only this one takes no entry longer than an image.
+  const HRESULT found = FindTableEntry(image, id, entry, kTableImageSize);
+  return CopyPayload(image, found, entry, out, size);
 }
 
 HRESULT WriteTableEx(IBaseFilter* filter, std::uint8_t* handle, std::uint8_t id,
@@ -128,7 +132,10 @@ HRESULT ReadTable(IBaseFilter* filter, std::uint8_t id, std::uint8_t* out, std::
   if (const HRESULT result = ReadWholeImage(filter, buffer); result != S_OK) {
     return result;
   }
-  return CopyPayload(ImageAt(buffer.get()), id, out, size);
+  const ConstTableImage image = ImageAt(buffer.get());
+  TableEntry entry;
+  const HRESULT found = FindTableEntry(image, id, entry);
+  return CopyPayload(image, found, entry, out, size);
 }
 
 HRESULT WriteTable(IBaseFilter* filter, std::uint8_t id, const std::uint8_t* data,

@@ -103,6 +103,18 @@ TEST_F(TableHandleTest, OpenUnderFailureOfEachRequest) {
   }
 }
 
+TEST_F(TableHandleTest, OpenUnderAPositiveResultOfEachRead) {
+  Store({0xEE, 0x00, 0x0A, 0x00, 0x00, 0x01, 0x06, 0x00, 0xA1, 0xA2});
+  gate.EndTransfer(2, 1);
+  EXPECT_EQ(FailToOpen(), ZEM_E_REFUSED) << "the mark has not been seen";
+  EXPECT_EQ(TakeWire().size(), 2U);
+  gate.EndTransfer(6, 1);
+  EXPECT_EQ(FailToOpen(), 1);
+  EXPECT_EQ(TakeWire().size(), 6U);
+  gate.EndTransfer(4, 1);
+  EXPECT_NE(table(), nullptr) << "the mark has been seen";
+}
+
 TEST_F(TableHandleTest, OpenWithoutMemorySendsNothing) {
   const MemoryExhausted memory;
   EXPECT_EQ(FailToOpen(), ZEM_E_REFUSED);

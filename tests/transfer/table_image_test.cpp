@@ -12,8 +12,9 @@ using zem::testing::kUntouched;
 using zem::testing::kWholeImageTransfers;
 using zem::testing::TableTest;
 
-// What the search for table 5 comes to.
-enum class Search { kFound, kAbsent, kCorrupt };
+// What the search for table 5 comes to. An entry that is too long makes the image corrupt to
+// ZEMAPI_ReadTableEx; to all others the table is absent.
+enum class Search { kFound, kAbsent, kTooLong, kCorrupt };
 
 struct Case {
   std::string name;
@@ -51,15 +52,27 @@ const std::vector<Case> kScenes = {
     {"length 8192", 8192, {{4, 5, 8192}}, Search::kCorrupt},
     {"length 8193", 8192, {{4, 5, 8193}}, Search::kCorrupt},
     {"length 65535", 8192, {{4, 5, 65535}}, Search::kCorrupt},
-    {"length 65535 on the way", 8192, {{4, 1, 65535}}, Search::kCorrupt},
-    {"next entry at 65536 + 4", 65535, {{4, 1, 65532}}, Search::kCorrupt},
+    {"entry that leads to the total", 12, {{4, 1, 8}}, Search::kAbsent},
+    {"entry that leads past the total", 11, {{4, 1, 8}}, Search::kAbsent},
+    {"one byte past the buffer on the way", 8192, {{4, 1, 8189}}, Search::kAbsent},
+    {"length 8192 on the way", 8192, {{4, 1, 8192}}, Search::kAbsent},
+    {"length 8193 on the way", 8192, {{4, 1, 8193}}, Search::kTooLong},
+    {"length 8193 on the way in a longer image", 65535, {{4, 1, 8193}}, Search::kCorrupt},
+    {"length 65535 on the way", 8192, {{4, 1, 65535}}, Search::kTooLong},
+    {"length 65535 second on the way", 100, {{4, 1, 8}, {12, 2, 65535}}, Search::kTooLong},
+    {"length 8192 leads outside before the total", 8197, {{4, 1, 8192}}, Search::kCorrupt},
+    {"length 8192 leads to a total outside", 8196, {{4, 1, 8192}}, Search::kAbsent},
+    {"length 65530 leads outside before the total", 65535, {{4, 1, 65530}}, Search::kCorrupt},
+    {"length 65531 leads to the highest total", 65535, {{4, 1, 65531}}, Search::kTooLong},
+    {"next entry at 65536", 65535, {{4, 1, 65532}}, Search::kTooLong},
+    {"next entry at 65536 + 3", 65535, {{4, 1, 65535}}, Search::kTooLong},
     {"last entry ends with the buffer", 8192, {{4, 1, 8184}, {8188, 5, 4}}, Search::kFound},
     {"last entry ends past the buffer", 8192, {{4, 1, 8184}, {8188, 5, 5}}, Search::kCorrupt},
     {"header past the buffer", 8192, {{4, 1, 8185}}, Search::kCorrupt},
     {"header past the buffer but for a byte", 8192, {{4, 1, 8187}}, Search::kCorrupt},
     {"search that reaches the end of buffer and image", 8192, {{4, 1, 8188}}, Search::kAbsent},
     {"search that reaches the end of the buffer", 8193, {{4, 1, 8188}}, Search::kCorrupt},
-    {"erased memory", 0xFFFF, {{4, 0xFF, 0xFFFF}}, Search::kCorrupt},
+    {"erased memory", 0xFFFF, {}, Search::kTooLong},
 };
 
 Bytes MakeImage(const Case& scene) {
@@ -87,6 +100,16 @@ std::uint32_t WantedSize(const Case& scene) {
 
 class TableImageTest : public TableTest {
  protected:
+  // Of a call that reads a table from the device, and of the two that write one.
+  static ZemResult ReadResult(const Case& scene) {
+    return scene.search == Search::kCorrupt ? ZEM_E_FAIL : 0;
+  }
+  static ZemResult WriteResult(const Case& scene) {
+    return scene.search == Search::kFound     ? 0
+           : scene.search == Search::kCorrupt ? ZEM_E_FAIL
+                                              : ZEM_E_REFUSED;
+  }
+
   std::uint32_t size = kUntouched;
   // Never larger than the largest table, and watched by the sanitizer.
   Bytes buffer = Bytes(kImageSize - 8, 0x55);
@@ -107,9 +130,13 @@ TEST_F(TableImageTest, ReadFromAHandle) {
   for (const Case& scene : kScenes) {
     SCOPED_TRACE(scene.name);
     size = kUntouched;
+    const Bytes before = buffer;
     EXPECT_EQ(ZEMAPI_ReadTableEx(nullptr, Image(MakeImage(scene)), 5, buffer.data(), 0, &size),
-              scene.search == Search::kCorrupt ? ZEM_E_FAIL : 0);
+              scene.search == Search::kTooLong ? ZEM_E_FAIL : ReadResult(scene));
     EXPECT_EQ(size, scene.search == Search::kFound ? WantedSize(scene) : kUntouched);
+    if (scene.search != Search::kFound) {
+      EXPECT_EQ(buffer, before) << "untouched";
+    }
   }
 }
 
@@ -120,10 +147,7 @@ TEST_F(TableImageTest, WriteThroughAHandle) {
     const bool found = scene.search == Search::kFound;
     std::uint8_t* const table = Image(MakeImage(scene));
     const Bytes before = image();
-    EXPECT_EQ(ZEMAPI_WriteTableEx(handle(), table, 5, buffer.data(), 0, &size),
-              found                              ? 0
-              : scene.search == Search::kCorrupt ? ZEM_E_FAIL
-                                                 : ZEM_E_REFUSED);
+    EXPECT_EQ(ZEMAPI_WriteTableEx(handle(), table, 5, buffer.data(), 0, &size), WriteResult(scene));
     EXPECT_EQ(size, found ? WantedSize(scene) : kUntouched);
     EXPECT_EQ(TakeWire().size(), found ? (WantedSize(scene) + 4 + 28) / 29 : 0);
     EXPECT_TRUE(found || image() == before);
@@ -135,9 +159,12 @@ TEST_F(TableImageTest, ReadFromTheDevice) {
     SCOPED_TRACE(scene.name);
     Store(MakeImage(scene));
     size = kUntouched;
-    EXPECT_EQ(ZEMAPI_ReadTable(handle(), 5, buffer.data(), 0, &size),
-              scene.search == Search::kCorrupt ? ZEM_E_FAIL : 0);
+    const Bytes before = buffer;
+    EXPECT_EQ(ZEMAPI_ReadTable(handle(), 5, buffer.data(), 0, &size), ReadResult(scene));
     EXPECT_EQ(size, scene.search == Search::kFound ? WantedSize(scene) : kUntouched);
+    if (scene.search != Search::kFound) {
+      EXPECT_EQ(buffer, before) << "untouched";
+    }
   }
 }
 
@@ -148,13 +175,11 @@ TEST_F(TableImageTest, WriteToTheDevice) {
     TakeWire();
     size = kUntouched;
     const bool found = scene.search == Search::kFound;
-    EXPECT_EQ(ZEMAPI_WriteTable(handle(), 5, buffer.data(), 0, &size),
-              found                              ? 0
-              : scene.search == Search::kCorrupt ? ZEM_E_FAIL
-                                                 : ZEM_E_REFUSED);
+    EXPECT_EQ(ZEMAPI_WriteTable(handle(), 5, buffer.data(), 0, &size), WriteResult(scene));
     EXPECT_EQ(size, found ? WantedSize(scene) : kUntouched);
     EXPECT_EQ(TakeWire().size() - kWholeImageTransfers,
               found ? (WantedSize(scene) + 4 + 28) / 29 : 0);
+    EXPECT_TRUE(found || memory() == MakeImage(scene));
   }
 }
 

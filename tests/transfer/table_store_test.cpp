@@ -88,6 +88,43 @@ TEST_F(TableStoreTest, WriteTableOfAnAbsentTableWritesNothing) {
   EXPECT_EQ(memory(), before);
 }
 
+TEST_F(TableStoreTest, PositiveResultOfAReadIsReturnedAsItIs) {
+  const Bytes before = memory();
+  for (const std::size_t k : {std::size_t{2}, kWholeImageTransfers}) {
+    SCOPED_TRACE(k);
+    gate.EndTransfer(k, 1);
+    EXPECT_EQ(ZEMAPI_ReadTable(handle(), 0x01, out.data(), 50, &size), 1);
+    EXPECT_EQ(TakeWire().size(), k);
+    gate.EndTransfer(k, 1);
+    EXPECT_EQ(ZEMAPI_WriteTable(handle(), 0x01, out.data(), 50, &size), 1);
+    EXPECT_EQ(TakeWire().size(), k);
+  }
+  EXPECT_EQ(out, Bytes(50, 0x55));
+  EXPECT_EQ(size, kUntouched);
+  EXPECT_EQ(memory(), before);
+}
+
+TEST_F(TableStoreTest, PositiveResultOfAWriteIsReturnedAsItIs) {
+  gate.EndTransfer(kWholeImageTransfers + 1, 1);
+  EXPECT_EQ(ZEMAPI_WriteTable(handle(), 0x30, out.data(), 50, &size), 1);
+  EXPECT_EQ(size, 40U);
+  EXPECT_EQ(TakeWireBehindTheRead().size(), 1U) << "the second piece is not sent";
+}
+
+TEST_F(TableStoreTest, ErasedMemoryHasNoTable) {
+  Store({});
+  const Bytes before = memory();
+  EXPECT_EQ(ZEMAPI_ReadTable(handle(), 0x01, out.data(), 50, &size), 0);
+  TakeWire();
+  EXPECT_EQ(ZEMAPI_WriteTable(handle(), 0x01, out.data(), 50, &size), ZEM_E_REFUSED);
+  EXPECT_EQ(TakeWireBehindTheRead(), Lines());
+  EXPECT_EQ(ZEMAPI_ReadTable(handle(), 0xFF, out.data(), 50, &size), ZEM_E_FAIL)
+      << "the id that erased memory has is that of an entry which reaches out of it";
+  EXPECT_EQ(out, Bytes(50, 0x55));
+  EXPECT_EQ(size, kUntouched);
+  EXPECT_EQ(memory(), before);
+}
+
 TEST_F(TableStoreTest, WithoutMemoryNothingIsSent) {
   const MemoryExhausted memory;
   EXPECT_EQ(ZEMAPI_ReadTable(handle(), 0x01, out.data(), 50, &size), ZEM_E_REFUSED);
