@@ -9,6 +9,7 @@
 
 namespace stateless = zem::stateless;
 
+using zem::AnyNull;
 using zem::Image;
 using zem::kProcessorRegisters;
 using zem::kRefused;
@@ -105,8 +106,9 @@ ZemResult ZEMUVCEXT_WriteFWData(const uint8_t* data, int32_t length, ProgressCal
 
 ZemResult ZEMUVCEXT_ReadFWData(uint8_t* buffer, uint32_t bufferSize, uint32_t* outLength,
                                ProgressCallback callback, uint64_t user) {
-  return OnDefaultCamera(stateless::ReadFWData, buffer, bufferSize, outLength,
-                         Progress{callback, user});
+  return AnyNull(buffer, outLength)
+             ? kRefused
+             : stateless::ReadFWData(buffer, bufferSize, outLength, Progress{callback, user});
 }
 
 ZemResult ZEMUVCEXT_UpdateFW(const uint8_t* image, uint32_t length) {

@@ -16,7 +16,7 @@ namespace zem {
 struct NoWait {};
 
 // The device is asked every 30 ms, the message queue drained each time, until it is done or has
-// failed; ten minutes are enough for any burn. A device that says at once that it is done is given
+// failed, for ten minutes at most. A device that says at once that it is done is given
 // `graceTenths` tenths of a second more.
 struct PollUntilDone {
   const wchar_t* errorLine;  // written when the device reports a failure

@@ -1,5 +1,6 @@
 #include "transfer/data_channel.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "device/extension_units.h"
@@ -21,22 +22,20 @@ constexpr DataControl kSlowData = {vendor_selector::kBulkData, 32};
 constexpr DataControl kFastFlashRead = {vendor_selector::kMemoryRead, 512};
 constexpr DataControl kSlowFlashRead = {vendor_selector::kSlowFlashRead, 32};
 
-// Length of the longest chunk, and of the buffer for any of them.
-constexpr std::uint32_t kLongestChunk = 512;
+// A buffer for a chunk of either speed.
+constexpr std::uint32_t kLongestChunk =
+    std::max({kFastData.chunkLength, kSlowData.chunkLength, kFastFlashRead.chunkLength,
+              kSlowFlashRead.chunkLength});
 
+// Characters of a line about data that is announced and sent, with its end.
 constexpr std::size_t kShortLine = 64;
-constexpr std::size_t kLine = 512;
 
-// No chunk read from the device is longer: a control's length is a 16-bit number.
-constexpr std::uint32_t kLongestControl = 0xFFFF;
-
-// After a failed transfer: repeats it up to five times, each after a line and 5 ms. The result of
-// the last one.
+// Repeats a transfer that came to `result` until it does not fail, up to five times, each after a
+// line and 5 ms. The result of the last one.
 template <std::size_t Capacity, class Transfer>
-HRESULT Retry(const wchar_t* line, Transfer transfer) {
+HRESULT Retry(HRESULT result, const wchar_t* line, Transfer transfer) {
   constexpr int kRetries = 5;
   constexpr std::uint32_t kPauseMilliseconds = 5;
-  HRESULT result = E_FAIL;
   for (int retry = 0; FAILED(result) && retry < kRetries; ++retry) {
     DebuggerLine<Capacity>(line, retry);
     platform::Sleep(kPauseMilliseconds);
@@ -57,7 +56,15 @@ HRESULT ReadChunk(const DataControl& control, std::uint8_t* bytes, IBaseFilter* 
   return XuGetControl(VendorXu, control.selector, bytes, control.chunkLength, &moved, filter);
 }
 
-// The share done so far, in single precision as hosts have always seen it.
+// How many bytes of a chunk that has been read go to the caller.
+std::uint32_t CopiedCount(std::uint32_t remaining, std::uint32_t chunkLength) {
+  // Deliberate: cut to 16 bits. The most that they hold stands for 0, with which no read would end.
+  constexpr std::uint16_t kMost = 0xFFFF;
+  const auto count = static_cast<std::uint16_t>(std::min(remaining, chunkLength));
+  return count != 0 ? count : kMost;
+}
+
+// The share done so far. Deliberate: in single precision.
 std::uint32_t DonePercent(std::uint32_t done, std::uint32_t size) {
   return static_cast<std::uint32_t>(static_cast<float>(done) / static_cast<float>(size) * 100.0F);
 }
@@ -72,9 +79,9 @@ DataControl ProbeDataSpeed(IBaseFilter* filter) {
                                              kFastData.chunkLength, &moved, filter)) &&
                       moved == kFastData.chunkLength;
   const DataControl& chosen = isFast ? kFastData : kSlowData;
-  // The spelling is deliberate: hosts look for this line.
-  DebuggerLine<kLine>(L"[MSG] Set Speeed:: %dBytes, CS=0x%X, Len=0x%X\r\n", chosen.chunkLength,
-                      chosen.selector, chosen.chunkLength);
+  // The spelling is deliberate: callers depend on it.
+  DebuggerLine<kTransferLine>(L"[MSG] Set Speeed:: %dBytes, CS=0x%X, Len=0x%X\r\n",
+                              chosen.chunkLength, chosen.selector, chosen.chunkLength);
   return chosen;
 }
 
@@ -92,9 +99,8 @@ HRESULT SendData(IBaseFilter* filter, Image data, Progress progress, std::uint8_
   }
   const std::uint32_t start = platform::MillisecondClock();
   // Deliberate: 16 bits of the length are announced, whatever the length.
-  const TransferControl announce = {
-      kTransferCode,          transfer_action::kBeginWrite, param2, param3,
-      ByteOf(data.length, 0), ByteOf(data.length, 1),       0,      0};
+  TransferControl announce = BeginWrite(param2, param3);
+  StoreLe16(&announce[4], static_cast<std::uint16_t>(data.length));
   if (FAILED(WriteTransferControl(announce, filter))) {
     return kNoDevice;
   }
@@ -104,22 +110,20 @@ HRESULT SendData(IBaseFilter* filter, Image data, Progress progress, std::uint8_
   }
   const auto send = [&](const std::uint8_t* position, std::uint32_t count) {
     Pad(padded.get(), kSlowData.chunkLength, position, count);
-    HRESULT result = WriteChunk(kSlowData, padded.get(), filter);
-    if (FAILED(result)) {
-      // Deliberate: a retry takes the whole chunk from the caller's memory, so that a short last
-      // chunk is followed by whatever follows it there.
-      result = Retry<kShortLine>(L"SendData: retry (%d).\r\n",
-                                 [&] { return WriteChunk(kSlowData, position, filter); });
-      if (FAILED(result)) {
-        // Deliberate: the two numbers of the format meet the address of the name and the length;
-        // the result is not printed.
-        static const wchar_t name[] = L"ZEMAPI_SendData";
-        DebuggerLine<kShortLine>(L"[ERR]Len = %d, hr = %X\r\n",
-                                 static_cast<int>(reinterpret_cast<std::intptr_t>(name)),
-                                 kSlowData.chunkLength);
-      }
+    // Deliberate: a retry takes the whole chunk from the caller's memory, so that a short last
+    // chunk is followed by whatever follows it there.
+    const bool isSent = SUCCEEDED(
+        Retry<kShortLine>(WriteChunk(kSlowData, padded.get(), filter), L"SendData: retry (%d).\r\n",
+                          [&] { return WriteChunk(kSlowData, position, filter); }));
+    if (!isSent) {
+      // Deliberate: the two numbers of the format meet the address of the name and the length; the
+      // result is not printed.
+      static const wchar_t name[] = L"ZEMAPI_SendData";
+      DebuggerLine<kShortLine>(L"[ERR]Len = %d, hr = %X\r\n",
+                               static_cast<int>(reinterpret_cast<std::intptr_t>(name)),
+                               kSlowData.chunkLength);
     }
-    return result;
+    return isSent;
   };
   // Deliberate: not a share of the whole. It is divided by the length of this chunk, in 32 bits.
   const auto value = [](std::uint32_t remaining, std::uint32_t count) {
@@ -145,15 +149,15 @@ HRESULT WriteFWData(IBaseFilter* filter, Image data, Progress progress) {
     Pad(padded.get(), control.chunkLength, position, count);
     const HRESULT result = WriteChunk(control, padded.get(), filter);
     if (FAILED(result)) {
-      DebuggerLine<kLine>(L"[ERR] %s: Len = %d, hr = %X\r\n", L"ZEMAPI_WriteFWData",
-                          control.chunkLength, result);
+      DebuggerLine<kTransferLine>(L"[ERR] %s: Len = %d, hr = %X\r\n", L"ZEMAPI_WriteFWData",
+                                  control.chunkLength, result);
     }
-    return result;
+    return SUCCEEDED(result);
   };
   const auto value = [&data](std::uint32_t remaining, std::uint32_t /*count*/) {
     return RemainingPercent(remaining, data.length);
   };
-  return FAILED(SendChunks(data, control.chunkLength, progress, send, value)) ? kNoDevice : S_OK;
+  return SendChunks(data, control.chunkLength, progress, send, value) ? S_OK : kNoDevice;
 }
 
 HRESULT ReadFWData(IBaseFilter* filter, std::uint8_t* buffer, std::uint32_t bufferSize,
@@ -186,8 +190,7 @@ HRESULT ReadFWDataFrom(IBaseFilter* dataFilter, IBaseFilter* controlFilter, std:
     return kDeviceRefused;
   }
   *outLength = total;
-  const DataControl control = {vendor_selector::kBulkData,
-                               std::min<std::uint32_t>(reported, kLongestControl)};
+  const DataControl control = {vendor_selector::kBulkData, reported};
   for (std::uint32_t remaining = hasData ? total : 0; remaining > 0;) {
     const ByteBuffer chunk = AllocateBytes(control.chunkLength);
     if (!chunk) {
@@ -196,7 +199,7 @@ HRESULT ReadFWDataFrom(IBaseFilter* dataFilter, IBaseFilter* controlFilter, std:
     progress.Report(RemainingPercent(remaining, total));
     // Deliberate: a chunk that cannot be read counts as one of zeros.
     static_cast<void>(ReadChunk(control, chunk.get(), dataFilter));
-    const std::uint32_t count = std::min(remaining, control.chunkLength);
+    const std::uint32_t count = CopiedCount(remaining, control.chunkLength);
     std::memcpy(buffer + (total - remaining), chunk.get(), count);
     remaining -= count;
   }
@@ -205,7 +208,7 @@ HRESULT ReadFWDataFrom(IBaseFilter* dataFilter, IBaseFilter* controlFilter, std:
 
 HRESULT ReadPartialFlashData(IBaseFilter* filter, std::uint32_t address, std::uint32_t size,
                              std::uint8_t* buffer, std::uint32_t* outSize, Progress progress) {
-  DebuggerLine<kLine>(L"ZEMAPI_ReadPartialFlashData:Size(%d)\r\n", size);
+  DebuggerLine<kTransferLine>(L"ZEMAPI_ReadPartialFlashData:Size(%d)\r\n", size);
   const std::uint32_t start = platform::MillisecondClock();
   // Deliberate: 16 bits of the size are announced, and all of it is read.
   TransferControl announce = {kTransferCode, transfer_action::kReadFlash};
@@ -225,12 +228,10 @@ HRESULT ReadPartialFlashData(IBaseFilter* filter, std::uint32_t address, std::ui
   for (std::uint32_t remaining = size; static_cast<std::int32_t>(remaining) > 0;) {
     std::memset(chunk.get(), 0, kLongestChunk);
     progress.Report(DonePercent(size - remaining, size));
-    HRESULT result = read();
+    const HRESULT result = Retry<kTransferLine>(read(), L"[ReadData]: retry (%d).\r\n", read);
     if (FAILED(result)) {
-      result = Retry<kLine>(L"[ReadData]: retry (%d).\r\n", read);
-    }
-    if (FAILED(result)) {
-      DebuggerLine<kLine>(L"[ERR] %s: hr = 0x%x.\r\n", L"ZEMAPI_ReadPartialFlashData", result);
+      DebuggerLine<kTransferLine>(L"[ERR] %s: hr = 0x%x.\r\n", L"ZEMAPI_ReadPartialFlashData",
+                                  result);
       return result;
     }
     const std::uint32_t count = std::min(remaining, control.chunkLength);
@@ -238,8 +239,8 @@ HRESULT ReadPartialFlashData(IBaseFilter* filter, std::uint32_t address, std::ui
     remaining -= count;
   }
   *outSize = size;
-  DebuggerLine<kLine>(L"ZEMAPI_ReadPartialFlashData readdata:Size(%d),Time =%dms.\r\n", size,
-                      platform::MillisecondClock() - start);
+  DebuggerLine<kTransferLine>(L"ZEMAPI_ReadPartialFlashData readdata:Size(%d),Time =%dms.\r\n",
+                              size, platform::MillisecondClock() - start);
   return S_OK;
 }
 

@@ -7,6 +7,7 @@
 // drained.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/com.h"
@@ -14,6 +15,9 @@
 #include "transfer/progress.h"
 
 namespace zem {
+
+// Characters of a line about a transfer, with its end.
+inline constexpr std::size_t kTransferLine = 512;
 
 // A control that carries data, and how much of it a transfer.
 struct DataControl {

@@ -15,8 +15,8 @@ HRESULT UpdateFW_516x(IBaseFilter* filter, Image image, Progress progress, std::
     return kRefused;
   }
   const std::uint32_t announced = (image.length + kUnit - 1) / kUnit * kUnit;
-  BurnProcedure procedure = {.announce = {0x01, 0x00, 0x03, 0x00},
-                             .order = {0x01, 0x01, 0x03, param},
+  BurnProcedure procedure = {.announce = BeginWrite(0x03, 0x00),
+                             .order = ActOnData(0x03, param),
                              .sendImage = WriteFWData,
                              .stopsWhenSendFails = true,
                              .end = PollUntilDone{L"[ERR] Firmware burning error.\r\n", 10}};
@@ -30,8 +30,8 @@ HRESULT UpdateFW_517x(IBaseFilter* filter, Image image, Progress progress) {
     return kRefused;
   }
   UnprotectSerialFlash(filter);
-  const BurnProcedure procedure = {.announce = {0x01, 0x00, 0x03, 0x00},
-                                   .order = {0x01, 0x01, 0x03, 0x00},
+  const BurnProcedure procedure = {.announce = BeginWrite(0x03, 0x00),
+                                   .order = ActOnData(0x03, 0x00),
                                    .sendImage = WriteFWData,
                                    .stopsWhenSendFails = false,
                                    .end = WaitAndLook{10, 500, true}};
@@ -40,21 +40,22 @@ HRESULT UpdateFW_517x(IBaseFilter* filter, Image image, Progress progress) {
 
 HRESULT UpdateFlash(IBaseFilter* filter, Image data, Progress progress, std::uint8_t param2,
                     std::uint8_t param3) {
+  BurnProcedure procedure = {.announce = BeginWrite(param2, param3),
+                             .order = ActOnData(param2, param3),
+                             .sendImage = WriteFWData,
+                             .stopsWhenSendFails = false,
+                             .end = PollUntilDone{L"[ERR] Flash data burning error\r\n", 10}};
   // Deliberate: 16 bits of the length are announced, whatever the length.
-  const std::uint8_t low = ByteOf(data.length, 0);
-  const std::uint8_t high = ByteOf(data.length, 1);
-  const BurnProcedure procedure = {.announce = {0x01, 0x00, param2, param3, low, high},
-                                   .order = {0x01, 0x01, param2, param3, low, high},
-                                   .sendImage = WriteFWData,
-                                   .stopsWhenSendFails = false,
-                                   .end = PollUntilDone{L"[ERR] Flash data burning error\r\n", 10}};
+  const auto announced = static_cast<std::uint16_t>(data.length);
+  StoreLe16(&procedure.announce[4], announced);
+  StoreLe16(&procedure.order[4], announced);
   return Burn(filter, procedure, data, progress);
 }
 
 HRESULT UpdateCaliData(IBaseFilter* filter, Image data, Progress progress) {
   const BurnProcedure procedure = {
-      .announce = {0x01, 0x00, 0x03, 0x05},
-      .order = {0x01, 0x01, 0x03, 0x05},
+      .announce = BeginWrite(0x03, 0x05),
+      .order = ActOnData(0x03, 0x05),
       .sendImage = WriteFWData,
       .stopsWhenSendFails = false,
       .end = PollUntilDone{L"[ERR] Calibration data burning error.\r\n", 10}};

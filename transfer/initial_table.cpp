@@ -7,8 +7,8 @@ namespace zem {
 
 HRESULT WriteInitialTable(IBaseFilter* filter, Image image) {
   // Deliberate: the order goes out also when the image could not be sent.
-  const BurnProcedure procedure = {.announce = {0x01, 0x00},
-                                   .order = {0x01, 0x01, 0x03, 0x04},
+  const BurnProcedure procedure = {.announce = BeginWrite(0x00, 0x00),
+                                   .order = ActOnData(0x03, 0x04),
                                    .sendImage = WriteFWData,
                                    .stopsWhenSendFails = false,
                                    .end = NoWait{}};

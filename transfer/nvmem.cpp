@@ -7,6 +7,7 @@
 #include "device/transport.h"
 #include "platform/bytes.h"
 #include "platform/result.h"
+#include "transfer/chunks.h"
 
 namespace zem {
 namespace {
@@ -15,7 +16,7 @@ namespace {
 using NvmemBlock = std::array<std::uint8_t, 32>;
 
 constexpr std::size_t kDataOffset = 3;
-constexpr std::uint32_t kPieceSize = 29;
+constexpr std::uint32_t kPieceSize = std::tuple_size_v<NvmemBlock> - kDataOffset;
 // In the number of data bytes: the device shall fill them in for the next read of the control.
 constexpr std::uint32_t kReadRequest = 0x80;
 
@@ -64,6 +65,9 @@ HRESULT ReadPiece(const NvmemControl& control, std::uint32_t address, std::uint3
 
 HRESULT WriteNVMEM(IBaseFilter* filter, std::uint16_t address, const std::uint8_t* data,
                    std::uint32_t length, std::uint32_t* written) {
+  if (IsMissing(data, length)) {
+    return kRefused;
+  }
   *written = 0;
   // Deliberate: not zeroed between pieces, so that a short last one carries the tail of the piece
   // before it behind its data.
@@ -82,6 +86,9 @@ HRESULT WriteNVMEM(IBaseFilter* filter, std::uint16_t address, const std::uint8_
 
 HRESULT ReadNVMEM(IBaseFilter* filter, std::uint16_t address, std::uint8_t* buffer,
                   std::uint32_t length, std::uint32_t* read) {
+  if (IsMissing(buffer, length)) {
+    return kRefused;
+  }
   *read = 0;
   while (*read < length) {
     const std::uint32_t count = std::min(kPieceSize, length - *read);
@@ -98,7 +105,7 @@ HRESULT ReadNVMEM(IBaseFilter* filter, std::uint16_t address, std::uint8_t* buff
 
 HRESULT WriteTirellaNVMEM(IBaseFilter* filter, const std::uint8_t* data, std::uint32_t length,
                           std::uint32_t* written) {
-  if (length < kTirellaSize) {
+  if (IsMissing(data, length) || length < kTirellaSize) {
     return kRefused;
   }
   // Deliberate: as many pieces as `length` has, though the memory ends before them. Those past its
@@ -120,6 +127,9 @@ HRESULT WriteTirellaNVMEM(IBaseFilter* filter, const std::uint8_t* data, std::ui
 
 HRESULT ReadTirellaNVMEM(IBaseFilter* filter, std::uint8_t* buffer, std::uint32_t length,
                          std::uint32_t* read) {
+  if (IsMissing(buffer, length)) {
+    return kRefused;
+  }
   const std::uint32_t wanted = std::min(length, kTirellaSize);
   std::uint32_t offset = 0;
   while (offset < wanted) {

@@ -3,7 +3,8 @@
 //
 // Results are those of the exports of the same meaning in include/ZemUVCExtApi.h: any transport
 // result but 0 ends the operation and is returned as it stands, positive ones too. `filter` is the
-// device; pointers must not be null. Nothing is allocated.
+// device. Null data is kRefused unless the length is 0; counts must not be null. Nothing is
+// allocated.
 #pragma once
 
 #include <cstdint>

@@ -1,15 +1,17 @@
 #include "transfer/stateless_commands.h"
 
 #include <algorithm>
+#include <array>
 
 #include "device/extension_units.h"
 #include "platform/result.h"
+#include "transfer/chunks.h"
 
 namespace zem::stateless {
 namespace {
 
 using Piece = ExtendedBlock;
-constexpr std::uint32_t kPieceLength = 16;
+constexpr std::uint32_t kPieceLength = std::tuple_size_v<Piece>;
 
 }  // namespace
 
@@ -25,7 +27,7 @@ HRESULT GetChipInfo(IBaseFilter* filter, std::uint8_t* info) {
 }
 
 HRESULT WriteMemory(const std::uint8_t* data, std::int32_t length) {
-  if (data == nullptr && length != 0) {
+  if (IsMissing(data, static_cast<std::uint32_t>(length))) {
     return kRefused;
   }
   // Deliberate: a negative length sends one whole piece.
@@ -45,7 +47,7 @@ HRESULT WriteMemory(const std::uint8_t* data, std::int32_t length) {
 }
 
 HRESULT ReadMemory(std::uint8_t* buffer, std::uint32_t length) {
-  if (buffer == nullptr && length != 0) {
+  if (IsMissing(buffer, length)) {
     return kRefused;
   }
   for (std::uint32_t remaining = length; remaining > 0;) {

@@ -48,15 +48,15 @@ HRESULT SendImage(IBaseFilter* device, const Image& image, const Progress& progr
   const auto send = [&](const std::uint8_t* position, std::uint32_t /*count*/) {
     const HRESULT result = WriteChunk(control, position, device);
     if (FAILED(result)) {
-      platform::DebuggerLine<512>(L"[ERR] Send Data Len = %d, hr = %X\r\n", control.chunkLength,
-                                  result);
+      platform::DebuggerLine<kTransferLine>(L"[ERR] Send Data Len = %d, hr = %X\r\n",
+                                            control.chunkLength, result);
     }
-    return result;
+    return SUCCEEDED(result);
   };
   const auto value = [&image](std::uint32_t remaining, std::uint32_t /*count*/) {
     return RemainingPercent(remaining, image.length);
   };
-  return FAILED(SendChunks(image, control.chunkLength, progress, send, value)) ? kNoDevice : S_OK;
+  return SendChunks(image, control.chunkLength, progress, send, value) ? S_OK : kNoDevice;
 }
 
 // The burn procedures' way to the above, which takes no device from them.
@@ -76,8 +76,8 @@ HRESULT WriteFWData(Image image, Progress progress) {
   return WithDefaultCamera([&](IBaseFilter* device) { return SendImage(device, image, progress); });
 }
 
-HRESULT ReadFWData(IBaseFilter* /*filter*/, std::uint8_t* buffer, std::uint32_t bufferSize,
-                   std::uint32_t* outLength, Progress progress) {
+HRESULT ReadFWData(std::uint8_t* buffer, std::uint32_t bufferSize, std::uint32_t* outLength,
+                   Progress progress) {
   return WithDefaultCamera([&](IBaseFilter* device) {
     // The transfer control and its status deliberately open the camera once more.
     return ReadFWDataFrom(device, nullptr, buffer, bufferSize, outLength, progress);
@@ -85,8 +85,8 @@ HRESULT ReadFWData(IBaseFilter* /*filter*/, std::uint8_t* buffer, std::uint32_t 
 }
 
 HRESULT UpdateFW(Image image, Progress progress) {
-  const BurnProcedure procedure = {.announce = {0x01, 0x00, 0x00, 0x00},
-                                   .order = {0x01, 0x01, 0x00, 0x00},
+  const BurnProcedure procedure = {.announce = BeginWrite(0x00, 0x00),
+                                   .order = ActOnData(0x00, 0x00),
                                    .sendImage = SendOnItsOwn,
                                    .stopsWhenSendFails = true,
                                    .end = PollUntilDone{kBurnError, 80}};
@@ -94,8 +94,8 @@ HRESULT UpdateFW(Image image, Progress progress) {
 }
 
 HRESULT UpdateFWEx(Image image, Progress progress) {
-  const BurnProcedure procedure = {.announce = {0x01, 0x00, 0x00, 0x01},
-                                   .order = {0x01, 0x01, 0x00, 0x01},
+  const BurnProcedure procedure = {.announce = BeginWrite(0x00, 0x01),
+                                   .order = ActOnData(0x00, 0x01),
                                    .sendImage = SendOnItsOwn,
                                    .stopsWhenSendFails = false,
                                    .end = PollUntilDone{kBurnError, 10}};
@@ -103,8 +103,8 @@ HRESULT UpdateFWEx(Image image, Progress progress) {
 }
 
 HRESULT UpdateFWVision(Image image, std::uint8_t param, Progress progress) {
-  const BurnProcedure procedure = {.announce = {0x01, 0x00, param, 0x00},
-                                   .order = {0x01, 0x01, param, 0x00},
+  const BurnProcedure procedure = {.announce = BeginWrite(param, 0x00),
+                                   .order = ActOnData(param, 0x00),
                                    .sendImage = SendOnItsOwn,
                                    .stopsWhenSendFails = false,
                                    .end = WaitAndLook{1, 10000, false}};

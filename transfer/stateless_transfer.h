@@ -15,9 +15,9 @@ namespace zem::stateless {
 // A length that is negative as a signed number sends nothing.
 HRESULT WriteFWData(Image image, Progress progress);
 
-// The filter is not used. `buffer` and `outLength` must not be null.
-HRESULT ReadFWData(IBaseFilter* filter, std::uint8_t* buffer, std::uint32_t bufferSize,
-                   std::uint32_t* outLength, Progress progress);
+// `buffer` and `outLength` must not be null.
+HRESULT ReadFWData(std::uint8_t* buffer, std::uint32_t bufferSize, std::uint32_t* outLength,
+                   Progress progress);
 
 HRESULT UpdateFW(Image image, Progress progress);
 HRESULT UpdateFWEx(Image image, Progress progress);

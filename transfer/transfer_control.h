@@ -35,6 +35,15 @@ inline constexpr std::uint8_t kFailed = 0x82;
 
 inline constexpr std::uint8_t kTransferCode = 0x01;
 
+// The announce of data from the host, and the order to act on it once it has been sent; the
+// parameters tell the device what it is. Bytes 4 to 7, for a length, are zeros.
+constexpr TransferControl BeginWrite(std::uint8_t param2, std::uint8_t param3) {
+  return {kTransferCode, transfer_action::kBeginWrite, param2, param3};
+}
+constexpr TransferControl ActOnData(std::uint8_t param2, std::uint8_t param3) {
+  return {kTransferCode, transfer_action::kAct, param2, param3};
+}
+
 inline HRESULT WriteTransferControl(const TransferControl& control, IBaseFilter* filter) {
   return WriteBlock(kVcpChannel.commandSelector, control, filter);
 }

@@ -10,6 +10,7 @@ using zem::testing::Bytes;
 using zem::testing::ChunkLine;
 using zem::testing::CountingBytes;
 using zem::testing::Failed;
+using zem::testing::kFailedTransfer;
 using zem::testing::kStatus;
 using zem::testing::Lines;
 using zem::testing::SetLine;
@@ -225,6 +226,14 @@ TEST_F(Update517xTest, WhatIsNotDoneAfterFiveSecondsHasFailedWithoutAMessage) {
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ(lines.back(), SetLine(0, 8));
   }
+}
+
+TEST_F(Update517xTest, StateThatAFailedReadBringsAfterFiveSecondsIsNoSuccess) {
+  handle();
+  // The mode's register, announce, status, probe, two chunks, order, the one look.
+  gate.EndTransfer(9, kFailedTransfer);
+  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
+  EXPECT_EQ(TakeWire().back(), kStatus) << "which brought a 0";
 }
 
 TEST_F(Update517xTest, CallbackIsNeeded) {

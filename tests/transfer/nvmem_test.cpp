@@ -96,6 +96,37 @@ TEST_F(NvmemTest, LengthZeroSendsNothing) {
   EXPECT_EQ(TakeWire(), Lines());
 }
 
+TEST_F(NvmemTest, LengthZeroNeedsNoData) {
+  EXPECT_EQ(ZEMAPI_WriteNVMEM(handle(), 5, nullptr, 0, &count), 0);
+  EXPECT_EQ(count, 0U);
+  count = 7;
+  EXPECT_EQ(ZEMAPI_ReadNVMEM(handle(), 5, nullptr, 0, &count), 0);
+  EXPECT_EQ(count, 0U);
+  EXPECT_EQ(ZEMAPI_WriteNVMEM(handle(), 5, nullptr, 0, nullptr), ZEM_E_REFUSED);
+  EXPECT_EQ(ZEMAPI_ReadNVMEM(handle(), 5, nullptr, 0, nullptr), ZEM_E_REFUSED);
+  EXPECT_EQ(ZEMAPI_WriteNVMEM(nullptr, 5, nullptr, 0, &count), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(ZEMAPI_ReadNVMEM(nullptr, 5, nullptr, 0, &count), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(TakeWire(), Lines());
+}
+
+TEST_F(NvmemTest, LengthsCloseTo32BitsAreNotTakenForShortOnes) {
+  const Bytes data(58);
+  Bytes buffer(58);
+  for (const std::uint32_t length : {0xFFFFFFE3U, 0xFFFFFFE4U, 0xFFFFFFFFU}) {
+    SCOPED_TRACE(length);
+    // The third piece fails, so no more than three are looked at.
+    const Bytes third(3 * 29);
+    FailTransfer(3);
+    EXPECT_EQ(ZEMAPI_WriteNVMEM(handle(), 0, third.data(), length, &count), kFailedTransfer);
+    EXPECT_EQ(count, 58U);
+    EXPECT_EQ(TakeWire().size(), 3U);
+    FailTransfer(6);
+    EXPECT_EQ(ZEMAPI_ReadNVMEM(handle(), 0, buffer.data(), length, &count), kFailedTransfer);
+    EXPECT_EQ(count, 58U);
+    EXPECT_EQ(TakeWire().size(), 6U);
+  }
+}
+
 TEST_F(NvmemTest, ReadOf30BytesSendsTwoRequests) {
   vendor().Answer(16, Answer(Counting(0x40, 29)));
   vendor().Answer(16, Answer({0x80, 0xEE}));

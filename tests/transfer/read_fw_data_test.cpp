@@ -1,4 +1,6 @@
 // Reading all the data that the camera has ready.
+#include <algorithm>
+
 #include "tests/support/transfer_test.h"
 
 namespace {
@@ -179,24 +181,61 @@ TEST_F(ReadFWDataTest, ChunkLongerThanTheDataAndTheBuffer) {
   EXPECT_EQ(TakeWire().back(), "get vendor 3 [600]");
 }
 
-TEST_F(ReadFWDataTest, ChunksOf65536BytesAndMoreAreMovedInPiecesThatAdvance) {
-  std::uint32_t transfers = 0;
+TEST_F(ReadFWDataTest, LongChunksAreAskedForWholeAndCopiedBySixteenBitsOfTheirCount) {
+  struct Copy {
+    std::uint32_t count;
+    const char* progress;
+  };
+  const struct {
+    std::uint32_t reported;
+    std::uint32_t total;
+    std::vector<Copy> copies;
+  } kCases[] = {
+      {65535, 65536, {{65535, "progress 100"}, {1, "progress 0"}}},
+      {65536, 65536, {{65535, "progress 100"}, {1, "progress 0"}}},
+      {65536, 65537, {{65535, "progress 100"}, {2, "progress 0"}}},
+      {65537, 4, {{4, "progress 100"}}},
+      {70000, 65537, {{1, "progress 100"}, {65535, "progress 99"}, {1, "progress 0"}}},
+      {70000,
+       70001,
+       {{4464, "progress 100"}, {1, "progress 93"}, {65535, "progress 93"}, {1, "progress 0"}}},
+      {131072,
+       131072,
+       {{65535, "progress 100"}, {1, "progress 50"}, {65535, "progress 50"}, {1, "progress 0"}}},
+      {0x1000000, 65535, {{65535, "progress 100"}}},
+  };
   handle();
-  for (const std::uint32_t reported : {0x10000U, 70000U, 0x20000U, 0xFFFFFFFFU}) {
-    camera().AddFault({Fault::Kind::kLength, transfers + 1, 1, reported});
-    vendor().Answer(3, {});
-    vendor().Answer(5, {0, 0, 0x01, 0x00, 0x01, 0, 0, 0});  // 65,537 bytes
-    vendor().Answer(3, Bytes(0xFFFF, 0xAA));
-    vendor().Answer(3, Bytes(0xFFFF, 0xBB));
-    EXPECT_EQ(Read(0x10001), 0);
-    Bytes expected(0xFFFF, 0xAA);
-    expected.insert(expected.end(), {0xBB, 0xBB});
-    EXPECT_EQ(buffer, expected);
-    EXPECT_EQ(TakeWire(),
-              (Lines{"get vendor 3 [65537]", kBeginRead, "get vendor 5 [8]", "progress 100",
-                     "get vendor 3 [65535]", "progress 0", "get vendor 3 [65535]"}));
-    transfers += 5;
+  for (const auto& [reported, total, copies] : kCases) {
+    SCOPED_TRACE(std::to_string(reported) + " " + std::to_string(total));
+    Offer(total, 0);
+    camera().AddFault({Fault::Kind::kLength, camera().transfers() + 1, 1, reported});
+    const std::string get = "get vendor 3 [" + std::to_string(reported) + "]";
+    Lines wire = {"get vendor 3 [" + std::to_string(total) + "]", kBeginRead, "get vendor 5 [8]"};
+    Bytes expected;
+    std::uint8_t mark = 0xA0;
+    for (const auto& [count, progress] : copies) {
+      vendor().Answer(3, Bytes(std::min(reported, 0x20000U), ++mark));
+      expected.insert(expected.end(), count, mark);
+      wire.insert(wire.end(), {progress, get});
+    }
+    EXPECT_EQ(Read(total), 0);
+    EXPECT_EQ(length, total);
+    EXPECT_TRUE(buffer == expected);
+    EXPECT_EQ(TakeWire(), wire);
   }
+}
+
+TEST_F(ReadFWDataTest, ProgressOfMuchDataDoesNotOverflow) {
+  handle();
+  camera().AddFault({Fault::Kind::kLength, 1, 1, 65535});
+  Offer(43000000, 0);
+  EXPECT_EQ(Read(43000000), 0);
+  const Lines progress = TakeProgress();
+  ASSERT_EQ(progress.size(), 657U);
+  EXPECT_EQ(progress[0], "progress 100") << "a hundred times the length is above 32 bits";
+  EXPECT_EQ(progress[1], "progress 99");
+  EXPECT_EQ(progress[328], "progress 50");
+  EXPECT_EQ(progress[656], "progress 0");
 }
 
 TEST_F(ReadFWDataTest, ShortChunkLeavesZerosBehindItsBytes) {

@@ -166,6 +166,15 @@ TEST_F(ReadPartialFlashDataTest, ShortChunkLeavesZerosBehindItsBytes) {
   EXPECT_EQ(buffer[513], 0);
 }
 
+TEST_F(ReadPartialFlashDataTest, TimeIsThatOfTheWholeOperation) {
+  handle();
+  transferMilliseconds = 7;
+  EXPECT_EQ(Read(0, 1024), 0);
+  EXPECT_EQ(TakeDebuggerLines().back(),
+            L"ZEMAPI_ReadPartialFlashData readdata:Size(1024),Time =28ms.\r\n")
+      << "announce, probe, two chunks";
+}
+
 TEST_F(ReadPartialFlashDataTest, NullPointers) {
   std::uint8_t byte = 0;
   EXPECT_EQ(ZEMAPI_ReadPartialFlashData(nullptr, 0, 1, &byte, &outSize, nullptr, 0),

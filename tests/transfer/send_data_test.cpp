@@ -160,6 +160,16 @@ TEST_F(SendDataTest, OneFailureAnywhere) {
   EXPECT_EQ(TakeWire(), perfect);
 }
 
+TEST_F(SendDataTest, TimeIsThatOfTheWholeOperation) {
+  handle();
+  transferMilliseconds = 7;
+  // What the caller's windows do while the queue is drained counts as well.
+  system().messages.push_back({[this] { system().clockMilliseconds += 100; }});
+  EXPECT_EQ(Send(), 0);
+  EXPECT_EQ(TakeDebuggerLines().back(), L" Size(40bytes)Time =121ms.\r\n")
+      << "announce, two chunks, a message";
+}
+
 TEST_F(SendDataTest, NullHandleAndNullData) {
   EXPECT_EQ(ZEMAPI_SendData(nullptr, data.data(), 40, Report, user(), 0, 0), ZEM_E_NO_DEVICE);
   EXPECT_EQ(ZEMAPI_SendData(handle(), nullptr, 1, Report, user(), 0, 0), ZEM_E_REFUSED);

@@ -305,6 +305,21 @@ TEST_F(StatelessRawTest, ChipInfoThatCannotBeRead) {
   EXPECT_EQ(longReply[0], 0x5A);
 }
 
+TEST_F(StatelessRawTest, ChipInfoReadWithAPositiveResult) {
+  vendor().Answer(10, CountingBytes(16));
+  gate.EndTransfer(1, 1);
+  EXPECT_EQ(ZEMUVCEXT_GetChipInfo(longReply.data()), 0);
+  EXPECT_EQ(Bytes(longReply.begin(), longReply.end()), CountingBytes(16));
+}
+
+TEST_F(StatelessRawTest, ChipInfoThatAFailedReadBrings) {
+  vendor().Answer(10, CountingBytes(16));
+  longReply.fill(0x5A);
+  gate.EndTransfer(1, kFailedTransfer);
+  EXPECT_EQ(ZEMUVCEXT_GetChipInfo(longReply.data()), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(Bytes(longReply.begin(), longReply.end()), Bytes(16, 0x5A));
+}
+
 // The processor's memory, 16 bytes an access.
 class StatelessMemoryTest : public StatelessTest {
  protected:
@@ -385,6 +400,34 @@ TEST_F(StatelessMemoryTest, FailureOfAnyPieceIsReturnedAsItIsAndEndsTheRead) {
     EXPECT_EQ(buffer, expected) << k << ": zeros where the failing piece belongs";
     EXPECT_EQ(TakeWire().size(), k);
     EXPECT_EQ(TakeOpenings(), k);
+  }
+}
+
+TEST_F(StatelessMemoryTest, AnyResultBut0OfAPieceIsReturnedAsItIsAndEndsTheWrite) {
+  for (const ZemResult result : {ZemResult{1}, ZemResult{0x7FFFFFFF}, kFailedTransfer}) {
+    for (std::uint32_t k = 1; k <= 3; ++k) {
+      gate.EndTransfer(k, result);
+      EXPECT_EQ(ZEMUVCEXT_IspCmdWriteMem(data.data(), 40), result) << k;
+      EXPECT_EQ(TakeWire().size(), k);
+    }
+    gate.EndTransfer(1, result);
+    EXPECT_EQ(ZEMUVCEXT_IspCmdWriteMem(data.data(), -1), result);
+    EXPECT_EQ(TakeWire(), Lines{kPiece});
+  }
+}
+
+TEST_F(StatelessMemoryTest, AnyResultBut0OfAPieceIsReturnedAsItIsWithThePieceCopied) {
+  vendor().AlwaysAnswer(8, Bytes(16, 0xA1));
+  for (const ZemResult result : {ZemResult{1}, ZemResult{0x7FFFFFFF}, kFailedTransfer}) {
+    for (std::uint32_t k = 1; k <= 3; ++k) {
+      gate.EndTransfer(k, result);
+      Bytes buffer(40, 0x5A);
+      EXPECT_EQ(ZEMUVCEXT_IspCmdReadMem(buffer.data(), 40), result) << k;
+      Bytes expected(std::min(std::size_t{16} * k, std::size_t{40}), 0xA1);
+      expected.resize(40, 0x5A);
+      EXPECT_EQ(buffer, expected) << k;
+      EXPECT_EQ(TakeWire().size(), k);
+    }
   }
 }
 

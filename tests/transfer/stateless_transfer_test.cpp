@@ -108,6 +108,13 @@ TEST_F(StatelessWriteTest, OneFailureAnywhere) {
   }
 }
 
+TEST_F(StatelessWriteTest, ProgressOfALongImageDoesNotOverflow) {
+  FailTransfer(3);
+  // The second chunk fails, so no more than two are looked at.
+  EXPECT_EQ(ZEMUVCEXT_WriteFWData(image.data(), 0x7FFFFFFF, Report, user()), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(TakeProgress(), Lines{"progress 99"});
+}
+
 TEST_F(StatelessWriteTest, NoCameraAndNullData) {
   EXPECT_EQ(ZEMUVCEXT_WriteFWData(nullptr, 1, Report, user()), ZEM_E_REFUSED);
   EXPECT_EQ(ZEMUVCEXT_WriteFWData(nullptr, -1, Report, user()), ZEM_E_REFUSED);
@@ -148,6 +155,17 @@ TEST_F(StatelessReadTest, BufferTooSmall) {
   EXPECT_EQ(Read(4), ZEM_E_BUFFER_TOO_SMALL);
   EXPECT_EQ(length, 0x5A5A5A5AU);
   EXPECT_EQ(TakeOpenings(), 3U);
+}
+
+TEST_F(StatelessReadTest, ProgressOfMuchDataDoesNotOverflow) {
+  vendor().Answer(3, Bytes(65535));
+  vendor().Answer(5, {0, 0, 0xC0, 0x20, 0x90, 0x02, 0, 0});
+  EXPECT_EQ(Read(43000000), 0);
+  EXPECT_EQ(length, 43000000U);
+  const Lines progress = TakeProgress();
+  ASSERT_EQ(progress.size(), 657U);
+  EXPECT_EQ(progress[0], "progress 100") << "a hundred times the length is above 32 bits";
+  EXPECT_EQ(progress[1], "progress 99");
 }
 
 TEST_F(StatelessReadTest, OneFailureAnywhere) {
@@ -245,6 +263,9 @@ TEST_F(StatelessTransferTest, VisionUpdateThatIsNotDoneHasFailedWithoutAMessage)
   FailTransfer(6);
   EXPECT_EQ(ZEMUVCEXT_UpdateFW_Vision(image.data(), 64, 1, nullptr, 0), ZEM_E_DEVICE_REFUSED)
       << "a status that cannot be read is no success";
+  gate.EndTransfer(6, kFailedTransfer);
+  EXPECT_EQ(ZEMUVCEXT_UpdateFW_Vision(image.data(), 64, 1, nullptr, 0), ZEM_E_DEVICE_REFUSED)
+      << "nor is one that a failed read brings";
 }
 
 }  // namespace

@@ -89,6 +89,21 @@ TEST_F(TirellaTest, WriteEndsWithTheFailureOfEachPiece) {
   }
 }
 
+TEST_F(TirellaTest, LengthsCloseTo32BitsAreNotTakenForShortOnes) {
+  for (const std::uint32_t length : {0xFFFFFFE3U, 0xFFFFFFE4U, 0xFFFFFFFFU}) {
+    SCOPED_TRACE(length);
+    FailTransfer(12);
+    EXPECT_EQ(ZEMAPI_TIRELLA_WriteNVMEM(handle(), data.data(), length, &count), kFailedTransfer);
+    EXPECT_EQ(count, kUntouched);
+    EXPECT_EQ(TakeWire().size(), 12U);
+    Bytes buffer(256);
+    EXPECT_EQ(ZEMAPI_TIRELLA_ReadNVMEM(handle(), buffer.data(), length, &count), 0);
+    EXPECT_EQ(count, 256U);
+    EXPECT_EQ(TakeWire().size(), 18U);
+    count = kUntouched;
+  }
+}
+
 TEST_F(TirellaTest, ReadOf30BytesSendsTwoRequests) {
   Bytes first(32, 0xA0);
   unit().Answer(4, first);
@@ -120,6 +135,9 @@ TEST_F(TirellaTest, ReadOf1000BytesReads256) {
 TEST_F(TirellaTest, ReadOfNothingSendsNothing) {
   EXPECT_EQ(ZEMAPI_TIRELLA_ReadNVMEM(handle(), data.data(), 0, &count), 0);
   EXPECT_EQ(count, 0U);
+  count = kUntouched;
+  EXPECT_EQ(ZEMAPI_TIRELLA_ReadNVMEM(handle(), nullptr, 0, &count), 0);
+  EXPECT_EQ(count, 0U);
   EXPECT_EQ(TakeWire(), Lines());
 }
 
@@ -136,6 +154,23 @@ TEST_F(TirellaTest, FailedReadHasItsPieceCopiedAlready) {
     wanted.resize(std::min<std::size_t>(failing * 29, 256), 0);
     wanted.resize(256, 0x55);
     EXPECT_EQ(buffer, wanted) << "zeros where the failing piece belongs";
+  }
+}
+
+TEST_F(TirellaTest, WhatAReadBringsIsCopiedWhateverItsResult) {
+  unit().AlwaysAnswer(4, Bytes(32, 0xA0));
+  for (const ZemResult result : {kFailedTransfer, ZemResult{1}}) {
+    for (std::uint32_t k = 1; k <= 9; ++k) {
+      SCOPED_TRACE(k);
+      Bytes buffer(256, 0x55);
+      gate.EndTransfer(2 * k, result);
+      EXPECT_EQ(ZEMAPI_TIRELLA_ReadNVMEM(handle(), buffer.data(), 256, &count), result);
+      EXPECT_EQ(count, kUntouched);
+      EXPECT_EQ(TakeWire().size(), 2 * k);
+      Bytes wanted(std::min<std::size_t>(k * 29, 256), 0xA0);
+      wanted.resize(256, 0x55);
+      EXPECT_EQ(buffer, wanted);
+    }
   }
 }
 

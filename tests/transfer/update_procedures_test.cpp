@@ -9,6 +9,7 @@ using zem::testing::Bytes;
 using zem::testing::ChunkLine;
 using zem::testing::CountingBytes;
 using zem::testing::Failed;
+using zem::testing::kFailedTransfer;
 using zem::testing::kPoll;
 using zem::testing::kStatus;
 using zem::testing::Lines;
@@ -207,6 +208,13 @@ TEST_P(UpdateTest, StatusThatCannotBeReadAfterTheAnnounceCountsAsIdle) {
   EXPECT_EQ(TakeWire(), wire);
 }
 
+TEST_P(UpdateTest, StatusThatAFailedReadBringsAfterTheAnnounceCounts) {
+  States({0x01});
+  gate.EndTransfer(2, kFailedTransfer);
+  EXPECT_EQ(Run(), ZEM_E_DEVICE_REFUSED);
+  EXPECT_EQ(TakeWire(), Announced());
+}
+
 TEST_P(UpdateTest, FailedProbeMeansChunksOf32) {
   FailTransfer(3);
   EXPECT_EQ(Run(), 0);
@@ -330,6 +338,16 @@ TEST_P(PolledUpdateTest, StatusThatCannotBeReadInThePollCountsAsBusy) {
   Lines wire = Sent() + kPoll + kPoll;
   wire[wire.size() - 4] = Failed(kStatus);
   EXPECT_EQ(TakeWire(), wire) << "and the second is not the first poll: no more seconds";
+}
+
+TEST_P(PolledUpdateTest, StateThatAFailedReadBringsInThePollCountsAsBusy) {
+  for (const std::uint8_t state : Bytes{0x82, 0x00}) {
+    States({0x00, state, 0x00});
+    gate.EndTransfer(7, kFailedTransfer);
+    EXPECT_EQ(Run(), 0) << int{state};
+    EXPECT_EQ(TakeWire(), Sent() + kPoll + kPoll);
+    EXPECT_EQ(TakeDebuggerLines(), SentLines());
+  }
 }
 
 TEST_P(PolledUpdateTest, BurnThatNeverEndsIsGivenUpAfterTenMinutes) {
