@@ -695,8 +695,9 @@ ZEM_API ZemResult ZEMAPI_WriteFWData(void* handle, const uint8_t* data, uint32_t
                                      ProgressCallback callback, uint64_t user);
 
 /**
- * Reads all the data that the camera has ready. A chunk that cannot be read counts as zeros. No
- * message is dispatched.
+ * Reads all the data that the camera has ready, in chunks of the length that it reports. Of a chunk
+ * longer than 65535 bytes the lower 16 bits of its length are copied, 65535 bytes where they are 0.
+ * A chunk that cannot be read counts as zeros. No message is dispatched.
  *
  * @param handle     device handle
  * @param buffer     receives the data; its front is overwritten also when the function fails
@@ -822,8 +823,13 @@ ZEM_API ZemResult ZEMAPI_UpdateCaliData(void* handle, const uint8_t* data, uint3
  *
  * Where an id stands more than once, the first entry counts. A table handle is the first byte of
  * such an image in 8192 bytes of memory; it is a copy, which other changes of the device do not
- * refresh. An entry that is shorter than its header or does not end inside the 8192 bytes is
- * corrupt and ends the search, also on the way to another table.
+ * refresh.
+ *
+ * A search goes from entry to entry until it meets the wanted one or comes to the image's length or
+ * past it: then there is no such table. It ends at a corrupt entry: at any that is shorter than its
+ * header, at the wanted one if it does not end inside the 8192 bytes, and where the next header
+ * would not lie inside them although the image goes on. To ZEMAPI_ReadTableEx an entry of more than
+ * 8192 bytes is corrupt, too.
  *
  * The sizes of the caller's buffers for one table are not looked at: they hold what
  * ZEMAPI_GetTableSize tells. A transport result other than 0 ends a read or write of the memory and
@@ -835,7 +841,7 @@ ZEM_API ZemResult ZEMAPI_UpdateCaliData(void* handle, const uint8_t* data, uint3
  *
  * @param handle  device handle
  * @param address first byte's address; addresses wrap after 0xFFFF
- * @param data    `length` bytes
+ * @param data    `length` bytes; may be null when the length is 0
  * @param length  bytes to write; 0 sends nothing
  * @param written receives the number of bytes that the device has taken, on failure too
  * @return 0; the transport's result of the piece that failed; ZEM_E_NO_DEVICE for a null handle
@@ -849,7 +855,7 @@ ZEM_API ZemResult ZEMAPI_WriteNVMEM(void* handle, uint16_t address, const uint8_
  *
  * @param handle  device handle
  * @param address first byte's address; addresses wrap after 0xFFFF
- * @param buffer  receives `length` bytes
+ * @param buffer  receives `length` bytes; may be null when the length is 0
  * @param length  bytes to read; 0 sends nothing
  * @param read    receives the number of bytes read, on failure too
  * @return 0; the transport's result of the read that failed; ZEM_E_NO_DEVICE for a null handle
@@ -862,8 +868,8 @@ ZEM_API ZemResult ZEMAPI_ReadNVMEM(void* handle, uint16_t address, uint8_t* buff
  *
  * @param handle  device handle
  * @param data    `length` bytes, of which the first 256 are written
- * @param length  256 or more; a longer one sends an empty piece for every 29 bytes more than the
- *                ninth piece holds
+ * @param length  256 or more. The 256 bytes go out in nine pieces; for every 29 bytes begun behind
+ *                the first 261 an empty piece follows
  * @param written receives 256; untouched on failure
  * @return 0; ZEM_E_REFUSED for a length below 256, and nothing is sent; the transport's result of
  *         the piece that failed; ZEM_E_NO_DEVICE for a null handle
@@ -876,7 +882,7 @@ ZEM_API ZemResult ZEMAPI_TIRELLA_WriteNVMEM(void* handle, const uint8_t* data, u
  *
  * @param handle device handle
  * @param buffer receives `length` bytes, but 256 at most; where a read fails, the place of its
- *               piece is written too
+ *               piece is written too. May be null when the length is 0
  * @param length bytes to read; more than 256 count as 256
  * @param read   receives the number of bytes read; untouched on failure
  * @return 0; the transport's result of the read that failed; ZEM_E_NO_DEVICE for a null handle
@@ -935,7 +941,7 @@ ZEM_API ZemResult ZEMAPI_GetTableSize(void* handle, uint8_t* table, uint8_t id, 
  * @param out     receives the table; untouched when there is none
  * @param outSize not used
  * @param size    receives the table's size, untouched when there is none; may be null
- * @return 0, also when there is no such table; ZEM_E_FAIL when an entry is corrupt
+ * @return 0, also when there is no such table; ZEM_E_FAIL when the search ends at a corrupt entry
  */
 ZEM_API ZemResult ZEMAPI_ReadTableEx(void* handle, uint8_t* table, uint8_t id, uint8_t* out,
                                      uint32_t outSize, uint32_t* size);
@@ -1002,7 +1008,7 @@ ZEM_API ZemResult ZEMAPI_WriteTable(void* handle, uint8_t id, const uint8_t* dat
 ZEM_API ZemResult ZEMAPI_WriteInitialTable(void* handle, const uint8_t* image, uint32_t length);
 
 /**
- * Copies the image out of a table handle, as long as it says it is.
+ * Copies the image out of a table handle, as long as it says it is, but 8192 bytes at most.
  *
  * @param handle   not used
  * @param table    table handle
@@ -1020,7 +1026,8 @@ ZEM_API ZemResult ZEMAPI_DumpWholeTable(void* handle, uint8_t* table, uint8_t* o
  * These act on the default camera, the first with the ids of the settings file. Each access to a
  * control finds and opens the camera and releases it again, so a command opens it twice, once for
  * itself and once for the reply; nothing is kept between calls. COM stays initialised on the
- * calling thread, once for each opening.
+ * calling thread: each opening adds one CoInitialize, and each read of a control one more, so a
+ * command adds three.
  *
  * Unless a function says otherwise: 0 when the camera accepted the command; ZEM_E_NO_DEVICE when
  * there is no camera or the command could not be written; ZEM_E_DEVICE_REFUSED when it answered
@@ -1123,7 +1130,7 @@ ZEM_API ZemResult ZEMUVCEXT_GetChipInfo(uint8_t* info);
  * @param data   `length` bytes; may be null when the length is 0
  * @param length bytes to write. 0 does nothing; a negative length writes 16 bytes of `data`
  * @return 0; ZEM_E_REFUSED for null data; or any other result than 0 of an access, unchanged, with
- *         the rest not sent
+ *         the rest not sent. Without a camera that is the search's, ZEM_E_FAIL
  */
 ZEM_API ZemResult ZEMUVCEXT_IspCmdWriteMem(const uint8_t* data, int32_t length);
 
@@ -1190,7 +1197,7 @@ ZEM_API ZemResult ZEMUVCEXT_UpdateFW_with_progressEx(const uint8_t* image, uint3
  *
  * @param image    `length` bytes, readable as ZEMUVCEXT_WriteFWData says
  * @param length   bytes to send; from 0x80000000 on none are
- * @param param    byte 2 of announce and burn order, the camera's to interpret
+ * @param param    byte 2 of announce and burn order, the camera's to interpret; byte 3 is 0
  * @param callback as ZEMUVCEXT_WriteFWData
  * @param user     passed to the callback
  * @return as ZEMUVCEXT_UpdateFW_with_progress, but an image that cannot be sent is no failure
