@@ -148,6 +148,23 @@ TEST_F(Update517xTest, HighByteOfARegisterIsNotWrittenBack) {
   EXPECT_EQ(TakeWireWithoutReplies()[3], WriteOf("26 69", "05"));
 }
 
+TEST_F(Update517xTest, RegisterThatCannotBeReadOrIsRefusedCountsAs0) {
+  handle();
+  // The third register's write, its read, its status.
+  FailTransfer(5);
+  vendor().AlwaysAnswer(2, {0, 0, 0x40, 0, 0, 0, 0, 0});
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(TakeWireWithoutReplies()[3], WriteOf("26 69", "04"));
+  FailTransfer(6);
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(TakeWireWithoutReplies()[4], WriteOf("26 69", "04"));
+  vendor().Answer(2, {0, 0, 0x40, 0, 0, 0, 0, 0});
+  vendor().Answer(2, {0, 0, 0, 0, 0, 0, 0, 0});
+  vendor().Answer(2, {1, 0, 0xF3, 0, 0, 0, 0, 0});
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(TakeWireWithoutReplies()[3], WriteOf("26 69", "04"));
+}
+
 TEST_F(Update517xTest, RegisterAccessesAreNotLookedAt) {
   // A refused access changes nothing in what follows, but for the value it would have read.
   vendor().AlwaysAnswer(2, {9, 0, 0x40, 0, 0, 0, 0, 0});
@@ -241,6 +258,7 @@ TEST_F(Update517xTest, CallbackIsNeeded) {
   EXPECT_EQ(ZEMAPI_UpdateFW_517x(handle(), nullptr, 1024, Report, user()), ZEM_E_REFUSED);
   EXPECT_EQ(TakeWire(), Lines());
   EXPECT_EQ(ZEMAPI_UpdateFW_517x(nullptr, image.data(), 1024, nullptr, 0), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(ZEMAPI_UpdateFW_517x(handle(), nullptr, 0, Report, user()), 0) << "an empty image";
 }
 
 }  // namespace

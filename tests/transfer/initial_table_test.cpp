@@ -2,6 +2,7 @@
 #include <numeric>
 
 #include "tests/support/device_test.h"
+#include "tests/support/memory_limit.h"
 
 namespace {
 
@@ -52,6 +53,14 @@ TEST_F(InitialTableTest, AnnouncesSendsAndOrders) {
 TEST_F(InitialTableTest, NothingIsAskedOfTheImage) {
   EXPECT_EQ(ZEMAPI_WriteInitialTable(handle(), image.data(), 0), 0);
   EXPECT_EQ(TakeWire(), (Lines{announce, status, probe, order}));
+  EXPECT_EQ(ZEMAPI_WriteInitialTable(handle(), nullptr, 0), 0);
+  EXPECT_EQ(TakeWire(), (Lines{announce, status, probe, order}));
+}
+
+TEST_F(InitialTableTest, WithoutMemoryTheWriteIsOrderedAsAfterAnyFailedImage) {
+  const zem::testing::MemoryExhausted memory;
+  EXPECT_EQ(Write(), 0);
+  EXPECT_EQ(TakeWire(), (Lines{announce, status, order}));
 }
 
 TEST_F(InitialTableTest, DeviceThatIsNotIdleIsLeftAlone) {

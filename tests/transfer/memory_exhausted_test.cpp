@@ -1,9 +1,13 @@
 // Transfers that get no memory.
+#include <optional>
+
 #include "tests/support/memory_limit.h"
 #include "tests/support/transfer_test.h"
 
 namespace {
 
+using zem::simulator::Fault;
+using zem::testing::BeforeAllocation;
 using zem::testing::Bytes;
 using zem::testing::ChunkLine;
 using zem::testing::CountingBytes;
@@ -39,6 +43,30 @@ TEST_F(MemoryExhaustedTest, ReadFWDataEndsBeforeTheFirstChunk) {
             ZEM_E_DEVICE_REFUSED);
   EXPECT_EQ(TakeWire(), (Lines{"get vendor 3 [32]", "set vendor 4: 01 02 00 00 00 00 00 00",
                                "get vendor 5 [8]"}));
+}
+
+TEST_F(MemoryExhaustedTest, ReadFWDataAsksForAsMuchMemoryAsTheCameraSaysThatAChunkHas) {
+  vendor().Answer(5, {0, 0, 32, 0, 0, 0, 0, 0});
+  handle();
+  camera().AddFault({Fault::Kind::kLength, 1, 1, 0xFFFFFFFF});
+  MemoryExhausted memory;
+  EXPECT_EQ(ZEMAPI_ReadFWData(handle(), bytes.data(), 32, &length, Report, user()),
+            ZEM_E_DEVICE_REFUSED);
+  EXPECT_EQ(memory.TakeWanted(), 0xFFFFFFFFU);
+}
+
+TEST_F(MemoryExhaustedTest, SpeedProbeWithoutItsBufferChoosesTheLowSpeed) {
+  handle();
+  int allocations = 0;
+  std::optional<MemoryExhausted> memory;
+  const BeforeAllocation limit([&] {
+    if (++allocations == 2) {
+      memory.emplace();
+    }
+  });
+  EXPECT_EQ(ZEMAPI_WriteFWData(handle(), bytes.data(), 32, nullptr, 0), 0);
+  EXPECT_EQ(TakeWire(), (Lines{ChunkLine(3, bytes, 0, 32), "drain"})) << "there is no probe";
+  EXPECT_EQ(TakeDebuggerLines()[0], L"[MSG] Set Speeed:: 32Bytes, CS=0x3, Len=0x20\r\n");
 }
 
 TEST_F(MemoryExhaustedTest, ReadPartialFlashDataEndsAfterTheAnnounce) {

@@ -217,6 +217,7 @@ TEST_P(StatelessUpdateTest, LengthThatIsNegativeAsASignedNumberSendsNothing) {
   ASSERT_GT(wire.size(), 6U);
   EXPECT_EQ(Lines(wire.begin() + 1, wire.begin() + 5),
             (Lines{kStatus, kDataProbe, "sleep 300", "drain"}));
+  EXPECT_TRUE(wire[5].starts_with("set vendor 4: 01 01 ")) << "the burn is ordered: " << wire[5];
 }
 
 TEST_P(StatelessUpdateTest, NullImageOpensNothing) {
