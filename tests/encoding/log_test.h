@@ -13,9 +13,9 @@ namespace zem::testing {
 
 class LogTest : public DeviceTest {
  protected:
-  LogTest() : folder_(MakeFolder()) { setenv("TMPDIR", folder_.c_str(), 1); }
+  LogTest() { setenv("TMPDIR", folder_.c_str(), 1); }
   ~LogTest() override {
-    unsetenv("TMPDIR");
+    setenv("TMPDIR", before_.c_str(), 1);
     std::filesystem::remove_all(folder_);
   }
 
@@ -36,7 +36,8 @@ class LogTest : public DeviceTest {
     return name;
   }
 
-  std::filesystem::path folder_;
+  const std::filesystem::path before_ = std::filesystem::temp_directory_path();
+  const std::filesystem::path folder_ = MakeFolder();
 };
 
 // The header of a log line at the simulated system's time of day.

@@ -1,0 +1,64 @@
+"""The mutants that are known to change nothing that anyone could observe.
+
+The list is a text file. An entry is one line, as a survivor is printed but without the line's
+number, and the reason for it, indented below:
+
+    room/file.cpp: ULONG moved = 0; => ULONG moved = {number};
+        The transport sets it before anyone looks at it.
+
+{number} stands for any number. A line that begins with # is a remark."""
+
+import re
+from dataclasses import dataclass
+
+_NUMBER = r"-?(?:0[xX][0-9A-Fa-f]+|[0-9.]+)[uUlLfF]*"
+
+
+@dataclass(frozen=True)
+class Entry:
+    path: str
+    before: str
+    after: str
+    reason: str
+
+    def matches(self, mutant):
+        return (mutant.path == self.path and mutant.before == self.before
+                and re.fullmatch(self._pattern(), mutant.after) is not None)
+
+    def _pattern(self):
+        return _NUMBER.join(re.escape(part) for part in self.after.split("{number}"))
+
+    def __str__(self):
+        return f"{self.path}: {self.before} => {self.after}"
+
+
+def parse(text):
+    entries = []
+    head, reason = None, []
+
+    def close():
+        if head is None:
+            return
+        if not reason:
+            raise ValueError(f"no reason is given for: {head}")
+        path, _, change = head.partition(": ")
+        before, arrow, after = change.partition(" => ")
+        if not arrow:
+            raise ValueError(f"not an entry: {head}")
+        entries.append(Entry(path, before, after, " ".join(reason)))
+
+    for line in text.splitlines():
+        if line.startswith("#") or not line.strip():
+            continue
+        if line[0].isspace():
+            reason.append(line.strip())
+            continue
+        close()
+        head, reason = line.rstrip(), []
+    close()
+    return entries
+
+
+def stale(entries, mutants):
+    """Entries that none of the mutants matches: the code has changed below them."""
+    return [entry for entry in entries if not any(entry.matches(mutant) for mutant in mutants)]

@@ -1,0 +1,217 @@
+"""Builds mutants of the library's rooms and tells which of them the tests notice: see
+docs/mutation.md."""
+
+import argparse
+import json
+import os
+import queue
+import re
+import sys
+from concurrent.futures import FIRST_COMPLETED, ThreadPoolExecutor, wait
+from pathlib import Path
+
+import equivalents
+from build import Build
+from mutants import Sources, draw_order
+from testing import Tests, run_tests
+
+ROOT = Path(__file__).resolve().parents[2]
+FOLDER = ROOT / "build" / "mutation"
+KNOWN = Path(__file__).with_name("equivalents.txt")
+
+# Folders and the patterns of their files. Of platform/ the parts that native tests run: what is
+# below platform/windows runs under Wine only, and platform/simulated belongs to the tests.
+ROOMS = {
+    "device": ("device/*",),
+    "commands": ("commands/*",),
+    "transfer": ("transfer/*",),
+    "romboot": ("romboot/*",),
+    "encoding": ("encoding/*",),
+    "media": ("media/*",),
+    "exports": ("exports/*",),
+    "platform": ("platform/*", "platform/portable/*"),
+}
+GOAL = 97  # of 100 that are not equivalent
+
+
+class Verdict:
+    def __init__(self, mutant, kind, detail=""):
+        self.mutant = mutant
+        self.kind = kind  # killed, survived, equivalent or broken, which does not compile
+        self.detail = detail
+
+
+class Runner:
+    def __init__(self, workers):
+        self._workers = workers
+        self._folders = queue.Queue()
+        for number in range(workers):
+            folder = FOLDER / f"worker{number}"
+            folder.mkdir(parents=True, exist_ok=True)
+            self._folders.put(folder)
+        self._pool = ThreadPoolExecutor(workers)
+        self._build = Build(ROOT, ROOT / "build" / "native", FOLDER)
+        self.sources = Sources(self._build.tree, sorted(
+            str(path.relative_to(self._build.tree)) for patterns in ROOMS.values()
+            for pattern in patterns for path in self._build.tree.glob(pattern)
+            if path.suffix in (".cpp", ".h")))
+        self._limits = {}
+
+    def room_files(self, room):
+        return [path for path in self.sources.text
+                if any(Path(path).match(pattern) for pattern in ROOMS[room])]
+
+    def prepare(self):
+        """Builds the unchanged program and sees its tests pass."""
+        self._build.compile_unchanged(self._pool)
+        program = FOLDER / "unchanged"
+        self._build.link(program)
+        self._tests = Tests(program, FOLDER)
+        run = run_tests(program, "*", FOLDER, 3600)
+        if run.failure:
+            sys.exit(f"the tests fail without any mutant: {run.failure}")
+        # Twice what all the tests take, and a little for a start on a busy machine.
+        self._limit = int(2 * run.seconds) + 10
+        print(f"the tests pass in {run.seconds:.0f} s of processor time", flush=True)
+
+    def judge_all(self, mutants, count, known):
+        """The verdicts on the first `count` mutants that compile. Takes the mutants in their order,
+        whichever worker is done first."""
+        verdicts = {}
+        running = {}
+        issued = iter(enumerate(mutants))
+
+        def compiled():
+            return sum(verdict.kind != "broken" for verdict in verdicts.values())
+
+        while True:
+            while len(running) < self._workers and compiled() + len(running) < count:
+                number, mutant = next(issued, (None, None))
+                if mutant is None:
+                    break
+                running[self._pool.submit(self._judge, mutant, known)] = number
+            if not running:
+                return [verdicts[number] for number in sorted(verdicts)
+                        if verdicts[number].kind != "broken"]
+            for future in wait(running, return_when=FIRST_COMPLETED).done:
+                verdict = future.result()
+                verdicts[running.pop(future)] = verdict
+                if verdict.kind == "survived":
+                    print(f"survived    {describe(verdict.mutant)}", flush=True)
+
+    def _judge(self, mutant, known):
+        folder = self._folders.get()
+        try:
+            return self._judge_in(mutant, known, folder)
+        finally:
+            self._folders.put(folder)
+
+    def _judge_in(self, mutant, known, folder):
+        original = self.sources.text[mutant.path]
+        changed = mutant.apply(original)
+        objects = self._build.compile_changed(mutant.path, changed, folder)
+        if objects is None:
+            return Verdict(mutant, "broken")
+        program = folder / "program"
+        self._build.link(program, mutant.path, objects)
+        filters = self._tests.filters(self._first_rooms(mutant.path))
+        for number, test_filter in enumerate(filters):
+            run = run_tests(program, test_filter, folder, self._limit)
+            if run.failure:
+                return Verdict(mutant, "killed", run.failure)
+            if number == 0 and self._build.same_code(mutant.path, original, changed, folder):
+                return Verdict(mutant, "equivalent", "the same code")
+        if any(entry.matches(mutant) for entry in known):
+            return Verdict(mutant, "equivalent", "listed")
+        return Verdict(mutant, "survived")
+
+    def _first_rooms(self, path):
+        """The rooms whose tests look at a file first: its own, and those it speaks for."""
+        rooms = [Path(path).parts[0]]
+        if rooms == ["exports"]:
+            rooms = sorted({name.partition("/")[0] for name in
+                            re.findall(r'#include "(.+)"', self.sources.text[path])})
+        return rooms
+
+
+def describe(mutant):
+    return f"{mutant.path}:{mutant.line}: {mutant.before} => {mutant.after}"
+
+
+def counts(verdicts):
+    return {kind: sum(verdict.kind == kind for verdict in verdicts)
+            for kind in ("killed", "equivalent", "survived")}
+
+
+def share(row):
+    counted = row["killed"] + row["survived"]
+    return 100 * row["killed"] / counted if counted else 100.0
+
+
+def print_table(results):
+    print(f"\n{'room':10} {'mutants':>8} {'killed':>7} {'equivalent':>11} {'survived':>9} {'share':>7}")
+    for room, verdicts in results.items():
+        row = counts(verdicts)
+        print(f"{room:10} {len(verdicts):8} {row['killed']:7} {row['equivalent']:11} "
+              f"{row['survived']:9} {share(row):6.1f}%")
+
+
+def listed_but_killed(results, known, runner):
+    """Entries that the tests contradict. Of a line that stands several times in its file another
+    one may be meant."""
+    for verdict in results:
+        if verdict.kind != "killed":
+            continue
+        lines = [" ".join(line.split())
+                 for line in runner.sources.text[verdict.mutant.path].splitlines()]
+        if lines.count(verdict.mutant.before) > 1:
+            continue
+        for entry in known:
+            if entry.matches(verdict.mutant):
+                yield entry, verdict.detail
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="scripts/mutation.sh", description=__doc__)
+    parser.add_argument("room", nargs="?", choices=[*ROOMS, "all"], default="all", metavar="ROOM",
+                        help=f"one of {', '.join(ROOMS)}; all of them without it")
+    parser.add_argument("count", nargs="?", type=int, default=100, metavar="COUNT",
+                        help="mutants of each room (100)")
+    parser.add_argument("--seed", default="1", help="which mutants are drawn (1)")
+    parser.add_argument("--workers", type=int, default=os.cpu_count(), help="how many at a time")
+    arguments = parser.parse_args()
+
+    runner = Runner(arguments.workers)
+    known = equivalents.parse(KNOWN.read_text(encoding="utf-8"))
+    rooms = list(ROOMS) if arguments.room == "all" else [arguments.room]
+    sites = {room: [site for path in runner.room_files(room) for site in runner.sources.sites(path)]
+             for room in ROOMS}
+    every_mutant = [mutant for room in ROOMS for site in sites[room] for group in site
+                    for mutant in group]
+    wrong = [f"stale entry, matches no mutant: {entry}"
+             for entry in equivalents.stale(known, every_mutant)]
+
+    print(f"seed {arguments.seed}, {arguments.count} mutants of each room", flush=True)
+    runner.prepare()
+    results = {}
+    for room in rooms:
+        verdicts = runner.judge_all(draw_order(sites[room], arguments.seed), arguments.count, known)
+        results[room] = verdicts
+        row = counts(verdicts)
+        print(f"{room}: {row['killed']} killed, {row['survived']} survived, "
+              f"{row['equivalent']} equivalent", flush=True)
+        wrong += [f"listed as equivalent, but {killer} fails: {entry}"
+                  for entry, killer in listed_but_killed(verdicts, known, runner)]
+    (FOLDER / "results.json").write_text(json.dumps(
+        [{"verdict": verdict.kind, "detail": verdict.detail, "mutant": describe(verdict.mutant)}
+         for verdicts in results.values() for verdict in verdicts], indent=1), encoding="utf-8")
+
+    print_table(results)
+    if wrong:
+        print("\n" + "\n".join(wrong))
+    good = not wrong and all(share(counts(verdicts)) >= GOAL for verdicts in results.values())
+    return 0 if good else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

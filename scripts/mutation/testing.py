@@ -1,0 +1,116 @@
+"""Runs a test program that may hang, grow or crash."""
+
+import json
+import os
+import re
+import resource
+import shutil
+import signal
+import subprocess
+import time
+from collections import defaultdict
+from pathlib import Path
+
+# On the disk: tests make sparse files of terabytes.
+_MOST_WRITTEN = 1 << 29
+_MOST_MEMORY_MB = 1500
+# Waiting that takes no processor time is cut off behind this many times the processor's limit.
+_PATIENCE = 6
+_POLL_SECONDS = 0.05
+
+
+class Tests:
+    """The tests of a program by the room they belong to, in the program's order."""
+
+    def __init__(self, program, folder):
+        listing = folder / "tests.json"
+        subprocess.run([str(program), "--gtest_list_tests", f"--gtest_output=json:{listing}"],
+                       check=True, stdout=subprocess.DEVNULL)
+        self._suites = defaultdict(list)
+        for suite in json.loads(listing.read_text(encoding="utf-8"))["testsuites"]:
+            room = re.search(r"tests/(\w+)/", suite["testsuite"][0]["file"])
+            self._suites[room.group(1) if room else ""].append(suite["name"])
+
+    def filters(self, rooms):
+        """Two filters: the tests of these rooms, and all others. Only one if there are none."""
+        own = ":".join(f"{suite}.*" for room in rooms for suite in self._suites.get(room, ()))
+        return [own, f"-{own}"] if own else ["*"]
+
+
+class Run:
+    """What became of one run: `failure` is None if all tests passed."""
+
+    def __init__(self, failure, seconds):
+        self.failure = failure
+        self.seconds = seconds  # of the processor
+
+
+def run_tests(program, test_filter, folder, limit_seconds):
+    """Runs the tests up to the first that fails."""
+    scratch = folder / "scratch"
+    shutil.rmtree(scratch, ignore_errors=True)
+    scratch.mkdir()
+    output = folder / "output.txt"
+    environment = {
+        **os.environ,
+        "LC_ALL": "C.UTF-8",
+        "TMPDIR": str(scratch),
+        "ASAN_OPTIONS": f"symbolize=0:hard_rss_limit_mb={_MOST_MEMORY_MB}",
+        "UBSAN_OPTIONS": "symbolize=0",
+    }
+
+    def set_limits():
+        resource.setrlimit(resource.RLIMIT_CPU, (limit_seconds, limit_seconds + 1))
+        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+    with open(output, "wb") as file:
+        process = subprocess.Popen(
+            [str(program), f"--gtest_filter={test_filter}", "--gtest_fail_fast", "--gtest_brief=1"],
+            cwd=scratch, env=environment, stdin=subprocess.DEVNULL, stdout=file,
+            stderr=subprocess.STDOUT, preexec_fn=set_limits, start_new_session=True)
+    cut_off, usage = _wait(process, (scratch, output), limit_seconds * _PATIENCE)
+    shutil.rmtree(scratch, ignore_errors=True)
+    seconds = usage.ru_utime + usage.ru_stime
+    if cut_off is None and process.returncode == 0:
+        return Run(None, seconds)
+    return Run(cut_off or _failure(output, process.returncode), seconds)
+
+
+def _wait(process, written, patience):
+    """Waits for the end, or brings it about. Returns why, if it does, and what the process used."""
+    deadline = time.monotonic() + patience
+    cut_off = None
+    while True:
+        ended, status, usage = os.wait4(process.pid, os.WNOHANG if cut_off is None else 0)
+        if ended:
+            process.returncode = os.waitstatus_to_exitcode(status)
+            return cut_off, usage
+        if time.monotonic() > deadline:
+            cut_off = "too much time"
+        elif sum(map(_disk_usage, written)) > _MOST_WRITTEN:
+            cut_off = "too much written"
+        if cut_off is not None:
+            os.killpg(process.pid, signal.SIGKILL)
+        else:
+            time.sleep(_POLL_SECONDS)
+
+
+def _disk_usage(path):
+    try:
+        size = path.lstat().st_blocks * 512
+        return size + sum(map(_disk_usage, path.iterdir())) if path.is_dir() else size
+    except FileNotFoundError:  # removed meanwhile
+        return 0
+
+
+def _failure(output, status):
+    """The test that failed, as far as the output says."""
+    with open(output, "rb") as file:
+        text = file.read(1 << 20).decode(errors="replace")
+    failed = re.search(r"^\[  FAILED  \] (\S+)", text, re.MULTILINE)
+    if failed:
+        return failed.group(1).rstrip(",")
+    if status == -signal.SIGXCPU or status == -signal.SIGKILL:
+        return "too much processor time"
+    report = re.search(r"(ERROR: \w+Sanitizer: [\w-]+|runtime error: [^\n]{0,60}|hard rss limit)", text)
+    return report.group(1) if report else f"status {status}"
