@@ -4,9 +4,11 @@
 #include "exports/export_support.h"
 
 using zem::OnDevice;
+using zem::Required;
 
 ZemResult ZEMAPI_GetVideoProcAmp(void* handle, ZemLong property, ZemLong* value, ZemLong* flags) {
-  return OnDevice(handle, zem::GetControl<IAMVideoProcAmp>, property, value, flags);
+  return OnDevice(handle, zem::GetControl<IAMVideoProcAmp>, property, Required(value),
+                  Required(flags));
 }
 
 ZemResult ZEMAPI_SetVideoProcAmp(void* handle, ZemLong property, ZemLong value, ZemLong flags) {
@@ -16,12 +18,13 @@ ZemResult ZEMAPI_SetVideoProcAmp(void* handle, ZemLong property, ZemLong value, 
 ZemResult ZEMAPI_GetVideoProcAmpRange(void* handle, ZemLong property, ZemLong* minimum,
                                       ZemLong* maximum, ZemLong* step, ZemLong* defaultValue,
                                       ZemLong* capsFlags) {
-  return OnDevice(handle, zem::GetControlRange<IAMVideoProcAmp>, property, minimum, maximum, step,
-                  defaultValue, capsFlags);
+  return OnDevice(handle, zem::GetControlRange<IAMVideoProcAmp>, property, Required(minimum),
+                  Required(maximum), Required(step), Required(defaultValue), Required(capsFlags));
 }
 
 ZemResult ZEMAPI_GetCameraControl(void* handle, ZemLong property, ZemLong* value, ZemLong* flags) {
-  return OnDevice(handle, zem::GetControl<IAMCameraControl>, property, value, flags);
+  return OnDevice(handle, zem::GetControl<IAMCameraControl>, property, Required(value),
+                  Required(flags));
 }
 
 ZemResult ZEMAPI_SetCameraControl(void* handle, ZemLong property, ZemLong value, ZemLong flags) {
@@ -31,12 +34,12 @@ ZemResult ZEMAPI_SetCameraControl(void* handle, ZemLong property, ZemLong value,
 ZemResult ZEMAPI_GetCameraControlRange(void* handle, ZemLong property, ZemLong* minimum,
                                        ZemLong* maximum, ZemLong* step, ZemLong* defaultValue,
                                        ZemLong* capsFlags) {
-  return OnDevice(handle, zem::GetControlRange<IAMCameraControl>, property, minimum, maximum, step,
-                  defaultValue, capsFlags);
+  return OnDevice(handle, zem::GetControlRange<IAMCameraControl>, property, Required(minimum),
+                  Required(maximum), Required(step), Required(defaultValue), Required(capsFlags));
 }
 
 ZemResult ZEMAPI_Get_IVideoProcAmp_Interface(void* handle, void** videoProcAmp) {
-  return OnDevice(handle, zem::GetVideoProcAmpNode, videoProcAmp);
+  return OnDevice(handle, zem::GetVideoProcAmpNode, Required(videoProcAmp));
 }
 
 ZemResult ZEMAPI_AudioOpenDeviceByPath(const wchar_t* displayName, IBaseFilter** audio) {

@@ -5,11 +5,20 @@
 #include "exports/export_support.h"
 
 using zem::DeviceHandle;
+using zem::MaybeNull;
 using zem::OnDevice;
+using zem::Required;
 
 namespace {
 
 DeviceHandle** AsHandleOutput(void** handle) { return reinterpret_cast<DeviceHandle**>(handle); }
+
+// XuSetControl or XuGetControl with its arguments in the order of OnDevice.
+template <auto transfer>
+HRESULT Transfer(IBaseFilter* filter, const GUID* unit, std::uint16_t selector, void* data,
+                 ULONG length, ULONG* bytesReturned) {
+  return transfer(*unit, selector, data, length, bytesReturned, filter);
+}
 
 }  // namespace
 
@@ -44,22 +53,14 @@ ZemResult ZEMAPI_GetSerialNumber(void* /*handle*/, char* serial) {
 
 ZemResult ZEMAPI_UvcExtSet(void* handle, const GUID* unit, unsigned short selector, void* data,
                            ZemULong length, ZemULong* bytesReturned) {
-  return OnDevice(
-      handle,
-      [=](IBaseFilter* filter, const GUID* checkedUnit) {
-        return zem::XuSetControl(*checkedUnit, selector, data, length, bytesReturned, filter);
-      },
-      unit);
+  return OnDevice(handle, Transfer<zem::XuSetControl>, Required(unit), selector, MaybeNull(data),
+                  length, MaybeNull(bytesReturned));
 }
 
 ZemResult ZEMAPI_UvcExtGet(void* handle, const GUID* unit, unsigned short selector, void* data,
                            ZemULong length, ZemULong* bytesReturned) {
-  return OnDevice(
-      handle,
-      [=](IBaseFilter* filter, const GUID* checkedUnit) {
-        return zem::XuGetControl(*checkedUnit, selector, data, length, bytesReturned, filter);
-      },
-      unit);
+  return OnDevice(handle, Transfer<zem::XuGetControl>, Required(unit), selector, MaybeNull(data),
+                  length, MaybeNull(bytesReturned));
 }
 
 ZemResult ZEMAPI_ZemExtSet(void* handle, unsigned short selector, void* data, ZemULong length,
@@ -73,10 +74,8 @@ ZemResult ZEMAPI_ZemExtGet(void* handle, unsigned short selector, void* data, Ze
 }
 
 ZemResult ZEMAPI_UvcCheckXuGuid(void* handle, const GUID* unit) {
-  return OnDevice(
-      handle,
-      [](IBaseFilter* filter, const GUID* checkedUnit) {
-        return zem::CheckXuGuid(*checkedUnit, filter);
-      },
-      unit);
+  const auto check = [](IBaseFilter* filter, const GUID* wanted) {
+    return zem::CheckXuGuid(*wanted, filter);
+  };
+  return OnDevice(handle, check, Required(unit));
 }

@@ -7,9 +7,10 @@
 
 using zem::OnDevice;
 using zem::OnHandle;
+using zem::Required;
 
 ZemResult ZEMAPI_GetH264FrameList(void* handle, void** list) {
-  return OnHandle(handle, zem::GetH264FrameList, list);
+  return OnHandle(handle, zem::GetH264FrameList, Required(list));
 }
 
 void ZEMAPI_ReleaseH264FrameList(void* list) { zem::ReleaseH264FrameList(list); }
@@ -25,9 +26,9 @@ ZemResult ZEMAPI_SetH264Mode(void* handle, unsigned int width, unsigned int heig
 ZemResult ZEMAPI_GetH264_UVC_PayloadFormat(void* /*handle*/, unsigned short index,
                                            unsigned short* width, unsigned short* height,
                                            GUID* subtype) {
-  return width != nullptr && height != nullptr && subtype != nullptr
-             ? zem::GetPayloadFormat(index, width, height, subtype)
-             : zem::kRefused;
+  return zem::AnyNull(width, height, subtype)
+             ? zem::kRefused
+             : zem::GetPayloadFormat(index, width, height, subtype);
 }
 
 ZemResult ZEMAPI_SetFps(void* handle, unsigned short fps) {

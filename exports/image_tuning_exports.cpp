@@ -5,10 +5,11 @@
 #include "exports/export_support.h"
 
 using zem::OnDevice;
+using zem::Required;
 using zem::SetFeature;
 
 ZemResult ZEMAPI_GetFWBuildDate(void* handle, char* date) {
-  return OnDevice(handle, zem::GetFWBuildDate, date);
+  return OnDevice(handle, zem::GetFWBuildDate, Required(date));
 }
 
 ZemResult ZEMAPI_EnableAF(void* handle, unsigned char enable) {
@@ -20,7 +21,7 @@ ZemResult ZEMAPI_EnableAE(void* handle, unsigned char enable) {
 }
 
 ZemResult ZEMAPI_GetAFACC(void* handle, unsigned int* values) {
-  return OnDevice(handle, zem::GetAFACC, values);
+  return OnDevice(handle, zem::GetAFACC, Required(values));
 }
 
 ZemResult ZEMAPI_SetVideoRecMode(void* handle, unsigned char mode) {
@@ -34,7 +35,7 @@ ZemResult ZEMAPI_SetAWBGain(void* handle, unsigned short gain1, unsigned short g
 
 ZemResult ZEMAPI_GetAWBGain(void* handle, unsigned short* gain1, unsigned short* gain2,
                             unsigned short* gain3) {
-  return OnDevice(handle, zem::GetAWBGain, gain1, gain2, gain3);
+  return OnDevice(handle, zem::GetAWBGain, Required(gain1), Required(gain2), Required(gain3));
 }
 
 ZemResult ZEMAPI_EnableManualGainCtrl(void* handle, int enable) {
@@ -46,11 +47,11 @@ ZemResult ZEMAPI_SetShadding(void* handle, unsigned char value) {
 }
 
 ZemResult ZEMAPI_SetMiscSetting(void* handle, const unsigned char* settings) {
-  return OnDevice(handle, zem::SetMiscSetting, settings);
+  return OnDevice(handle, zem::SetMiscSetting, Required(settings));
 }
 
 ZemResult ZEMAPI_GetMiscSetting(void* handle, unsigned char* settings) {
-  return OnDevice(handle, zem::GetMiscSetting, settings);
+  return OnDevice(handle, zem::GetMiscSetting, Required(settings));
 }
 
 ZemResult ZEMAPI_SetMjpgQuality(void* handle) {
@@ -70,9 +71,9 @@ ZemResult ZEMAPI_SetMinQP(void* handle, unsigned char qp) {
 }
 
 ZemResult ZEMAPI_GetSensorSN(void* handle, unsigned char* serial) {
-  return OnDevice(handle, zem::GetSensorSN, serial);
+  return OnDevice(handle, zem::GetSensorSN, Required(serial));
 }
 
 ZemResult ZEMAPI_GetSkypeXUVersion(void* handle, unsigned char* version) {
-  return OnDevice(handle, zem::GetSkypeXUVersion, version);
+  return OnDevice(handle, zem::GetSkypeXUVersion, Required(version));
 }

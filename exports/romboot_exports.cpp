@@ -12,7 +12,9 @@
 #include "romboot/rom_boot_entry.h"
 #include "romboot/storage_transfer.h"
 
+using zem::MaybeNull;
 using zem::OnDevice;
+using zem::Required;
 using zem::ZemRomBootConfig;
 
 namespace {
@@ -22,17 +24,11 @@ constexpr unsigned char kNoOption = 0;
 
 ZemRomBootConfig& Session(void* device) { return *static_cast<ZemRomBootConfig*>(device); }
 
-// Runs `operation(session, arguments...)`. A null session gives kFail, and then a null pointer
-// among the arguments kRefused; either way nothing is sent.
+// Runs `operation(session, arguments...)`. A null session gives kFail, and then a required pointer
+// that is null kRefused; either way nothing is sent.
 template <class Operation, class... Arguments>
 ZemResult OnSession(void* device, Operation operation, Arguments... arguments) {
-  if (device == nullptr) {
-    return zem::kFail;
-  }
-  if (zem::AnyNull(arguments...)) {
-    return zem::kRefused;
-  }
-  return operation(Session(device), arguments...);
+  return device != nullptr ? zem::RunOn(Session(device), operation, arguments...) : zem::kFail;
 }
 
 }  // namespace
@@ -56,37 +52,37 @@ void ZEMROMAPI_CloseDevice(void** device) {
 }
 
 ZemResult ZEMROMAPI_CreateDumpFile(void* device, const wchar_t* path, int size) {
-  return OnSession(device, zem::CreateDumpFile, path, size);
+  return OnSession(device, zem::CreateDumpFile, MaybeNull(path), size);
 }
 
 ZemResult ZEMROMAPI_LoadMiniUVC(void* device, const wchar_t* path) {
-  return OnSession(device, zem::LoadMiniUVC, path);
+  return OnSession(device, zem::LoadMiniUVC, MaybeNull(path));
 }
 
 ZemResult ZEMROMAPI_LoadUpdater(void* device, const wchar_t* path) {
-  return OnSession(device, zem::LoadUpdater, path);
+  return OnSession(device, zem::LoadUpdater, MaybeNull(path));
 }
 
 ZemResult ZEMROMAPI_ResetSystem(void* device) { return OnSession(device, zem::ResetSystem); }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_SF(void* device) {
-  return OnSession(device, zem::SelectStorage, &zem::kStoragePcamSf, kNoOption);
+  return OnSession(device, zem::SelectStorage, zem::kStoragePcamSf, kNoOption);
 }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_DRAM(void* device) {
-  return OnSession(device, zem::SelectStorage, &zem::kStoragePcamDram, kNoOption);
+  return OnSession(device, zem::SelectStorage, zem::kStoragePcamDram, kNoOption);
 }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND(void* device, unsigned char option) {
-  return OnSession(device, zem::SelectStorage, &zem::kStorageParallelNand, option);
+  return OnSession(device, zem::SelectStorage, zem::kStorageParallelNand, option);
 }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_SPI_NAND(void* device, unsigned char option) {
-  return OnSession(device, zem::SelectStorage, &zem::kStorageSpiNand, option);
+  return OnSession(device, zem::SelectStorage, zem::kStorageSpiNand, option);
 }
 
 ZemResult ZEMROMAPI_SwitchModePCAM_EMMC(void* device, unsigned char option) {
-  return OnSession(device, zem::SelectStorage, &zem::kStorageEmmc, option);
+  return OnSession(device, zem::SelectStorage, zem::kStorageEmmc, option);
 }
 
 ZemResult ZEMROMAPI_LongJump(void* device) { return OnSession(device, zem::LongJump); }
@@ -100,17 +96,12 @@ ZemResult ZEMROMAPI_WriteRegister(void* device, unsigned int address, unsigned c
 }
 
 ZemResult ZEMROMAPI_ReadRegister(void* device, unsigned int address, unsigned char* value) {
-  return OnSession(device, zem::ReadBootRegister, address, value);
+  return OnSession(device, zem::ReadBootRegister, address, Required(value));
 }
 
 ZemResult ZEMROMAPI_ScsiCommand(void* device, int dataIn, unsigned int length, unsigned char* cdb,
                                 void* data) {
-  // The data may be null when there is none, so ScsiCommand itself looks at it.
-  const auto send = [data](ZemRomBootConfig& session, int in, unsigned count,
-                           unsigned char* command) {
-    return zem::ScsiCommand(session, in, count, command, data);
-  };
-  return OnSession(device, send, dataIn, length, cdb);
+  return OnSession(device, zem::ScsiCommand, dataIn, length, Required(cdb), MaybeNull(data));
 }
 
 ZemResult ZEMROMAPI_MkEmmcEhancedArea(void* device, unsigned int first, unsigned int second) {
@@ -124,15 +115,15 @@ ZemResult ZEMROMAPI_Erase(void* device, unsigned int address, unsigned int size)
 }
 
 ZemResult ZEMROMAPI_BurnFw(void* device, const wchar_t* path, unsigned int* address) {
-  return OnSession(device, zem::BurnFw, path, address);
+  return OnSession(device, zem::BurnFw, MaybeNull(path), Required(address));
 }
 
 ZemResult ZEMROMAPI_BurnPcCamFw(void* device, const wchar_t* path, unsigned int* address) {
-  return OnSession(device, zem::BurnPcCamFw, path, address);
+  return OnSession(device, zem::BurnPcCamFw, MaybeNull(path), Required(address));
 }
 
 ZemResult ZEMROMAPI_BurnPcCamFwPnsV2(void* device, const wchar_t* path, unsigned int* address) {
-  return OnSession(device, zem::BurnPcCamFwPnsV2, path, address);
+  return OnSession(device, zem::BurnPcCamFwPnsV2, MaybeNull(path), Required(address));
 }
 
 ZemResult ZEMROMAPI_DispackZemPcCamFw(void* /*device*/, const wchar_t* path) {
@@ -141,28 +132,28 @@ ZemResult ZEMROMAPI_DispackZemPcCamFw(void* /*device*/, const wchar_t* path) {
 
 ZemResult ZEMROMAPI_UpdateLinuxFwPkg(void* device, const wchar_t* path, unsigned int bodyAddress,
                                      unsigned int headerAddress) {
-  return OnSession(device, zem::UpdateLinuxFwPkg, path, bodyAddress, headerAddress);
+  return OnSession(device, zem::UpdateLinuxFwPkg, MaybeNull(path), bodyAddress, headerAddress);
 }
 
 ZemResult ZEMROMAPI_UpdateLinuxFwPkg_(void* device, const wchar_t* path,
                                       unsigned int headerAddress) {
-  return OnSession(device, zem::UpdateLinuxFwPkgAtOwnAddress, path, headerAddress);
+  return OnSession(device, zem::UpdateLinuxFwPkgAtOwnAddress, MaybeNull(path), headerAddress);
 }
 
 ZemResult ZEMROMAPI_PartialUpdateWithHeader(void* device, const wchar_t* path,
                                             unsigned int* address) {
-  return OnSession(device, zem::PartialUpdateWithHeader, path, address);
+  return OnSession(device, zem::PartialUpdateWithHeader, MaybeNull(path), Required(address));
 }
 
 ZemResult ZEMROMAPI_PartialUpdate(void* device, const wchar_t* path, unsigned int* address) {
-  return OnSession(device, zem::PartialUpdate, path, address);
+  return OnSession(device, zem::PartialUpdate, MaybeNull(path), Required(address));
 }
 
 ZemResult ZEMROMAPI_PartialRead(void* device, const wchar_t* path, unsigned int* address,
                                 unsigned int length) {
-  return OnSession(device, zem::PartialRead, path, address, length);
+  return OnSession(device, zem::PartialRead, MaybeNull(path), Required(address), length);
 }
 
 ZemResult ZEMROMAPI_LoadFW2Memory(void* device, const wchar_t* path, unsigned int* address) {
-  return OnSession(device, zem::LoadFW2Memory, path, address);
+  return OnSession(device, zem::LoadFW2Memory, MaybeNull(path), Required(address));
 }

@@ -14,8 +14,10 @@ using zem::Image;
 using zem::kProcessorRegisters;
 using zem::kRefused;
 using zem::kSensorRegisters;
+using zem::MaybeNull;
 using zem::OnDefaultCamera;
 using zem::Progress;
+using zem::Required;
 
 ZemResult ZEMUVCEXT_DoAF(uint16_t value) { return stateless::Send(stateless::DoAF(value)); }
 
@@ -38,7 +40,7 @@ ZemResult ZEMUVCEXT_SetFlickMode(uint8_t mode) {
 }
 
 ZemResult ZEMUVCEXT_GetRegister(uint16_t address, uint8_t* value) {
-  return OnDefaultCamera(zem::ReadByteRegister, kProcessorRegisters, address, value);
+  return OnDefaultCamera(zem::ReadByteRegister, kProcessorRegisters, address, Required(value));
 }
 
 ZemResult ZEMUVCEXT_SetRegister(uint16_t address, uint8_t value) {
@@ -46,11 +48,11 @@ ZemResult ZEMUVCEXT_SetRegister(uint16_t address, uint8_t value) {
 }
 
 ZemResult ZEMUVCEXT_GetSensorRegister(uint16_t address, uint8_t* value) {
-  return OnDefaultCamera(zem::ReadByteRegister, kSensorRegisters, address, value);
+  return OnDefaultCamera(zem::ReadByteRegister, kSensorRegisters, address, Required(value));
 }
 
 ZemResult ZEMUVCEXT_GetSensorRegisterW(uint16_t address, uint16_t* value) {
-  return OnDefaultCamera(zem::ReadRegister, kSensorRegisters, address, value);
+  return OnDefaultCamera(zem::ReadRegister, kSensorRegisters, address, Required(value));
 }
 
 ZemResult ZEMUVCEXT_SetSensorRegister(uint16_t address, uint8_t value) {
@@ -62,10 +64,12 @@ ZemResult ZEMUVCEXT_SetSensorRegisterW(uint16_t address, uint16_t value) {
 }
 
 ZemResult ZEMUVCEXT_GetFWVersion(uint8_t* version) {
-  return OnDefaultCamera(zem::GetFWVersion, version);
+  return OnDefaultCamera(zem::GetFWVersion, Required(version));
 }
 
-ZemResult ZEMUVCEXT_GetFWBuildDay(char* text) { return OnDefaultCamera(zem::GetFWBuildDate, text); }
+ZemResult ZEMUVCEXT_GetFWBuildDay(char* text) {
+  return OnDefaultCamera(zem::GetFWBuildDate, Required(text));
+}
 
 ZemResult ZEMUVCEXT_SetH264Mode(uint8_t mode) {
   return stateless::Send(stateless::SetH264Mode(mode));
@@ -74,20 +78,19 @@ ZemResult ZEMUVCEXT_SetH264Mode(uint8_t mode) {
 ZemResult ZEMUVCEXT_SetWDR(uint8_t value) { return stateless::Send(stateless::SetWDR(value)); }
 
 ZemResult ZEMUVCEXT_IspCommand(const uint8_t* command, uint8_t* reply) {
-  return OnDefaultCamera(zem::StandardIspCommand, command, reply);
+  return OnDefaultCamera(zem::StandardIspCommand, Required(command), Required(reply));
 }
 
 ZemResult ZEMUVCEXT_IspCommandEx(const uint8_t* command, uint8_t* reply) {
-  return OnDefaultCamera(zem::IspCommandEx, command, reply);
+  return OnDefaultCamera(zem::IspCommandEx, Required(command), Required(reply));
 }
 
 ZemResult ZEMUVCEXT_VcpCommand(const uint8_t* command, uint8_t* reply) {
-  // The reply may be null, so OnDefaultCamera must not look at it.
-  return command != nullptr ? zem::StandardVcpCommand(nullptr, command, reply) : kRefused;
+  return OnDefaultCamera(zem::StandardVcpCommand, Required(command), MaybeNull(reply));
 }
 
 ZemResult ZEMUVCEXT_GetChipInfo(uint8_t* info) {
-  return OnDefaultCamera(stateless::GetChipInfo, info);
+  return OnDefaultCamera(stateless::GetChipInfo, Required(info));
 }
 
 ZemResult ZEMUVCEXT_IspCmdWriteMem(const uint8_t* data, int32_t length) {

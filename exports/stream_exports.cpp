@@ -3,18 +3,15 @@
 #include "encoding/stream_unit.h"
 #include "exports/export_support.h"
 
+using zem::MaybeNull;
 using zem::OnDevice;
 
 ZemResult ORVAAPI_GetVersion(void* handle, unsigned char* version) {
-  return OnDevice(handle, [version](IBaseFilter* filter) {
-    return zem::GetStreamUnitVersion(filter, version);
-  });
+  return OnDevice(handle, zem::GetStreamUnitVersion, MaybeNull(version));
 }
 
 ZemResult ORVAAPI_FirmwareBuildDay(void* handle, unsigned short* buildDay) {
-  return OnDevice(handle, [buildDay](IBaseFilter* filter) {
-    return zem::GetFirmwareBuildDay(filter, buildDay);
-  });
+  return OnDevice(handle, zem::GetFirmwareBuildDay, MaybeNull(buildDay));
 }
 
 ZemResult ORVAAPI_SetStreamID(void* handle, unsigned char streamId) {
@@ -22,15 +19,12 @@ ZemResult ORVAAPI_SetStreamID(void* handle, unsigned char streamId) {
 }
 
 ZemResult ORVAAPI_GetEndpointSetting(void* handle, unsigned char* setting) {
-  return OnDevice(
-      handle, [setting](IBaseFilter* filter) { return zem::GetEndpointSetting(filter, setting); });
+  return OnDevice(handle, zem::GetEndpointSetting, MaybeNull(setting));
 }
 
 ZemResult ORVAAPI_StreamFormatProbeCommit(void* handle, OrvaStreamFormat* format,
                                           unsigned int operation) {
-  return OnDevice(handle, [format, operation](IBaseFilter* filter) {
-    return zem::StreamFormatProbeCommit(filter, format, operation);
-  });
+  return OnDevice(handle, zem::StreamFormatProbeCommit, MaybeNull(format), operation);
 }
 
 ZemResult ORVAAPI_ToggleLayerControl(void* handle, unsigned char value) {

@@ -7,9 +7,10 @@ using zem::AnyNull;
 using zem::DeviceHandle;
 using zem::kRefused;
 using zem::OnDevice;
+using zem::Required;
 
 ZemResult ZEMAPI_OpenTableHandle(void* handle, uint8_t** table) {
-  return OnDevice(handle, zem::OpenTableHandle, table);
+  return OnDevice(handle, zem::OpenTableHandle, Required(table));
 }
 
 ZemResult ZEMAPI_CloseTableHandle(void* /*handle*/, uint8_t** table) {
@@ -42,12 +43,12 @@ ZemResult ZEMAPI_WriteTableEx(void* handle, uint8_t* table, uint8_t id, const ui
 
 ZemResult ZEMAPI_ReadTable(void* handle, uint8_t id, uint8_t* out, uint32_t /*outSize*/,
                            uint32_t* size) {
-  return OnDevice(handle, zem::ReadTable, id, out, size);
+  return OnDevice(handle, zem::ReadTable, id, Required(out), Required(size));
 }
 
 ZemResult ZEMAPI_WriteTable(void* handle, uint8_t id, const uint8_t* data, uint32_t /*dataSize*/,
                             uint32_t* size) {
-  return OnDevice(handle, zem::WriteTable, id, data, size);
+  return OnDevice(handle, zem::WriteTable, id, Required(data), Required(size));
 }
 
 ZemResult ZEMAPI_WriteInitialTable(void* handle, const uint8_t* image, uint32_t length) {

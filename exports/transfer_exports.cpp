@@ -6,6 +6,7 @@
 using zem::Image;
 using zem::OnDevice;
 using zem::Progress;
+using zem::Required;
 
 ZemResult ZEMAPI_SendData(void* handle, const uint8_t* data, uint32_t length,
                           ProgressCallback callback, uint64_t user, uint8_t param2,
@@ -21,14 +22,15 @@ ZemResult ZEMAPI_WriteFWData(void* handle, const uint8_t* data, uint32_t length,
 
 ZemResult ZEMAPI_ReadFWData(void* handle, uint8_t* buffer, uint32_t bufferSize, uint32_t* outLength,
                             ProgressCallback callback, uint64_t user) {
-  return OnDevice(handle, zem::ReadFWData, buffer, bufferSize, outLength, Progress{callback, user});
+  return OnDevice(handle, zem::ReadFWData, Required(buffer), bufferSize, Required(outLength),
+                  Progress{callback, user});
 }
 
 ZemResult ZEMAPI_ReadPartialFlashData(void* handle, uint32_t address, uint32_t size,
                                       uint8_t* buffer, uint32_t* outSize, ProgressCallback callback,
                                       uint64_t user) {
-  return OnDevice(handle, zem::ReadPartialFlashData, address, size, buffer, outSize,
-                  Progress{callback, user});
+  return OnDevice(handle, zem::ReadPartialFlashData, address, size, Required(buffer),
+                  Required(outSize), Progress{callback, user});
 }
 
 ZemResult ZEMAPI_UpdateFW_516x(void* handle, const uint8_t* image, uint32_t length,

@@ -25,13 +25,13 @@ VendorCdb MakeAddressCdb(SubCommand command, unsigned address) {
 
 }  // namespace
 
-HRESULT SelectStorage(ZemRomBootConfig& session, const StorageType* storage, unsigned char option) {
+HRESULT SelectStorage(ZemRomBootConfig& session, const StorageType& storage, unsigned char option) {
   VendorCdb cdb = MakeCdb(SubCommand::kSelectStorage);
-  cdb[4] = storage->code;
+  cdb[4] = storage.code;
   cdb[6] = option;
   std::array<std::uint8_t, 4> reply = {};
   const int sent = session.scsi.SendScsiCmd(1, kDataIn, reply.size(), cdb.data(), reply.data());
-  if (const wchar_t* const line = sent != 0 ? storage->selected : storage->failed;
+  if (const wchar_t* const line = sent != 0 ? storage.selected : storage.failed;
       line != nullptr) {
     platform::DebuggerOutput(line);
   }

@@ -30,7 +30,7 @@ inline constexpr StorageType kStorageParallelNand = {0x07, kNandSelected, kNandF
 inline constexpr StorageType kStoragePcamDram = {
     0x80, nullptr, L"Failed to select storage type -> ZEM_STORAGE_PCAM_DRAM.\r\n"};
 
-HRESULT SelectStorage(ZemRomBootConfig& session, const StorageType* storage, unsigned char option);
+HRESULT SelectStorage(ZemRomBootConfig& session, const StorageType& storage, unsigned char option);
 
 // Jumps into the loaded code; the channel's own 1 or 0.
 int SendLongJump(UsbScsiCmd& scsi);
