@@ -91,7 +91,7 @@ HRESULT GetSkypeXUVersion(IBaseFilter* filter, std::uint8_t* version) {
           XuGetControl(SkypeXu, skype_selector::kVersion, &read, sizeof(read), &moved, filter))) {
     return kRefused;
   }
-  // Deliberate: callers tell older versions apart from newer ones by this floor.
+  // Deliberate: callers depend on this floor.
   *version = read < kFirstTrueSkypeVersion ? kOldSkypeVersion : read;
   return S_OK;
 }

@@ -7,8 +7,7 @@
 namespace zem {
 namespace {
 
-// Deliberate: the number is what cameras answer to here, whatever name the system's own list of
-// properties has for it.
+// Deliberate: this number, whatever name the system's own list of properties has for it.
 constexpr LONG kGainProperty = 7;
 
 constexpr LONG kAutomatic = 1;

@@ -58,7 +58,7 @@ HRESULT OpenByPath(const wchar_t* path, DeviceHandle** handle, Find find) {
   }
   if (CheckXuGuid(VendorXu, (*handle)->filter) != S_OK) {
     CloseDevice(handle);
-    return S_FALSE;
+    return kUnitAbsent;
   }
   return S_OK;
 }

@@ -5,19 +5,24 @@
 namespace zem {
 namespace {
 
+// Defined for the two interfaces only: any other has no id here and does not compile.
 template <class Controls>
-constexpr GUID kInterfaceId = {};
+struct InterfaceOf;
 template <>
-constexpr GUID kInterfaceId<IAMVideoProcAmp> = IID_IAMVideoProcAmp;
+struct InterfaceOf<IAMVideoProcAmp> {
+  static constexpr const GUID& kId = IID_IAMVideoProcAmp;
+};
 template <>
-constexpr GUID kInterfaceId<IAMCameraControl> = IID_IAMCameraControl;
+struct InterfaceOf<IAMCameraControl> {
+  static constexpr const GUID& kId = IID_IAMCameraControl;
+};
 
 }  // namespace
 
 template <class Controls>
 ComPtr<Controls> AskForControls(IBaseFilter* filter) {
   ComPtr<Controls> controls;
-  if (FAILED(filter->QueryInterface(kInterfaceId<Controls>, controls.ReceiveVoid()))) {
+  if (FAILED(filter->QueryInterface(InterfaceOf<Controls>::kId, controls.ReceiveVoid()))) {
     // Whatever a failed request left there is no reference.
     static_cast<void>(controls.Detach());
   }

@@ -25,7 +25,7 @@ bool NodeCarries(IKsControl* control, const GUID& unit, std::uint32_t node, Info
     static_cast<void>(IssueRequest(control, request, nullptr, 0, &size));
   }
   ULONG moved = 0;
-  // The outcome is not looked at: a read that moves nothing leaves zeros, and no unit's GUID is 0.
+  // The outcome is not looked at: what a read does not move stays zero.
   static_cast<void>(IssueRequest(control, request, information.data(),
                                  std::min<ULONG>(size, information.size()), &moved));
   return std::memcmp(information.data(), &unit, sizeof(unit)) == 0;

@@ -3,6 +3,7 @@
 #include "device/discovery.h"
 #include "device/topology.h"
 #include "platform/com_ptr.h"
+#include "platform/result.h"
 
 namespace zem {
 
@@ -24,7 +25,7 @@ HRESULT CheckXuGuid(const GUID& unit, IBaseFilter* filter) {
     return search.result;
   }
   const bool present = search.nodeCount == 0 || search.node.has_value();
-  return present ? S_OK : S_FALSE;
+  return present ? S_OK : kUnitAbsent;
 }
 
 }  // namespace zem

@@ -43,15 +43,16 @@ HRESULT ReadChunk(std::uint8_t* chunk, IBaseFilter* filter) {
   return XuGetControl(VendorXu, vendor_selector::kH264ListRead, chunk, kChunkSize, &moved, filter);
 }
 
-// Reads the camera's own list. S_FALSE when the camera has none to give.
+// Reads the camera's own list; `raw` stays empty when the camera has none to give. Fails only when
+// there is no memory.
 HRESULT ReadRawList(IBaseFilter* filter, RawList& raw) {
   const Exchange<CommandBlock> request = SendCommand(kVcpChannel, kListRequest, filter);
   if (FAILED(request.written) || FAILED(request.read) || request.status() != 0) {
-    return S_FALSE;
+    return S_OK;
   }
   std::array<std::uint8_t, kChunkSize> first = {};
   if (FAILED(ReadChunk(first.data(), filter)) || LoadLe16(first.data()) == 0) {
-    return S_FALSE;
+    return S_OK;
   }
   const std::size_t chunks = (LoadLe16(first.data()) + kChunkSize - 1) / kChunkSize;
   raw.size = chunks * kChunkSize;
@@ -64,7 +65,10 @@ HRESULT ReadRawList(IBaseFilter* filter, RawList& raw) {
     // Deliberately not looked at: a piece that cannot be read is one of zeros, and ends the walk.
     static_cast<void>(ReadChunk(&raw.bytes[at], filter));
   }
-  return LoadLe16(&raw.bytes[2]) == 0 ? S_FALSE : S_OK;
+  if (LoadLe16(&raw.bytes[2]) == 0) {
+    raw = {};
+  }
+  return S_OK;
 }
 
 // The camera's entry at `offset`; empty when it does not lie wholly inside the list, or is too
@@ -142,11 +146,10 @@ HRESULT EnsureFrameList(DeviceHandle& device) {
     return S_OK;
   }
   RawList raw;
-  const HRESULT asked = ReadRawList(device.filter, raw);
-  if (FAILED(asked)) {
-    return asked;
+  if (const HRESULT result = ReadRawList(device.filter, raw); FAILED(result)) {
+    return result;
   }
-  device.frameList = asked == S_OK ? MakeList(raw.span()) : MakeDefaultFrameList();
+  device.frameList = raw.bytes ? MakeList(raw.span()) : MakeDefaultFrameList();
   return device.frameList ? S_OK : kFail;
 }
 

@@ -12,4 +12,7 @@ inline constexpr HRESULT kBufferTooSmall = ZEM_E_BUFFER_TOO_SMALL;
 inline constexpr HRESULT kNoDevice = ZEM_E_NO_DEVICE;
 inline constexpr HRESULT kFail = ZEM_E_FAIL;
 
+// No failure: the device lacks the extension unit.
+inline constexpr HRESULT kUnitAbsent = 1;
+
 }  // namespace zem
