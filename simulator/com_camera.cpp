@@ -31,25 +31,20 @@ class NodeControl : public ComObject<IKsControl> {
 
   HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY property, ULONG propertyLength, LPVOID data,
                                        ULONG dataLength, ULONG* bytesReturned) override {
-    if (const HRESULT refused = Enter(gate_, "KsProperty"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "KsProperty");
+    if (FAILED(entered)) {
+      return entered;
+    }
+    if (AnyNull(property, bytesReturned)) {
+      return E_POINTER;
     }
     KSP_NODE request = {};
     if (propertyLength != sizeof(request)) {
       return kInvalidParameterResult;
     }
     std::memcpy(&request, property, sizeof(request));
-    const ExtensionUnit* const unit = camera_->UnitAt(node_);
-    if (unit == nullptr || request.NodeId != node_) {
-      return kNotFoundResult;
-    }
-    if (!(request.Property.Set == unit->id())) {
-      return kSetNotFoundResult;
-    }
-    if (request.Property.Id == 0) {
-      return ReadInformation(*unit, request, data, dataLength, bytesReturned);
-    }
-    return MoveControl(request, static_cast<std::uint8_t*>(data), dataLength, bytesReturned);
+    return GatedResult(
+        entered, CarryOut(request, static_cast<std::uint8_t*>(data), dataLength, bytesReturned));
   }
 
   HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD /*method*/, ULONG /*methodLength*/, LPVOID /*data*/,
@@ -63,6 +58,20 @@ class NodeControl : public ComObject<IKsControl> {
   }
 
  private:
+  HRESULT CarryOut(const KSP_NODE& request, std::uint8_t* data, ULONG dataLength,
+                   ULONG* bytesReturned) {
+    const ExtensionUnit* const unit = camera_->UnitAt(node_);
+    if (unit == nullptr || request.NodeId != node_) {
+      return kNotFoundResult;
+    }
+    if (!(request.Property.Set == unit->id())) {
+      return kSetNotFoundResult;
+    }
+    return request.Property.Id == 0
+               ? ReadInformation(*unit, request, data, dataLength, bytesReturned)
+               : MoveControl(request, data, dataLength, bytesReturned);
+  }
+
   // The unit's information block: its GUID and the number of its controls.
   static HRESULT ReadInformation(const ExtensionUnit& unit, const KSP_NODE& request, void* data,
                                  ULONG dataLength, ULONG* bytesReturned) {
@@ -74,6 +83,9 @@ class NodeControl : public ComObject<IKsControl> {
     *bytesReturned = static_cast<ULONG>(information.size());
     if (dataLength < information.size()) {
       return kMoreDataResult;
+    }
+    if (data == nullptr) {
+      return kNoAccessResult;
     }
     std::memcpy(data, information.data(), information.size());
     return S_OK;
@@ -117,11 +129,15 @@ class CameraFilter : public StreamlessFilter<IKsTopologyInfo> {
       : camera_(std::move(camera)), gate_(gate) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (object == nullptr) {
+      return E_POINTER;
+    }
     *object = nullptr;
+    HRESULT entered = S_OK;
     if (iid == IID_IKsTopologyInfo) {
-      if (const HRESULT refused = Enter(gate_, "QueryInterface(IKsTopologyInfo)");
-          FAILED(refused)) {
-        return refused;
+      entered = Enter(gate_, "QueryInterface(IKsTopologyInfo)");
+      if (FAILED(entered)) {
+        return entered;
       }
       *object = static_cast<IKsTopologyInfo*>(this);
     } else if (iid == IID_IBaseFilter || iid == IID_IUnknown) {
@@ -130,22 +146,16 @@ class CameraFilter : public StreamlessFilter<IKsTopologyInfo> {
       return QueryControls(camera_, gate_, iid, object);
     }
     AddRef();
-    return S_OK;
+    return entered;
   }
 
   // ---- IKsTopologyInfo ----
 
-  HRESULT STDMETHODCALLTYPE get_NumCategories(DWORD* count) override {
-    *count = 0;
-    return S_OK;
-  }
+  HRESULT STDMETHODCALLTYPE get_NumCategories(DWORD* count) override { return None(count); }
   HRESULT STDMETHODCALLTYPE get_Category(DWORD /*index*/, GUID* /*category*/) override {
     return kNotFoundResult;
   }
-  HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD* count) override {
-    *count = 0;
-    return S_OK;
-  }
+  HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD* count) override { return None(count); }
   HRESULT STDMETHODCALLTYPE get_ConnectionInfo(DWORD /*index*/,
                                                KSTOPOLOGY_CONNECTION* /*connection*/) override {
     return kNotFoundResult;
@@ -156,39 +166,59 @@ class CameraFilter : public StreamlessFilter<IKsTopologyInfo> {
   }
 
   HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
-    if (const HRESULT refused = Enter(gate_, "get_NumNodes"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "get_NumNodes");
+    if (FAILED(entered)) {
+      return entered;
+    }
+    if (count == nullptr) {
+      return E_POINTER;
     }
     *count = static_cast<DWORD>(camera_->nodeCount());
-    return S_OK;
+    return entered;
   }
 
   HRESULT STDMETHODCALLTYPE get_NodeType(DWORD node, GUID* type) override {
-    if (const HRESULT refused = Enter(gate_, "get_NodeType"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "get_NodeType");
+    if (FAILED(entered)) {
+      return entered;
+    }
+    if (type == nullptr) {
+      return E_POINTER;
     }
     *type = camera_->UnitAt(node) != nullptr ? kExtensionNodeType : GUID{};
-    return S_OK;
+    return entered;
   }
 
   // Any node id will do: a request to a node that does not exist is what fails.
   HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD node, REFIID iid, void** object) override {
-    if (const HRESULT refused = Enter(gate_, "CreateNodeInstance"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "CreateNodeInstance");
+    if (FAILED(entered)) {
+      return entered;
+    }
+    if (object == nullptr) {
+      return E_POINTER;
     }
     *object = nullptr;
     if (iid == IID_IVideoProcAmp && camera_->IsProcessingNode(node)) {
       *object = static_cast<IUnknown*>(new ProcessingNode());
-      return S_OK;
+      return entered;
     }
     if (!(iid == IID_IKsControl)) {
       return E_NOINTERFACE;
     }
     *object = static_cast<IKsControl*>(new NodeControl(camera_, gate_, node));
-    return S_OK;
+    return entered;
   }
 
  private:
+  static HRESULT None(DWORD* count) {
+    if (count == nullptr) {
+      return E_POINTER;
+    }
+    *count = 0;
+    return S_OK;
+  }
+
   std::shared_ptr<Camera> camera_;
   CallGate* gate_;
 };

@@ -22,8 +22,12 @@ class ControlInterface : public ComObject<Interface> {
 
   HRESULT STDMETHODCALLTYPE GetRange(LONG property, LONG* minimum, LONG* maximum, LONG* step,
                                      LONG* defaultValue, LONG* flags) override {
-    if (const HRESULT refused = Pass("GetRange"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Pass("GetRange");
+    if (FAILED(entered)) {
+      return entered;
+    }
+    if (AnyNull(minimum, maximum, step, defaultValue, flags)) {
+      return E_POINTER;
     }
     ControlRange range;
     const Outcome outcome = camera_->GetControlRange(family, property, range);
@@ -34,19 +38,24 @@ class ControlInterface : public ComObject<Interface> {
       *defaultValue = range.defaultValue;
       *flags = range.flags;
     }
-    return ResultOf(outcome);
+    return GatedResult(entered, ResultOf(outcome));
   }
 
   HRESULT STDMETHODCALLTYPE Set(LONG property, LONG value, LONG flags) override {
-    if (const HRESULT refused = Pass("Set"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Pass("Set");
+    if (FAILED(entered)) {
+      return entered;
     }
-    return ResultOf(camera_->SetControl(family, property, {value, flags}));
+    return GatedResult(entered, ResultOf(camera_->SetControl(family, property, {value, flags})));
   }
 
   HRESULT STDMETHODCALLTYPE Get(LONG property, LONG* value, LONG* flags) override {
-    if (const HRESULT refused = Pass("Get"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Pass("Get");
+    if (FAILED(entered)) {
+      return entered;
+    }
+    if (AnyNull(value, flags)) {
+      return E_POINTER;
     }
     ControlSetting setting;
     const Outcome outcome = camera_->GetControl(family, property, setting);
@@ -54,7 +63,7 @@ class ControlInterface : public ComObject<Interface> {
       *value = setting.value;
       *flags = setting.flags;
     }
-    return ResultOf(outcome);
+    return GatedResult(entered, ResultOf(outcome));
   }
 
  private:
@@ -72,15 +81,16 @@ template <class Interface, ControlFamily family>
 HRESULT Make(const std::shared_ptr<Camera>& camera, CallGate* gate, const char* name,
              const GUID& iid, void** object) {
   const std::string call = std::string("QueryInterface(") + name + ")";
-  if (const HRESULT refused = Enter(gate, call.c_str()); FAILED(refused)) {
-    return refused;
+  const HRESULT entered = Enter(gate, call.c_str());
+  if (FAILED(entered)) {
+    return entered;
   }
   if (!camera->HasControls(family)) {
     return E_NOINTERFACE;
   }
   *object =
       static_cast<Interface*>(new ControlInterface<Interface, family>(camera, gate, name, iid));
-  return S_OK;
+  return entered;
 }
 
 }  // namespace

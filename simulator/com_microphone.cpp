@@ -13,11 +13,15 @@ class MicrophoneFilter : public StreamlessFilter<IAMAudioInputMixer> {
       : microphone_(std::move(microphone)), gate_(gate) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (object == nullptr) {
+      return E_POINTER;
+    }
     *object = nullptr;
+    HRESULT entered = S_OK;
     if (iid == IID_IAMAudioInputMixer) {
-      if (const HRESULT refused = Enter(gate_, "QueryInterface(IAMAudioInputMixer)");
-          FAILED(refused)) {
-        return refused;
+      entered = Enter(gate_, "QueryInterface(IAMAudioInputMixer)");
+      if (FAILED(entered)) {
+        return entered;
       }
       if (!microphone_->mixer) {
         return E_NOINTERFACE;
@@ -29,18 +33,21 @@ class MicrophoneFilter : public StreamlessFilter<IAMAudioInputMixer> {
       return E_NOINTERFACE;
     }
     AddRef();
-    return S_OK;
+    return entered;
   }
 
   HRESULT STDMETHODCALLTYPE put_MixLevel(double level) override {
-    if (const HRESULT refused = Enter(gate_, "put_MixLevel"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "put_MixLevel");
+    if (SUCCEEDED(entered)) {
+      microphone_->mixLevel = level;
     }
-    microphone_->mixLevel = level;
-    return S_OK;
+    return entered;
   }
 
   HRESULT STDMETHODCALLTYPE get_MixLevel(double* level) override {
+    if (level == nullptr) {
+      return E_POINTER;
+    }
     *level = microphone_->mixLevel;
     return S_OK;
   }

@@ -12,7 +12,8 @@ namespace zem::simulator {
 class CallGate {
  public:
   virtual ~CallGate() = default;
-  // `call` is the method's name. A negative result refuses the call and is what the host gets.
+  // `call` is the method's name. A negative result refuses the call and is what the host gets; a
+  // positive one is what it gets instead of 0.
   virtual HRESULT Enter(const char* call) = 0;
 
   // A transfer to or from a control of an extension unit has come to `result`; what is returned is
@@ -27,6 +28,16 @@ inline HRESULT Enter(CallGate* gate, const char* call) {
 
 inline HRESULT EndTransfer(CallGate* gate, HRESULT result) {
   return gate != nullptr ? gate->EndTransfer(result) : result;
+}
+
+// The result of a call that has passed the gate with `entered`: the call's own, but what the gate
+// said instead of 0.
+inline HRESULT GatedResult(HRESULT entered, HRESULT own) { return own == S_OK ? entered : own; }
+
+// Whether the host gave a null pointer where the object has to write.
+template <class... Pointers>
+bool AnyNull(const Pointers*... pointers) {
+  return ((pointers == nullptr) || ...);
 }
 
 // Objects that have not been released for the last time.
@@ -62,6 +73,9 @@ class ComObject : public Interfaces... {
 // QueryInterface for an object with one interface besides IUnknown.
 template <class Interface, class Object>
 HRESULT QueryOne(Object* self, const GUID& own, REFIID iid, void** object) {
+  if (object == nullptr) {
+    return E_POINTER;
+  }
   const bool known = iid == own || iid == IID_IUnknown;
   *object = known ? static_cast<Interface*>(self) : nullptr;
   if (!known) {

@@ -10,6 +10,15 @@
 namespace zem::simulator {
 namespace {
 
+// QueryInterface for an object that nobody asks for another interface.
+HRESULT QueryNone(void** object) {
+  if (object == nullptr) {
+    return E_POINTER;
+  }
+  *object = nullptr;
+  return E_NOINTERFACE;
+}
+
 class PropertyBag : public ComObject<IPropertyBag> {
  public:
   PropertyBag(ListedDevice device, CallGate* gate) : device_(std::move(device)), gate_(gate) {}
@@ -19,15 +28,26 @@ class PropertyBag : public ComObject<IPropertyBag> {
   }
 
   HRESULT STDMETHODCALLTYPE Read(LPCOLESTR name, VARIANT* value, IErrorLog* /*log*/) override {
-    if (const HRESULT refused = Enter(gate_, "Read"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "Read");
+    if (FAILED(entered)) {
+      return entered;
     }
-    if (std::wstring_view(name) != L"DevicePath" || !device_.devicePath) {
+    if (AnyNull(name, value)) {
+      return E_POINTER;
+    }
+    if (std::wstring_view(name) != L"DevicePath") {
+      return kNotFoundResult;
+    }
+    if (device_.oddDevicePath) {
+      *value = *device_.oddDevicePath;
+      return entered;
+    }
+    if (!device_.devicePath) {
       return kNotFoundResult;
     }
     value->vt = VT_BSTR;
     value->bstrVal = platform::simulated::AllocateTaskText(*device_.devicePath);
-    return S_OK;
+    return entered;
   }
 
   HRESULT STDMETHODCALLTYPE Write(LPCOLESTR /*name*/, VARIANT* /*value*/) override {
@@ -44,35 +64,47 @@ class Moniker : public ComObject<IMoniker> {
   Moniker(ListedDevice device, CallGate* gate) : device_(std::move(device)), gate_(gate) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID /*iid*/, void** object) override {
-    *object = nullptr;
-    return E_NOINTERFACE;
+    return QueryNone(object);
   }
 
   HRESULT STDMETHODCALLTYPE BindToObject(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
                                          REFIID /*iid*/, void** object) override {
-    if (const HRESULT refused = Enter(gate_, "BindToObject"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "BindToObject");
+    if (FAILED(entered)) {
+      return entered;
+    }
+    if (object == nullptr) {
+      return E_POINTER;
     }
     *object = device_.bind();
-    return S_OK;
+    return GatedResult(entered, device_.bindResult);
   }
 
   HRESULT STDMETHODCALLTYPE BindToStorage(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
                                           REFIID /*iid*/, void** object) override {
-    if (const HRESULT refused = Enter(gate_, "BindToStorage"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "BindToStorage");
+    if (FAILED(entered)) {
+      return entered;
+    }
+    if (object == nullptr) {
+      return E_POINTER;
     }
     *object = static_cast<IPropertyBag*>(new PropertyBag(device_, gate_));
-    return S_OK;
+    return entered;
   }
 
   HRESULT STDMETHODCALLTYPE GetDisplayName(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
                                            LPOLESTR* name) override {
-    if (const HRESULT refused = Enter(gate_, "GetDisplayName"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "GetDisplayName");
+    if (FAILED(entered)) {
+      return entered;
     }
-    *name = platform::simulated::AllocateTaskText(device_.displayName);
-    return S_OK;
+    if (name == nullptr) {
+      return E_POINTER;
+    }
+    *name =
+        device_.hasNullName ? nullptr : platform::simulated::AllocateTaskText(device_.displayName);
+    return entered;
   }
 
   // ---- Not simulated ----
@@ -130,13 +162,15 @@ class MonikerEnumerator : public ComObject<IEnumMoniker> {
       : devices_(std::move(devices)), gate_(gate) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID /*iid*/, void** object) override {
-    *object = nullptr;
-    return E_NOINTERFACE;
+    return QueryNone(object);
   }
 
   HRESULT STDMETHODCALLTYPE Next(ULONG count, IMoniker** monikers, ULONG* fetched) override {
     if (const HRESULT refused = Enter(gate_, "Next"); FAILED(refused)) {
       return refused;
+    }
+    if (monikers == nullptr) {
+      return E_POINTER;
     }
     ULONG made = 0;
     for (; made < count && next_ < devices_.size(); ++made) {
@@ -170,14 +204,18 @@ class DeviceEnumerator : public ComObject<ICreateDevEnum> {
   // As on a real system, an empty category is a success with the result 1 and no enumerator.
   HRESULT STDMETHODCALLTYPE CreateClassEnumerator(REFCLSID category, IEnumMoniker** enumerator,
                                                   DWORD /*flags*/) override {
-    if (const HRESULT refused = Enter(gate_, "CreateClassEnumerator"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = Enter(gate_, "CreateClassEnumerator");
+    if (FAILED(entered)) {
+      return entered;
+    }
+    if (enumerator == nullptr) {
+      return E_POINTER;
     }
     std::vector<ListedDevice> members;
     std::copy_if(devices_.begin(), devices_.end(), std::back_inserter(members),
                  [&](const ListedDevice& device) { return device.category == category; });
     *enumerator = members.empty() ? nullptr : new MonikerEnumerator(std::move(members), gate_);
-    return *enumerator == nullptr ? S_FALSE : S_OK;
+    return GatedResult(entered, *enumerator == nullptr ? S_FALSE : S_OK);
   }
 
  private:

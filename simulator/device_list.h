@@ -18,6 +18,15 @@ struct ListedDevice {
   GUID category = CLSID_VideoInputDeviceCategory;
   // Makes the filter, with one reference for the caller.
   std::function<IBaseFilter*()> bind;
+
+  // ---- What a device that is out of order does ----
+
+  // The result of a binding that hands out its filter all the same; a failure or not.
+  HRESULT bindResult = S_OK;
+  // Asked for its display name, the device succeeds without one.
+  bool hasNullName = false;
+  // Read in place of the text of "DevicePath", and left as it is when it is cleared.
+  std::optional<VARIANT> oddDevicePath = std::nullopt;
 };
 
 // A new enumerator over a copy of `devices`, with one reference for the caller. `gate` may be null

@@ -183,6 +183,9 @@ class FilterFactory : public ComObject<IClassFactory> {
   }
 
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
+    if (object == nullptr) {
+      return E_POINTER;
+    }
     *object = nullptr;
     if (outer != nullptr) {
       return CLASS_E_NOAGGREGATION;
@@ -253,6 +256,9 @@ BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID /*reserved*/) {
 }
 
 HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID iid, LPVOID* object) {
+  if (object == nullptr) {
+    return E_POINTER;
+  }
   *object = nullptr;
   auto& cameras = TheSimulator().cameras;
   if (cameras.empty()) {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/bare_camera.h"
 #include "tests/support/device_test.h"
+#include "tests/support/telling_camera.h"
 
 namespace {
 
@@ -156,7 +156,7 @@ TEST_F(ImageTuningTest, AwbGainsAreReadWhateverTheStatus) {
   EXPECT_EQ(TakeWire(), (Lines{"set vendor 1: 11 03 00 00 00 00 00 00", "get vendor 2 [8]"}));
 }
 
-TEST_F(ImageTuningTest, AwbGainsAreZeroBehindAFailureAndUntouchedWithoutAHandle) {
+TEST_F(ImageTuningTest, AwbGainsAreZeroWithoutAReplyAndUntouchedWithoutAHandle) {
   unsigned short gains[3] = {7, 7, 7};
   EXPECT_EQ(ZEMAPI_GetAWBGain(nullptr, &gains[0], &gains[1], &gains[2]), ZEM_E_NO_DEVICE);
   EXPECT_EQ(gains[0], 7);
@@ -293,25 +293,6 @@ TEST_P(TransportCommandTest, FailureOfEachPlatformCall) {
 INSTANTIATE_TEST_SUITE_P(Exports, TransportCommandTest, ::testing::ValuesIn(kTransportCommands),
                          [](const auto& parameters) { return parameters.param.name; });
 
-// A platform that answers as told, with results that a camera's driver rarely gives.
-class TellingCamera : public zem::testing::BareCamera {
- public:
-  HRESULT Request(const KSP_NODE& request, void* data, ULONG length,
-                  ULONG* bytesReturned) override {
-    *bytesReturned = 0;
-    if (request.Property.Flags == 0x10000002) {
-      return writeResult;
-    }
-    if (length > 0) {
-      static_cast<unsigned char*>(data)[0] = status;
-    }
-    return readResult;
-  }
-  HRESULT writeResult = S_OK;
-  HRESULT readResult = S_OK;
-  unsigned char status = 0;
-};
-
 class PlatformResultTest : public ::testing::Test {
  protected:
   PlatformResultTest() {
@@ -320,7 +301,7 @@ class PlatformResultTest : public ::testing::Test {
   }
   ~PlatformResultTest() override { ZEMAPI_CloseDevice(&handle); }
 
-  TellingCamera camera;
+  zem::testing::TellingCamera camera;
   void* handle = nullptr;
 };
 
@@ -342,11 +323,21 @@ TEST_F(PlatformResultTest, PositiveResultOfTheReadIsTheResultOfTheTransportRules
 
 TEST_F(PlatformResultTest, StatusOfAFailedReadComesFirst) {
   camera.readResult = E_FAIL;
-  camera.status = 3;
+  camera.answer = {3};
   for (const TransportCommand& command : kTransportCommands) {
     EXPECT_EQ(command.run(handle), command.looksAtStatus ? ZEM_E_DEVICE_REFUSED : E_FAIL)
         << command.name;
   }
+}
+
+TEST_F(PlatformResultTest, AwbGainsAreThoseOfAFailedReadThatDeliveredBytes) {
+  camera.readResult = E_FAIL;
+  camera.answer = {0x77, 0x99, 0x02, 0x01, 0x04, 0x03};
+  unsigned short gains[3] = {7, 7, 7};
+  EXPECT_EQ(ZEMAPI_GetAWBGain(handle, &gains[0], &gains[1], &gains[2]), E_FAIL);
+  EXPECT_EQ(gains[0], 0x0102);
+  EXPECT_EQ(gains[1], 0x0304);
+  EXPECT_EQ(gains[2], 0) << "zero where nothing was delivered";
 }
 
 }  // namespace

@@ -84,11 +84,11 @@ DeviceTest::DeviceTest() : camera_(std::make_shared<simulator::Camera>()) {
     system().clockMilliseconds += transferMilliseconds;
   });
   system().createDeviceEnumerator = [this](ICreateDevEnum** enumerator) {
-    if (const HRESULT refused = gate.Enter("CreateDeviceEnumerator"); FAILED(refused)) {
-      return refused;
+    const HRESULT entered = gate.Enter("CreateDeviceEnumerator");
+    if (SUCCEEDED(entered)) {
+      *enumerator = simulator::MakeDeviceEnumerator(devices_, &gate);
     }
-    *enumerator = simulator::MakeDeviceEnumerator(devices_, &gate);
-    return S_OK;
+    return entered;
   };
   List(DisplayName(0x5A45, 0x8C00), camera_, L"\\\\?\\usb#vid_5a45&pid_8c00");
 }
@@ -103,20 +103,28 @@ ScriptedUnit& DeviceTest::AddUnit(const GUID& id) {
   return camera_->AddUnit(std::make_unique<ScriptedUnit>(id));
 }
 
-void DeviceTest::List(const std::wstring& displayName,
-                      const std::shared_ptr<simulator::Camera>& camera,
-                      std::optional<std::wstring> devicePath, const GUID& category) {
-  devices_.push_back({displayName, std::move(devicePath), category, [this, camera] {
-                        boundFilters.push_back(simulator::MakeCameraFilter(camera, &gate));
-                        return boundFilters.back();
-                      }});
+simulator::ListedDevice& DeviceTest::List(const std::wstring& displayName,
+                                          const std::shared_ptr<simulator::Camera>& camera,
+                                          std::optional<std::wstring> devicePath,
+                                          const GUID& category) {
+  simulator::ListedDevice device;
+  device.displayName = displayName;
+  device.devicePath = std::move(devicePath);
+  device.category = category;
+  device.bind = [this, camera] {
+    boundFilters.push_back(simulator::MakeCameraFilter(camera, &gate));
+    return boundFilters.back();
+  };
+  return devices_.emplace_back(std::move(device));
 }
 
 void DeviceTest::ListMicrophone(const std::wstring& displayName,
                                 const std::shared_ptr<simulator::Microphone>& microphone) {
-  devices_.push_back(
-      {displayName, std::nullopt, CLSID_AudioInputDeviceCategory,
-       [this, microphone] { return simulator::MakeMicrophoneFilter(microphone, &gate); }});
+  simulator::ListedDevice device;
+  device.displayName = displayName;
+  device.category = CLSID_AudioInputDeviceCategory;
+  device.bind = [this, microphone] { return simulator::MakeMicrophoneFilter(microphone, &gate); };
+  devices_.push_back(std::move(device));
 }
 
 void* DeviceTest::handle() {

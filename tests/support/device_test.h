@@ -59,10 +59,12 @@ class DeviceTest : public ::testing::Test {
   // Adds a further scripted unit to the camera.
   ScriptedUnit& AddUnit(const GUID& id);
 
-  // Lists one more device, or forgets all of them.
-  void List(const std::wstring& displayName, const std::shared_ptr<simulator::Camera>& camera,
-            std::optional<std::wstring> devicePath = std::nullopt,
-            const GUID& category = CLSID_VideoInputDeviceCategory);
+  // Lists one more device, or forgets all of them. What is handed back may be changed until the
+  // next one is listed.
+  simulator::ListedDevice& List(const std::wstring& displayName,
+                                const std::shared_ptr<simulator::Camera>& camera,
+                                std::optional<std::wstring> devicePath = std::nullopt,
+                                const GUID& category = CLSID_VideoInputDeviceCategory);
   void ListMicrophone(const std::wstring& displayName,
                       const std::shared_ptr<simulator::Microphone>& microphone);
   void ListNothing() { devices_.clear(); }

@@ -1,8 +1,9 @@
 // A gate that writes down every call on the simulated system, refuses one of them on request, and
-// gives transfers other results.
+// gives calls and transfers other results.
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,9 +20,10 @@ class RecordingGate : public simulator::CallGate {
   void RefuseCall(std::size_t index) { refused_ = calls.size() + index; }
 
   // Refuses every call of this name.
-  void RefuseAll(const std::string& call, HRESULT result = kRefusal) {
-    refusedNames_[call] = result;
-  }
+  void RefuseAll(const std::string& call) { refusedNames_.insert(call); }
+
+  // From now on every call gives this positive result instead of 0.
+  void AnswerEverything(HRESULT positive) { everything_ = positive; }
 
   // The n-th transfer from now on, counted from 1, ends with `result`, whatever it came to. What it
   // moved stays moved.
@@ -34,17 +36,16 @@ class RecordingGate : public simulator::CallGate {
 
   HRESULT Enter(const char* call) override {
     calls.emplace_back(call);
-    if (const auto name = refusedNames_.find(call); name != refusedNames_.end()) {
-      return name->second;
-    }
-    return calls.size() - 1 == refused_ ? kRefusal : S_OK;
+    const bool isRefused = calls.size() - 1 == refused_ || refusedNames_.contains(call);
+    return isRefused ? kRefusal : everything_;
   }
 
   std::vector<std::string> calls;
 
  private:
   std::size_t refused_ = static_cast<std::size_t>(-1);
-  std::map<std::string, HRESULT> refusedNames_;
+  std::set<std::string> refusedNames_;
+  HRESULT everything_ = S_OK;
   std::size_t transfers_ = 0;
   std::map<std::size_t, HRESULT> transferResults_;
 };
