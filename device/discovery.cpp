@@ -57,9 +57,15 @@ bool ReadDisplayName(IMoniker* device, NameBuffer& name) {
   return true;
 }
 
-// A binding that succeeds without a filter counts as no device.
+// The platform's own result. `filter` holds what came with it, also with a failure.
+HRESULT BindAsItComes(IMoniker* device, ComPtr<IBaseFilter>& filter) {
+  return device->BindToObject(nullptr, nullptr, IID_IBaseFilter, filter.ReceiveVoid());
+}
+
+// A binding that succeeds without a filter counts as no device; a filter that comes with a failure
+// is given back.
 HRESULT Bind(IMoniker* device, ComPtr<IBaseFilter>& filter) {
-  HRESULT result = device->BindToObject(nullptr, nullptr, IID_IBaseFilter, filter.ReceiveVoid());
+  HRESULT result = BindAsItComes(device, filter);
   if (SUCCEEDED(result) && !filter) {
     result = kFail;
   }
@@ -69,53 +75,29 @@ HRESULT Bind(IMoniker* device, ComPtr<IBaseFilter>& filter) {
   return result;
 }
 
-// Deliberate: the last position, where the pattern would end the name, is never tried. In a real
-// display name an interface number and an instance path follow the ids.
+// Deliberate: the last position, where the pattern would end the name, is never tried.
 bool ContainsBeforeEnd(std::wstring_view name, std::wstring_view pattern) {
   return name.size() > pattern.size() &&
          name.substr(0, name.size() - 1).find(pattern) != std::wstring_view::npos;
 }
 
-HRESULT FindCaptureDeviceInCategory(IBaseFilter** filter, unsigned vid, unsigned pid, int index,
-                                    bool& keepCom) {
-  DeviceWalk walk;
-  if (const HRESULT result = walk.Open(CLSID_VideoInputDeviceCategory); FAILED(result)) {
-    return result;
+// COM initialised for the calling thread as long as a search lasts, or for good if that keeps it.
+class ComOfASearch {
+ public:
+  ComOfASearch() { platform::InitializeCom(); }
+  ~ComOfASearch() {
+    if (!kept_) {
+      platform::UninitializeCom();
+    }
   }
-  if (walk.empty()) {
-    return kFail;
-  }
-  std::array<wchar_t, 64> pattern = {};
-  platform::FormatWide(pattern, L"vid_%.4x&pid_%.4x", vid, pid);
+  ComOfASearch(const ComOfASearch&) = delete;
+  ComOfASearch& operator=(const ComOfASearch&) = delete;
 
-  int matches = 0;
-  for (;;) {
-    ComPtr<IMoniker> device;
-    if (const HRESULT result = walk.Next(device); FAILED(result)) {
-      return result;
-    }
-    if (!device) {
-      return kFail;
-    }
-    NameBuffer name = {};
-    if (!ReadDisplayName(device.get(), name) || !ContainsBeforeEnd(name.data(), pattern.data())) {
-      continue;
-    }
-    ComPtr<IBaseFilter> found;
-    const HRESULT bound = Bind(device.get(), found);
-    *filter = found.Detach();
-    if (FAILED(bound)) {
-      keepCom = true;
-      return bound;
-    }
-    if (matches == index) {
-      keepCom = true;
-      return S_OK;
-    }
-    // Deliberate: the skipped match keeps its reference.
-    ++matches;
-  }
-}
+  void Keep() { kept_ = true; }
+
+ private:
+  bool kept_ = false;
+};
 
 // Offers the devices of `category` to `choose` one after another until it ends the search with a
 // result; the filter it bound by then goes to *filter. COM is deliberately left initialised on
@@ -166,13 +148,40 @@ bool HasDevicePath(IMoniker* device, std::wstring_view wanted) {
 }  // namespace
 
 HRESULT FindCaptureDevice(IBaseFilter** filter, unsigned vid, unsigned pid, int index) {
-  platform::InitializeCom();
-  bool keepCom = false;
-  const HRESULT result = FindCaptureDeviceInCategory(filter, vid, pid, index, keepCom);
-  if (!keepCom) {
-    platform::UninitializeCom();
+  ComOfASearch com;
+  DeviceWalk walk;
+  if (const HRESULT result = walk.Open(CLSID_VideoInputDeviceCategory); FAILED(result)) {
+    return result;
   }
-  return result;
+  if (walk.empty()) {
+    return kFail;
+  }
+  std::array<wchar_t, 64> pattern = {};
+  platform::FormatWide(pattern, L"vid_%.4x&pid_%.4x", vid, pid);
+
+  int matches = 0;
+  for (;;) {
+    ComPtr<IMoniker> device;
+    if (const HRESULT result = walk.Next(device); FAILED(result)) {
+      return result;
+    }
+    if (!device) {
+      return kFail;
+    }
+    NameBuffer name = {};
+    if (!ReadDisplayName(device.get(), name) || !ContainsBeforeEnd(name.data(), pattern.data())) {
+      continue;
+    }
+    ComPtr<IBaseFilter> found;
+    const HRESULT bound = Bind(device.get(), found);
+    *filter = found.Detach();
+    if (FAILED(bound) || matches == index) {
+      com.Keep();
+      return FAILED(bound) ? bound : S_OK;
+    }
+    // Deliberate: the skipped match keeps its reference.
+    ++matches;
+  }
 }
 
 HRESULT FindDefaultDevice(IBaseFilter** filter, int index) {
@@ -180,23 +189,24 @@ HRESULT FindDefaultDevice(IBaseFilter** filter, int index) {
   return FindCaptureDevice(filter, ids.vendor, ids.product, index);
 }
 
+HRESULT OpenDefault(ComPtr<IBaseFilter>& device) { return FindDefaultDevice(device.Receive(), 0); }
+
 HRESULT ShareOrOpenDefault(IBaseFilter* filter, ComPtr<IBaseFilter>& device) {
-  if (filter != nullptr) {
-    device = ComPtr<IBaseFilter>::Share(filter);
-    return S_OK;
+  if (filter == nullptr) {
+    return OpenDefault(device);
   }
-  return FindDefaultDevice(device.Receive(), 0);
+  device = ComPtr<IBaseFilter>::Share(filter);
+  return S_OK;
 }
 
 HRESULT FindVendorXuDevice(IBaseFilter** filter) {
   return FindDevice(filter, CLSID_VideoInputDeviceCategory,
                     [](IMoniker* device, ComPtr<IBaseFilter>& found) -> std::optional<HRESULT> {
-                      if (FAILED(Bind(device, found))) {
-                        return std::nullopt;
-                      }
-                      // Deliberate: any node but 0 will do, also those that say that the topology
-                      // could not be read or has no such unit. Callers depend on how wide this is.
-                      if (FindXuNode(found.get(), VendorXu) == 0) {
+                      // Deliberate: the result of the binding is not looked at, and any node but 0
+                      // will do, also those that say that the topology could not be read or has no
+                      // such unit. Callers depend on how wide this is.
+                      static_cast<void>(BindAsItComes(device, found));
+                      if (!found || FindXuNode(found.get(), VendorXu) == 0) {
                         return std::nullopt;
                       }
                       return S_OK;

@@ -20,11 +20,15 @@ HRESULT FindCaptureDevice(IBaseFilter** filter, unsigned vid, unsigned pid, int 
 // FindCaptureDevice with the ids of the settings file.
 HRESULT FindDefaultDevice(IBaseFilter** filter, int index);
 
+// The default camera: the first with the ids of the settings file.
+HRESULT OpenDefault(ComPtr<IBaseFilter>& device);
+
 // The device to act on for one access: a reference of its own on `filter`, or, without one, the
-// first camera with the ids of the settings file. COM is initialised in the second case only.
+// default camera. COM is initialised in the second case only.
 HRESULT ShareOrOpenDefault(IBaseFilter* filter, ComPtr<IBaseFilter>& device);
 
-// The first video-input device for which the search for the vendor unit's node does not give 0.
+// The first video-input device whose binding gives a filter, whatever its result, and for which the
+// search for the vendor unit's node does not give 0.
 HRESULT FindVendorXuDevice(IBaseFilter** filter);
 
 // The device of `category` with the given display name; null means the video-input category.

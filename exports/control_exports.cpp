@@ -3,12 +3,13 @@
 #include "device/standard_controls.h"
 #include "exports/export_support.h"
 
+using zem::MaybeNull;
 using zem::OnDevice;
 using zem::Required;
 
 ZemResult ZEMAPI_GetVideoProcAmp(void* handle, ZemLong property, ZemLong* value, ZemLong* flags) {
-  return OnDevice(handle, zem::GetControl<IAMVideoProcAmp>, property, Required(value),
-                  Required(flags));
+  return OnDevice(handle, zem::GetControl<IAMVideoProcAmp>, property, MaybeNull(value),
+                  MaybeNull(flags));
 }
 
 ZemResult ZEMAPI_SetVideoProcAmp(void* handle, ZemLong property, ZemLong value, ZemLong flags) {
@@ -18,13 +19,14 @@ ZemResult ZEMAPI_SetVideoProcAmp(void* handle, ZemLong property, ZemLong value, 
 ZemResult ZEMAPI_GetVideoProcAmpRange(void* handle, ZemLong property, ZemLong* minimum,
                                       ZemLong* maximum, ZemLong* step, ZemLong* defaultValue,
                                       ZemLong* capsFlags) {
-  return OnDevice(handle, zem::GetControlRange<IAMVideoProcAmp>, property, Required(minimum),
-                  Required(maximum), Required(step), Required(defaultValue), Required(capsFlags));
+  return OnDevice(handle, zem::GetControlRange<IAMVideoProcAmp>, property, MaybeNull(minimum),
+                  MaybeNull(maximum), MaybeNull(step), MaybeNull(defaultValue),
+                  MaybeNull(capsFlags));
 }
 
 ZemResult ZEMAPI_GetCameraControl(void* handle, ZemLong property, ZemLong* value, ZemLong* flags) {
-  return OnDevice(handle, zem::GetControl<IAMCameraControl>, property, Required(value),
-                  Required(flags));
+  return OnDevice(handle, zem::GetControl<IAMCameraControl>, property, MaybeNull(value),
+                  MaybeNull(flags));
 }
 
 ZemResult ZEMAPI_SetCameraControl(void* handle, ZemLong property, ZemLong value, ZemLong flags) {
@@ -34,8 +36,9 @@ ZemResult ZEMAPI_SetCameraControl(void* handle, ZemLong property, ZemLong value,
 ZemResult ZEMAPI_GetCameraControlRange(void* handle, ZemLong property, ZemLong* minimum,
                                        ZemLong* maximum, ZemLong* step, ZemLong* defaultValue,
                                        ZemLong* capsFlags) {
-  return OnDevice(handle, zem::GetControlRange<IAMCameraControl>, property, Required(minimum),
-                  Required(maximum), Required(step), Required(defaultValue), Required(capsFlags));
+  return OnDevice(handle, zem::GetControlRange<IAMCameraControl>, property, MaybeNull(minimum),
+                  MaybeNull(maximum), MaybeNull(step), MaybeNull(defaultValue),
+                  MaybeNull(capsFlags));
 }
 
 ZemResult ZEMAPI_Get_IVideoProcAmp_Interface(void* handle, void** videoProcAmp) {

@@ -23,7 +23,7 @@ constexpr const wchar_t* kBurnError = L"[ERR] Firmware burning error\r\n";
 template <class Operation>
 HRESULT WithDefaultCamera(Operation operation) {
   ComPtr<IBaseFilter> device;
-  if (FAILED(ShareOrOpenDefault(nullptr, device))) {
+  if (FAILED(OpenDefault(device))) {
     return kNoDevice;
   }
   return operation(device.get());

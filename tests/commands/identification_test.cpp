@@ -5,6 +5,8 @@
 #include <string>
 
 #include "tests/support/device_test.h"
+#include "tests/support/stack_pattern.h"
+#include "tests/support/telling_camera.h"
 
 namespace {
 
@@ -55,6 +57,50 @@ TEST_F(IdentificationTest, DeviceInfoThatCannotBeRead) {
   FailTransfer(1);
   EXPECT_EQ(ZEMAPI_GetDeviceInfo(handle(), info.data()), ZEM_E_NO_DEVICE);
   EXPECT_EQ(info[0], 7);
+}
+
+TEST_F(IdentificationTest, DeviceInfoOfAFailedReadIsNotHandedOut) {
+  zem::testing::TellingCamera told;
+  told.answer = {1, 2, 3, 4, 5, 6, 7, 8};
+  told.readResult = E_FAIL;
+  void* onTold = nullptr;
+  ASSERT_EQ(ZEMAPI_OpenDeviceBySourceFilter(&told, &onTold), 0);
+  std::array<unsigned char, 8> info = {7, 7, 7, 7, 7, 7, 7, 7};
+  EXPECT_EQ(ZEMAPI_GetDeviceInfo(onTold, info.data()), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(told.transfers, 1);
+  EXPECT_EQ(info, (std::array<unsigned char, 8>{7, 7, 7, 7, 7, 7, 7, 7}));
+  ZEMAPI_CloseDevice(&onTold);
+}
+
+TEST_F(IdentificationTest, ShortReadsAreFilledUpWithZeros) {
+  handle();
+  std::array<unsigned char, 8> info = {7, 7, 7, 7, 7, 7, 7, 7};
+  vendor().Answer(10, {1, 2, 3});
+  zem::testing::FillStackBelow();
+  EXPECT_EQ(ZEMAPI_GetDeviceInfo(handle(), info.data()), 0);
+  EXPECT_EQ(info, (std::array<unsigned char, 8>{1, 2, 3, 0, 0, 0, 0, 0}));
+  AddUnit(zem::SkypeXu).Answer(1, {});
+  unsigned char version = 0x5A;
+  zem::testing::FillStackBelow();
+  EXPECT_EQ(ZEMAPI_GetSkypeXUVersion(handle(), &version), 0);
+  EXPECT_EQ(version, 0x12) << "a version of 0";
+}
+
+TEST_F(IdentificationTest, PositiveResultsAreASuccess) {
+  handle();
+  gate.AnswerEverything(7);
+  vendor().Answer(10, {1, 2, 3, 4, 5, 6, 7, 8});
+  std::array<unsigned char, 8> info = {};
+  EXPECT_EQ(ZEMAPI_GetDeviceInfo(handle(), info.data()), 0);
+  EXPECT_EQ(info, (std::array<unsigned char, 8>{1, 2, 3, 4, 5, 6, 7, 8}));
+  std::array<unsigned char, 32> serial = {};
+  vendor().Answer(11, {9});
+  EXPECT_EQ(ZEMAPI_GetSensorSN(handle(), serial.data()), 0);
+  EXPECT_EQ(serial[0], 9);
+  AddUnit(zem::SkypeXu).Answer(1, {0x15});
+  unsigned char version = 0;
+  EXPECT_EQ(ZEMAPI_GetSkypeXUVersion(handle(), &version), 0);
+  EXPECT_EQ(version, 0x15);
 }
 
 // Twelve bytes for a date and one that must stay.

@@ -130,6 +130,15 @@ TEST_F(ManualGainTest, FailureOfEachTransfer) {
   EXPECT_EQ(TakeWire().size(), 2U);
 }
 
+TEST_F(ManualGainTest, PositiveResultsAreNoFailuresAndThatOfTheReplyIsReturned) {
+  AddAmplifier();
+  handle();
+  gate.AnswerEverything(7);
+  EXPECT_EQ(ZEMAPI_EnableManualGainCtrl(handle(), 1), 7);
+  EXPECT_EQ(Setting().flags, 2);
+  EXPECT_EQ(TakeWire(), kManualCommand);
+}
+
 TEST_F(ManualGainTest, Refusal) {
   AddAmplifier();
   vendor().Answer(2, {1, 0, 0, 0, 0, 0, 0, 0});

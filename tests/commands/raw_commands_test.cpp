@@ -54,6 +54,15 @@ TEST_P(RawCommandTest, FailedReadIsReturnedAndTheReplyIsZeros) {
   EXPECT_EQ(reply, Block{});
 }
 
+TEST_P(RawCommandTest, PositiveResultOfTheReadIsReturnedAndThatOfTheWriteIsNoFailure) {
+  handle();
+  vendor().Answer(GetParam().replySelector, {0, 1, 2, 3, 4, 5, 6, 7});
+  gate.AnswerEverything(7);
+  EXPECT_EQ(Send(), 7);
+  EXPECT_EQ(reply, (Block{0, 1, 2, 3, 4, 5, 6, 7}));
+  EXPECT_EQ(TakeWire(), GetParam().wire);
+}
+
 TEST_P(RawCommandTest, CommandAndReplyMayBeOneBuffer) {
   vendor().Answer(GetParam().replySelector, {9, 8, 7, 6, 5, 4, 3, 2});
   EXPECT_EQ(GetParam().send(handle(), command.data(), command.data()), 0);
@@ -96,6 +105,15 @@ TEST_P(ExtendedCommandTest, RefusalStillHandsOutTheWholeReply) {
   vendor().Answer(GetParam().replySelector, {3, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
   EXPECT_EQ(Send(), ZEM_E_DEVICE_REFUSED);
   EXPECT_EQ(reply, (LongBlock{3, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}));
+}
+
+TEST_P(ExtendedCommandTest, PositiveResultsAreASuccess) {
+  handle();
+  vendor().Answer(GetParam().replySelector, {0, 1, 2});
+  gate.AnswerEverything(7);
+  EXPECT_EQ(Send(), 0);
+  EXPECT_EQ(reply, (LongBlock{0, 1, 2}));
+  EXPECT_EQ(TakeWire(), GetParam().wire);
 }
 
 TEST_P(ExtendedCommandTest, FailedWrite) {

@@ -1,5 +1,6 @@
 // The register exports: bytes on the wire, decoding, results.
 #include "tests/support/device_test.h"
+#include "tests/support/stack_pattern.h"
 
 namespace {
 
@@ -84,6 +85,32 @@ TEST_F(RegisterTest, WriteCodecRegReadsNoReply) {
   EXPECT_EQ(ZEMAPI_WriteCodecReg(handle(), 0x1234, 0x9A), 0);
   EXPECT_EQ(TakeWire(), (Lines{"set vendor 4: ff 00 14 00 00 00 00 00",
                                "set vendor 4: ff 01 12 34 9a 00 00 00"}));
+}
+
+TEST_F(RegisterTest, ShortRepliesAreFilledUpWithZeros) {
+  handle();
+  unsigned short word = 0xFFFF;
+  vendor().Answer(2, {0x00, 0x11, 0x22});
+  zem::testing::FillStackBelow();
+  EXPECT_EQ(ZEMAPI_GetRegister(handle(), 1, &word), 0);
+  EXPECT_EQ(word, 0x0022);
+  unsigned char byte = 0xFF;
+  vendor().Answer(5, {0x00, 0x11});
+  zem::testing::FillStackBelow();
+  EXPECT_EQ(ZEMAPI_ReadCodecReg(handle(), 1, &byte), 0);
+  EXPECT_EQ(byte, 0);
+}
+
+TEST_F(RegisterTest, CodecAccessWithPositiveResultsIsASuccess) {
+  handle();
+  vendor().Answer(5, {0, 1, 0x5C, 3, 4, 5, 6, 7});
+  gate.AnswerEverything(7);
+  unsigned char value = 0;
+  EXPECT_EQ(ZEMAPI_ReadCodecReg(handle(), 1, &value), 0);
+  EXPECT_EQ(value, 0x5C);
+  EXPECT_EQ(TakeWire().size(), 3U);
+  EXPECT_EQ(ZEMAPI_WriteCodecReg(handle(), 1, 2), 0);
+  EXPECT_EQ(TakeWire().size(), 2U);
 }
 
 TEST_F(RegisterTest, CodecAccessReturnsTheFailureOfEachTransferAndStops) {

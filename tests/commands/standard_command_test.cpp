@@ -149,6 +149,15 @@ TEST_P(StandardCommandTest, ShortReadIsFilledUpWithZeros) {
   EXPECT_EQ(Run(handle()), 0);
 }
 
+TEST_P(StandardCommandTest, PositiveResultsAreASuccess) {
+  handle();
+  gate.AnswerEverything(7);
+  EXPECT_EQ(Run(handle()), 0);
+  EXPECT_EQ(TakeWire().size(), 2U);
+  EXPECT_EQ(TakeDebuggerLines(), WideLines{SetLine(7, 8)});
+  EXPECT_EQ(outputs.Untouched(), !GetParam().hasOutput);
+}
+
 TEST_P(StandardCommandTest, AnyOtherStatusIsARefusalAndLeavesTheOutputs) {
   constexpr std::uint8_t kRefusals[] = {1, 5, 0x7F, 0xFF};
   for (const std::uint8_t status : kRefusals) {

@@ -102,6 +102,14 @@ TEST_F(AudioInputTest, VolumeOfNothingIsASuccess) {
   EXPECT_EQ(microphone->mixLevel, 1.0);
 }
 
+TEST_F(AudioInputTest, PositiveResultsAreNoFailures) {
+  gate.AnswerEverything(7);
+  EXPECT_NE(Open(), nullptr) << "and the result of opening is 0";
+  EXPECT_EQ(ZEMAPI_AudioSetVolume(audio, 50), 7) << "the platform's, unchanged";
+  EXPECT_EQ(microphone->mixLevel, 0.5);
+  EXPECT_EQ(zem::simulator::liveComObjects, 1);
+}
+
 TEST_F(AudioInputTest, VolumeFailuresArePassedOn) {
   Open();
   gate.RefuseCall(0);

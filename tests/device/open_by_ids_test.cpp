@@ -4,6 +4,7 @@
 #include "device/discovery.h"
 #include "platform/com_ptr.h"
 #include "tests/support/device_test.h"
+#include "tests/support/memory_limit.h"
 
 namespace {
 
@@ -202,12 +203,53 @@ TEST_F(OpenByIdsTest, BindingWithoutAFilterIsNoDevice) {
 }
 
 TEST_F(OpenByIdsTest, PositiveResultsAreNoFailures) {
-  gate.RefuseAll("GetDisplayName", S_FALSE);
-  gate.RefuseAll("BindToObject", S_FALSE);
-  gate.RefuseAll("CreateClassEnumerator", S_FALSE);
+  gate.AnswerEverything(7);
   void* handle = nullptr;
   EXPECT_EQ(ZEMAPI_OpenDevice(0, &handle), 0);
+  EXPECT_NE(handle, nullptr);
+  EXPECT_EQ(system().ComBalance(), 1);
+  EXPECT_EQ(gate.calls, (Lines{"CreateDeviceEnumerator", "CreateClassEnumerator", "Next",
+                               "GetDisplayName", "BindToObject"}));
   ZEMAPI_CloseDevice(&handle);
+  zem::ComPtr<IBaseFilter> filter;
+  EXPECT_EQ(zem::FindCaptureDevice(filter.Receive(), 0x5A45, 0x8C00, 0), 0);
+}
+
+TEST_F(OpenByIdsTest, NameThatIsNullIsNone) {
+  ListNothing();
+  List(DisplayName(0x5A45, 0x8C00), std::make_shared<zem::simulator::Camera>()).hasNullName = true;
+  EXPECT_EQ(FailToOpen(), ZEM_E_FAIL);
+  List(DisplayName(0x5A45, 0x8C00), std::make_shared<zem::simulator::Camera>());
+  void* handle = nullptr;
+  EXPECT_EQ(ZEMAPI_OpenDevice(0, &handle), 0) << "the device is passed over";
+  EXPECT_EQ(boundFilters.size(), 1U);
+  ZEMAPI_CloseDevice(&handle);
+}
+
+TEST_F(OpenByIdsTest, FilterOfAFailedBindingIsGivenBack) {
+  ListNothing();
+  List(DisplayName(0x5A45, 0x8C00), std::make_shared<zem::simulator::Camera>()).bindResult =
+      E_NOTIMPL;
+  EXPECT_EQ(FailToOpen(), E_NOTIMPL);
+  EXPECT_EQ(boundFilters.size(), 1U);
+  EXPECT_EQ(zem::simulator::liveComObjects, 0);
+  auto* filter = reinterpret_cast<IBaseFilter*>(this);
+  EXPECT_EQ(zem::FindCaptureDevice(&filter, 0x5A45, 0x8C00, 0), E_NOTIMPL);
+  EXPECT_EQ(filter, nullptr);
+}
+
+TEST_F(OpenByIdsTest, WithoutMemoryForTheHandleAllIsGivenBack) {
+  void* handle = this;
+  for (const bool byDefaultIds : {true, false}) {
+    const zem::testing::MemoryExhausted exhausted;
+    EXPECT_EQ(byDefaultIds ? ZEMAPI_OpenDevice(0, &handle)
+                           : ZEMAPI_OpenDeviceEx(0, &handle, 0x5A45, 0x8C00),
+              ZEM_E_FAIL);
+    EXPECT_EQ(handle, this);
+    EXPECT_EQ(system().ComBalance(), 0);
+    EXPECT_EQ(zem::simulator::liveComObjects, 0);
+  }
+  EXPECT_EQ(system().comInitializations, 2);
 }
 
 TEST_F(OpenByIdsTest, NullAddressForTheHandleIsRefusedBeforeAnythingIsDone) {

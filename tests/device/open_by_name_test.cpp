@@ -8,6 +8,7 @@
 #include "platform/memory.h"
 #include "simulator/com_camera.h"
 #include "tests/support/device_test.h"
+#include "tests/support/memory_limit.h"
 
 namespace {
 
@@ -42,9 +43,10 @@ class OpenByTextTest : public DeviceTest, public ::testing::WithParamInterface<B
  protected:
   OpenByTextTest() { ListNothing(); }
 
-  void ListCamera(const std::wstring& text, const std::shared_ptr<Camera>& camera) {
+  zem::simulator::ListedDevice& ListCamera(const std::wstring& text,
+                                           const std::shared_ptr<Camera>& camera) {
     const bool byPath = GetParam().open == &ZEMAPI_OpenDeviceByDevPath;
-    List(byPath ? L"name" : text, camera, byPath ? std::optional(text) : std::nullopt);
+    return List(byPath ? L"name" : text, camera, byPath ? std::optional(text) : std::nullopt);
   }
 
   ZemResult Open(const std::wstring& text, void** handle) {
@@ -130,6 +132,37 @@ TEST_P(OpenByTextTest, FailureOfEachEnumeratingCallIsReturnedAndComStays) {
   }
 }
 
+TEST_P(OpenByTextTest, PositiveResultsAreNoFailures) {
+  ListCamera(L"camera", CameraWithVendorUnitAt(1, 2));
+  gate.AnswerEverything(7);
+  void* handle = nullptr;
+  EXPECT_EQ(Open(L"camera", &handle), 0);
+  EXPECT_NE(handle, nullptr);
+  EXPECT_EQ(system().ComBalance(), 1);
+  ZEMAPI_CloseDevice(&handle);
+}
+
+TEST_P(OpenByTextTest, FilterOfAFailedBindingIsGivenBack) {
+  ListCamera(L"camera", CameraWithVendorUnitAt(1, 2)).bindResult = E_NOTIMPL;
+  EXPECT_EQ(FailToOpen(L"camera"), E_NOTIMPL);
+  EXPECT_EQ(boundFilters.size(), 1U);
+  EXPECT_EQ(zem::simulator::liveComObjects, 0);
+}
+
+TEST_P(OpenByTextTest, BindingWithoutAFilterIsNoDevice) {
+  ListCamera(L"camera", CameraWithVendorUnitAt(1, 2)).bind = [] { return nullptr; };
+  EXPECT_EQ(FailToOpen(L"camera"), ZEM_E_FAIL);
+}
+
+TEST_P(OpenByTextTest, WithoutMemoryForTheHandleAllIsGivenBack) {
+  ListCamera(L"camera", CameraWithVendorUnitAt(1, 2));
+  const zem::testing::MemoryExhausted exhausted;
+  EXPECT_EQ(FailToOpen(L"camera"), ZEM_E_FAIL);
+  EXPECT_EQ(system().comInitializations, 1);
+  EXPECT_EQ(system().ComBalance(), 0);
+  EXPECT_EQ(zem::simulator::liveComObjects, 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(Exports, OpenByTextTest,
                          ::testing::Values(ByText{"Name", &ZEMAPI_OpenDeviceByPath},
                                            ByText{"DevicePath", &ZEMAPI_OpenDeviceByDevPath}),
@@ -151,6 +184,15 @@ TEST_F(OpenByNameTest, DevicesWhoseNameCannotBeReadArePassedOver) {
   gate.RefuseAll("GetDisplayName");
   void* handle = nullptr;
   EXPECT_EQ(ZEMAPI_OpenDeviceByPath(DisplayName(0x5A45, 0x8C00).c_str(), &handle), ZEM_E_FAIL);
+}
+
+TEST_F(OpenByNameTest, NameThatIsNullIsNone) {
+  ListNothing();
+  List(L"", CameraWithVendorUnitAt(1, 2)).hasNullName = true;
+  void* handle = this;
+  EXPECT_EQ(ZEMAPI_OpenDeviceByPath(L"", &handle), ZEM_E_FAIL);
+  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(boundFilters.size(), 0U);
 }
 
 TEST_F(OpenByNameTest, AnotherCategoryIsSearchedWhenGiven) {
@@ -185,6 +227,21 @@ TEST_F(OpenByDevicePathTest, DevicesWithoutBagOrPropertyArePassedOver) {
     SCOPED_TRACE(call);
     gate.RefuseAll(call);
     EXPECT_EQ(ZEMAPI_OpenDeviceByDevPath(L"path", &handle), ZEM_E_FAIL);
+  }
+}
+
+TEST_F(OpenByDevicePathTest, PathThatIsNoTextOrNullIsNone) {
+  std::wstring text = L"path";
+  constexpr VARTYPE kNumber = 3;
+  for (const VARIANT& odd : {VARIANT{kNumber, text.data()}, VARIANT{VT_BSTR, nullptr}}) {
+    ListNothing();
+    List(L"a", CameraWithVendorUnitAt(1, 2)).oddDevicePath = odd;
+    void* handle = nullptr;
+    EXPECT_EQ(ZEMAPI_OpenDeviceByDevPath(L"path", &handle), ZEM_E_FAIL);
+    EXPECT_EQ(ZEMAPI_OpenDeviceByDevPath(L"", &handle), ZEM_E_FAIL);
+    List(L"b", CameraWithVendorUnitAt(1, 2), L"path");
+    EXPECT_EQ(ZEMAPI_OpenDeviceByDevPath(L"path", &handle), 0) << "the device is passed over";
+    ZEMAPI_CloseDevice(&handle);
   }
 }
 
@@ -244,10 +301,43 @@ TEST_F(OpenZemDeviceTest, UnreadableTopologyIsTaken) {
   EXPECT_TRUE(Opens());
 }
 
-TEST_F(OpenZemDeviceTest, DeviceThatCannotBeBoundIsPassedOver) {
-  List(L"a", CameraWithVendorUnitAt(1, 2));
-  gate.RefuseAll("BindToObject");
+TEST_F(OpenZemDeviceTest, FilterIsTakenWhateverTheResultOfTheBinding) {
+  for (const HRESULT result : {E_NOTIMPL, HRESULT{7}}) {
+    ListNothing();
+    List(L"a", CameraWithVendorUnitAt(1, 2)).bindResult = result;
+    EXPECT_TRUE(Opens());
+  }
+}
+
+TEST_F(OpenZemDeviceTest, FilterOfAFailedBindingIsGivenBackWhenItsNodeIsZero) {
+  List(L"a", CameraWithVendorUnitAt(0, 1)).bindResult = E_NOTIMPL;
   EXPECT_FALSE(Opens());
+  EXPECT_EQ(boundFilters.size(), 1U);
+  EXPECT_EQ(zem::simulator::liveComObjects, 0);
+}
+
+TEST_F(OpenZemDeviceTest, DeviceThatGivesNoFilterIsPassedOver) {
+  List(L"a", CameraWithVendorUnitAt(1, 2)).bind = [] { return nullptr; };
+  EXPECT_FALSE(Opens()) << "bound without a filter";
+  List(L"b", CameraWithVendorUnitAt(1, 2));
+  EXPECT_TRUE(Opens());
+  gate.RefuseAll("BindToObject");
+  EXPECT_FALSE(Opens()) << "not bound at all";
+}
+
+TEST_F(OpenZemDeviceTest, PositiveResultsAreNoFailures) {
+  List(L"a", CameraWithVendorUnitAt(1, 2));
+  gate.AnswerEverything(7);
+  EXPECT_TRUE(Opens());
+}
+
+TEST_F(OpenZemDeviceTest, WithoutMemoryForTheHandleAllIsGivenBack) {
+  List(L"a", CameraWithVendorUnitAt(1, 2));
+  const zem::testing::MemoryExhausted exhausted;
+  EXPECT_FALSE(Opens());
+  EXPECT_EQ(system().comInitializations, 1);
+  EXPECT_EQ(system().ComBalance(), 0);
+  EXPECT_EQ(zem::simulator::liveComObjects, 0);
 }
 
 TEST_F(OpenZemDeviceTest, EmptyCategoryIsReported) {
@@ -286,6 +376,19 @@ TEST_F(OpenBySourceFilterTest, TakesAReferenceOfItsOwnAndInitialisesNothing) {
   EXPECT_EQ(system().comUninitializations, 1) << "closing takes one back that was never made";
   EXPECT_EQ(filter->AddRef(), 2U);
   filter->Release();
+}
+
+TEST_F(OpenBySourceFilterTest, WithoutMemoryForTheHandleTheReferenceIsGivenBackAndComLeftAlone) {
+  const auto filter = zem::ComPtr<IBaseFilter>::Adopt(
+      zem::simulator::MakeCameraFilter(CameraWithVendorUnitAt(1, 2), nullptr));
+  const zem::testing::MemoryExhausted exhausted;
+  void* handle = this;
+  EXPECT_EQ(ZEMAPI_OpenDeviceBySourceFilter(filter.get(), &handle), ZEM_E_FAIL);
+  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(filter->AddRef(), 2U);
+  filter->Release();
+  EXPECT_EQ(system().comInitializations, 0);
+  EXPECT_EQ(system().comUninitializations, 0);
 }
 
 TEST_F(OpenBySourceFilterTest, NullFilter) {

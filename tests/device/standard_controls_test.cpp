@@ -1,6 +1,7 @@
 // Standard controls: one call on the device's interface each, arguments and result handed on.
 #include "simulator/standard_controls.h"
 
+#include <array>
 #include <functional>
 #include <ostream>
 #include <string>
@@ -16,7 +17,7 @@ using zem::testing::DeviceTest;
 using zem::testing::Lines;
 using zem::testing::RecordingGate;
 
-// Either interface, with every call written down and answered as told.
+// Either interface, with every call and its pointers written down and answered as told.
 template <class Interface>
 class RecordingControls : public Interface {
  public:
@@ -32,12 +33,8 @@ class RecordingControls : public Interface {
   HRESULT STDMETHODCALLTYPE GetRange(LONG property, LONG* minimum, LONG* maximum, LONG* step,
                                      LONG* defaultValue, LONG* capsFlags) override {
     calls.push_back("GetRange " + std::to_string(property));
-    *minimum = -1;
-    *maximum = 2;
-    *step = 3;
-    *defaultValue = 4;
-    *capsFlags = 5;
-    return result;
+    outputs = {minimum, maximum, step, defaultValue, capsFlags};
+    return Write({-1, 2, 3, 4, 5});
   }
   HRESULT STDMETHODCALLTYPE Set(LONG property, LONG value, LONG flags) override {
     calls.push_back("Set " + std::to_string(property) + " " + std::to_string(value) + " " +
@@ -46,14 +43,25 @@ class RecordingControls : public Interface {
   }
   HRESULT STDMETHODCALLTYPE Get(LONG property, LONG* value, LONG* flags) override {
     calls.push_back("Get " + std::to_string(property));
-    *value = -7;
-    *flags = 8;
-    return result;
+    outputs = {value, flags};
+    return Write({-7, 8});
   }
 
   Lines calls;
+  // Of the last call.
+  std::vector<LONG*> outputs;
   HRESULT result = S_OK;
   int references = 0;
+
+ private:
+  HRESULT Write(const std::vector<LONG>& numbers) {
+    for (std::size_t index = 0; index < numbers.size(); ++index) {
+      if (outputs[index] != nullptr) {
+        *outputs[index] = numbers[index];
+      }
+    }
+    return result;
+  }
 };
 
 // A camera that has both interfaces, unless told otherwise.
@@ -66,19 +74,18 @@ class ControlCamera : public zem::testing::BareCamera {
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     *object = nullptr;
-    if (SUCCEEDED(asked) && grant) {
-      if (iid == zem::IID_IAMVideoProcAmp) {
-        *object = static_cast<IAMVideoProcAmp*>(&amplifier);
-        amplifier.AddRef();
-      } else if (iid == zem::IID_IAMCameraControl) {
-        *object = static_cast<IAMCameraControl*>(&terminal);
-        terminal.AddRef();
-      }
+    if (grant && iid == zem::IID_IAMVideoProcAmp) {
+      *object = static_cast<IAMVideoProcAmp*>(&amplifier);
+      amplifier.references += SUCCEEDED(asked) ? 1 : 0;
+    } else if (grant && iid == zem::IID_IAMCameraControl) {
+      *object = static_cast<IAMCameraControl*>(&terminal);
+      terminal.references += SUCCEEDED(asked) ? 1 : 0;
     }
     return asked;
   }
 
   HRESULT asked = S_OK;
+  // Whether a request leaves a pointer behind, with a reference if it does not fail.
   bool grant = true;
   RecordingControls<IAMVideoProcAmp> amplifier;
   RecordingControls<IAMCameraControl> terminal;
@@ -114,6 +121,11 @@ class StandardControlsTest : public ::testing::TestWithParam<Family> {
     EXPECT_EQ(other, Lines());
     return std::exchange(GetParam().isAmplifier ? camera.amplifier.calls : camera.terminal.calls,
                          {});
+  }
+
+  // The pointers that the last call on this family's interface was given.
+  const std::vector<LONG*>& Outputs() {
+    return GetParam().isAmplifier ? camera.amplifier.outputs : camera.terminal.outputs;
   }
 
   void Answer(HRESULT result) { camera.amplifier.result = camera.terminal.result = result; }
@@ -177,36 +189,64 @@ TEST_P(StandardControlsTest, NullHandle) {
 }
 
 TEST_P(StandardControlsTest, AbsentInterfaceIsNotThePlatformsCode) {
-  camera.asked = E_NOINTERFACE;
-  for (const auto& call : AllExports()) {
-    EXPECT_EQ(call(handle), ZEM_E_DEVICE_REFUSED);
-  }
-  camera.asked = S_OK;
   camera.grant = false;
-  for (const auto& call : AllExports()) {
-    EXPECT_EQ(call(handle), ZEM_E_DEVICE_REFUSED) << "granted, but without a pointer";
+  for (const HRESULT asked : {E_NOINTERFACE, S_OK}) {
+    camera.asked = asked;
+    for (const auto& call : AllExports()) {
+      EXPECT_EQ(call(handle), ZEM_E_DEVICE_REFUSED) << "0 is granted, but without a pointer";
+    }
   }
   EXPECT_EQ(numbers[0], 99);
 }
 
-TEST_P(StandardControlsTest, NullOutputsAreRefusedBehindTheHandle) {
-  const Family& family = GetParam();
-  ZemLong* const none = nullptr;
-  ZemLong* const some = numbers;
-  const std::vector<std::function<ZemResult(void*)>> calls = {
-      [&](void* on) { return family.get(on, 1, none, some); },
-      [&](void* on) { return family.get(on, 1, some, none); },
-      [&](void* on) { return family.getRange(on, 1, none, some, some, some, some); },
-      [&](void* on) { return family.getRange(on, 1, some, none, some, some, some); },
-      [&](void* on) { return family.getRange(on, 1, some, some, none, some, some); },
-      [&](void* on) { return family.getRange(on, 1, some, some, some, none, some); },
-      [&](void* on) { return family.getRange(on, 1, some, some, some, some, none); },
-  };
-  for (const auto& call : calls) {
-    EXPECT_EQ(call(handle), ZEM_E_REFUSED);
-    EXPECT_EQ(call(nullptr), ZEM_E_NO_DEVICE);
+TEST_P(StandardControlsTest, PointerOfAFailedRequestIsNeitherUsedNorReleased) {
+  camera.asked = E_NOINTERFACE;
+  for (const auto& call : AllExports()) {
+    EXPECT_EQ(call(handle), ZEM_E_DEVICE_REFUSED);
   }
   EXPECT_EQ(TakeCalls(), Lines());
+  EXPECT_EQ(camera.amplifier.references, 0);
+  EXPECT_EQ(camera.terminal.references, 0);
+}
+
+TEST_P(StandardControlsTest, PositiveResultOfTheRequestIsNoFailure) {
+  camera.asked = S_FALSE;
+  for (const auto& call : AllExports()) {
+    EXPECT_EQ(call(handle), 0);
+  }
+  EXPECT_EQ(TakeCalls(), (Lines{"Get 1", "Set 1 2 3", "GetRange 1"}));
+}
+
+TEST_P(StandardControlsTest, PointersGoOnAsTheyAreAlsoNull) {
+  using Pointers = std::vector<ZemLong*>;
+  const Family& family = GetParam();
+  Answer(E_POINTER);
+  for (const Pointers& two :
+       {Pointers{nullptr, &numbers[1]}, Pointers{&numbers[0], nullptr}, Pointers(2, nullptr)}) {
+    EXPECT_EQ(family.get(handle, 1, two[0], two[1]), E_POINTER);
+    EXPECT_EQ(Outputs(), two);
+    EXPECT_EQ(TakeCalls(), Lines{"Get 1"});
+  }
+  for (std::size_t present = 0; present <= 5; ++present) {
+    Pointers five(5, nullptr);
+    if (present < 5) {
+      five[present] = &numbers[present];
+    }
+    EXPECT_EQ(family.getRange(handle, 1, five[0], five[1], five[2], five[3], five[4]), E_POINTER);
+    EXPECT_EQ(Outputs(), five);
+    EXPECT_EQ(TakeCalls(), Lines{"GetRange 1"});
+  }
+}
+
+TEST_P(StandardControlsTest, HandleAndInterfaceComeBeforeNullPointers) {
+  const Family& family = GetParam();
+  EXPECT_EQ(family.get(nullptr, 1, nullptr, nullptr), ZEM_E_NO_DEVICE);
+  EXPECT_EQ(family.getRange(nullptr, 1, nullptr, nullptr, nullptr, nullptr, nullptr),
+            ZEM_E_NO_DEVICE);
+  camera.grant = false;
+  EXPECT_EQ(family.get(handle, 1, nullptr, nullptr), ZEM_E_DEVICE_REFUSED);
+  EXPECT_EQ(family.getRange(handle, 1, nullptr, nullptr, nullptr, nullptr, nullptr),
+            ZEM_E_DEVICE_REFUSED);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -273,6 +313,27 @@ TEST_F(SimulatedControlsTest, FailureOfEachCallReleasesTheInterface) {
   }
 }
 
+TEST_F(SimulatedControlsTest, NullPointersAreThePlatformsToRefuse) {
+  ZemLong number = 99;
+  ZemLong* const some = &number;
+  EXPECT_EQ(ZEMAPI_GetVideoProcAmp(handle(), 0, nullptr, some), E_POINTER);
+  EXPECT_EQ(ZEMAPI_GetVideoProcAmp(handle(), 0, some, nullptr), E_POINTER);
+  EXPECT_EQ(ZEMAPI_GetCameraControl(handle(), 4, nullptr, some), E_POINTER);
+  EXPECT_EQ(ZEMAPI_GetCameraControl(handle(), 4, some, nullptr), E_POINTER);
+  for (std::size_t missing = 0; missing < 5; ++missing) {
+    std::array<ZemLong*, 5> range = {some, some, some, some, some};
+    range[missing] = nullptr;
+    EXPECT_EQ(
+        ZEMAPI_GetVideoProcAmpRange(handle(), 0, range[0], range[1], range[2], range[3], range[4]),
+        E_POINTER);
+    EXPECT_EQ(
+        ZEMAPI_GetCameraControlRange(handle(), 4, range[0], range[1], range[2], range[3], range[4]),
+        E_POINTER);
+  }
+  EXPECT_EQ(number, 99);
+  EXPECT_EQ(zem::simulator::liveComObjects, 1) << "the handle's filter";
+}
+
 TEST_F(SimulatedControlsTest, UnpluggedCamera) {
   handle();
   camera().Unplug();
@@ -332,20 +393,23 @@ TEST_F(ProcessingNodeTest, FailureOfEachPlatformCall) {
   }
 }
 
-// A camera whose nodes refuse and leave the caller's pointer as it is.
+// A camera whose nodes refuse and leave the caller's pointer as it is, unless told otherwise.
 class RefusingCamera : public zem::testing::BareCamera {
  public:
   HRESULT Request(const KSP_NODE& /*request*/, void* /*data*/, ULONG /*length*/,
                   ULONG* /*bytesReturned*/) override {
     return E_NOTIMPL;
   }
-  HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD /*node*/, REFIID iid,
-                                               void** /*object*/) override {
+  HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD /*node*/, REFIID iid, void** object) override {
     EXPECT_TRUE(iid == zem::IID_IVideoProcAmp);
     ++asked;
+    if (leftBehind != nullptr) {
+      *object = leftBehind;
+    }
     return E_FAIL;
   }
   int asked = 0;
+  void* leftBehind = nullptr;
 };
 
 TEST(ProcessingNodePointerTest, PointerIsNotClearedFirst) {
@@ -363,6 +427,10 @@ TEST(ProcessingNodePointerTest, PointerIsNotClearedFirst) {
   node = nullptr;
   EXPECT_EQ(ZEMAPI_Get_IVideoProcAmp_Interface(handle, &node), E_FAIL);
   EXPECT_EQ(camera.asked, 4);
+  camera.leftBehind = &camera;
+  EXPECT_EQ(ZEMAPI_Get_IVideoProcAmp_Interface(handle, &node), E_FAIL);
+  EXPECT_EQ(node, &camera);
+  EXPECT_EQ(camera.asked, 5) << "a pointer ends the walk, whatever the result that came with it";
   ZEMAPI_CloseDevice(&handle);
   EXPECT_EQ(camera.references, 1);
 }

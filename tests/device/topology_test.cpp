@@ -10,6 +10,7 @@
 #include "simulator/com_camera.h"
 #include "tests/support/bare_camera.h"
 #include "tests/support/device_test.h"
+#include "tests/support/stack_pattern.h"
 
 namespace {
 
@@ -66,6 +67,13 @@ TEST_F(TopologyTest, FindXuNodeDoesNotLookAtFailuresOfTypeAndValue) {
   EXPECT_EQ(FindXuNode(filter(), zem::VendorXu), 1U);
   gate.RefuseAll("KsProperty");
   EXPECT_EQ(FindXuNode(filter(), zem::VendorXu), 2U) << "as if no node had it";
+}
+
+TEST_F(TopologyTest, PositiveResultsAreNoFailures) {
+  gate.AnswerEverything(7);
+  EXPECT_EQ(FindXuNode(filter(), zem::VendorXu), 1U);
+  EXPECT_EQ(CheckXuGuid(zem::VendorXu, filter()), 0);
+  EXPECT_EQ(CheckXuGuid(zem::H264Xu, filter()), 1);
 }
 
 TEST_F(TopologyTest, CheckXuGuidPresentAndAbsent) {
@@ -204,6 +212,59 @@ TEST(TopologyRequestTest, SuccessWithoutAnInterface) {
   EXPECT_EQ(FindXuNode(&camera, zem::VendorXu), 0xFFFFFFFFU);
   EXPECT_EQ(CheckXuGuid(zem::VendorXu, &camera), static_cast<ZemResult>(0x80004002U));
   EXPECT_EQ(camera.references, 1);
+}
+
+// A camera whose requests for interfaces fail and leave a pointer behind all the same.
+class LeavingCamera : public InformationCamera {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    static_cast<void>(InformationCamera::QueryInterface(iid, object));
+    return topologyResult;
+  }
+  HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD node, REFIID iid, void** object) override {
+    static_cast<void>(InformationCamera::CreateNodeInstance(node, iid, object));
+    return controlResult;
+  }
+  HRESULT topologyResult = S_OK;
+  HRESULT controlResult = S_OK;
+};
+
+TEST(TopologyRequestTest, PointerOfAFailedRequestIsNotUsed) {
+  LeavingCamera camera;
+  camera.controlResult = E_NOTIMPL;
+  EXPECT_EQ(FindXuNode(&camera, zem::VendorXu), 0xFFFFFFFFU);
+  EXPECT_EQ(CheckXuGuid(zem::VendorXu, &camera), E_NOTIMPL);
+  camera.controlResult = S_OK;
+  camera.topologyResult = E_NOTIMPL;
+  EXPECT_EQ(FindXuNode(&camera, zem::VendorXu), 0xFFFFFFFFU);
+  EXPECT_EQ(CheckXuGuid(zem::VendorXu, &camera), E_NOTIMPL);
+  EXPECT_EQ(camera.seen.size(), 0U);
+  EXPECT_EQ(camera.references, 1);
+}
+
+// A camera that reports an information block and moves nothing of it.
+class SilentCamera : public zem::testing::BareCamera {
+ public:
+  SilentCamera() { nodeCount = 1; }
+  HRESULT Request(const KSP_NODE& /*request*/, void* /*data*/, ULONG /*length*/,
+                  ULONG* bytesReturned) override {
+    *bytesReturned = 32;
+    return S_OK;
+  }
+  __attribute__((no_sanitize("address"))) HRESULT STDMETHODCALLTYPE
+  CreateNodeInstance(DWORD node, REFIID iid, void** object) override {
+    const HRESULT result = BareCamera::CreateNodeInstance(node, iid, object);
+    zem::testing::FillStackBelow();
+    return result;
+  }
+};
+
+TEST(TopologyRequestTest, InformationThatIsNotMovedIsZero) {
+  SilentCamera camera;
+  GUID pattern = {};
+  std::memset(&pattern, zem::testing::kStackPattern, sizeof(pattern));
+  EXPECT_EQ(FindXuNode(&camera, pattern), 1U) << "no node carries it";
+  EXPECT_EQ(CheckXuGuid(pattern, &camera), 1);
 }
 
 }  // namespace

@@ -106,6 +106,20 @@ TEST_F(TransportTest, WriteToAnAbsentUnitIsIssuedToTheNodeCount) {
   EXPECT_EQ(gate.calls.back(), "KsProperty") << "the request was issued";
 }
 
+TEST_F(TransportTest, PositiveResultsAreNoFailuresAndThatOfTheRequestIsReturned) {
+  handle();
+  vendor().Answer(9, {0xAA});
+  gate.AnswerEverything(7);
+  unsigned char data[1] = {0x11};
+  ZemULong moved = 99;
+  EXPECT_EQ(ZEMAPI_ZemExtSet(handle(), 9, data, 1, &moved), 7);
+  EXPECT_EQ(ZEMAPI_ZemExtGet(handle(), 9, data, 1, &moved), 7);
+  EXPECT_EQ(data[0], 0xAA);
+  EXPECT_EQ(moved, 1U);
+  EXPECT_EQ(TakeWire(), (Lines{"set vendor 9: 11", "get vendor 9 [1]"}));
+  EXPECT_EQ(TakeDebuggerLines(), WideLines{SetLine(7, 1)});
+}
+
 TEST_F(TransportTest, LengthZeroIsPassedOn) {
   EXPECT_EQ(ZEMAPI_ZemExtSet(handle(), 3, nullptr, 0, nullptr), 0);
   EXPECT_EQ(TakeWire(), Lines{"set vendor 3: "});
@@ -231,12 +245,16 @@ class RequestCamera : public zem::testing::BareCamera {
     last = request;
     lastData = data;
     lastLength = length;
+    countAtStart = *bytesReturned;
     *bytesReturned = length;
+    ++requests;
     return S_FALSE;
   }
   KSP_NODE last = {};
   void* lastData = nullptr;
   ULONG lastLength = 0;
+  ULONG countAtStart = 99;
+  int requests = 0;
 };
 
 TEST(TransportRequestTest, AllFieldsOfTheRequest) {
@@ -258,6 +276,92 @@ TEST(TransportRequestTest, AllFieldsOfTheRequest) {
   EXPECT_EQ(zem::XuGetControl(zem::OrvaXu, 0xABCD, data, 600, &moved, &camera), 1);
   EXPECT_EQ(camera.last.Property.Flags, 0x10000001U);
   EXPECT_EQ(camera.references, 1);
+}
+
+// Without nodes; its requests for interfaces come out as told.
+class OddCamera : public RequestCamera {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    *object = nullptr;
+    if (givesTopology) {
+      static_cast<void>(RequestCamera::QueryInterface(iid, object));
+    }
+    return topologyResult;
+  }
+  HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD node, REFIID iid, void** object) override {
+    *object = nullptr;
+    if (givesControl) {
+      static_cast<void>(RequestCamera::CreateNodeInstance(node, iid, object));
+    }
+    return controlResult;
+  }
+  HRESULT topologyResult = S_OK;
+  bool givesTopology = true;
+  HRESULT controlResult = S_OK;
+  bool givesControl = true;
+};
+
+class OddCameraTest : public ::testing::Test {
+ protected:
+  OddCameraTest() { zem::platform::simulated::Reset(); }
+  ~OddCameraTest() override { EXPECT_EQ(camera.references, 1); }
+
+  // Reads and writes, which end alike, and gives the result.
+  ZemResult Transfer() {
+    unsigned char data[1] = {};
+    ULONG moved = 99;
+    const ZemResult result = zem::XuSetControl(zem::OrvaXu, 1, data, 1, &moved, &camera);
+    EXPECT_EQ(zem::XuGetControl(zem::OrvaXu, 1, data, 1, &moved, &camera), result);
+    return result;
+  }
+  static WideLines DebuggerLines() { return zem::platform::simulated::TheSystem().debuggerLines; }
+
+  OddCamera camera;
+};
+
+TEST_F(OddCameraTest, TopologyIsUsedWhateverTheResultOfItsRequest) {
+  camera.topologyResult = E_NOTIMPL;
+  EXPECT_EQ(Transfer(), 1);
+  EXPECT_EQ(camera.requests, 2);
+  EXPECT_EQ(camera.last.NodeId, 0xFFFFFFFFU) << "the search for the node looks at the result";
+  EXPECT_EQ(DebuggerLines(), WideLines{SetLine(1, 1, -1)});
+}
+
+TEST_F(OddCameraTest, WithoutATopologyItsFailureAndNothingIsSent) {
+  camera.givesTopology = false;
+  camera.topologyResult = E_NOTIMPL;
+  EXPECT_EQ(Transfer(), E_NOTIMPL);
+  camera.topologyResult = S_OK;
+  EXPECT_EQ(Transfer(), E_NOINTERFACE);
+  EXPECT_EQ(camera.requests, 0);
+  EXPECT_EQ(DebuggerLines(), WideLines());
+}
+
+TEST_F(OddCameraTest, WithoutANodeControlItsFailureAndNothingIsSent) {
+  camera.controlResult = E_NOTIMPL;
+  EXPECT_EQ(Transfer(), E_NOTIMPL) << "though a pointer was left behind";
+  camera.givesControl = false;
+  EXPECT_EQ(Transfer(), E_NOTIMPL);
+  camera.controlResult = S_OK;
+  EXPECT_EQ(Transfer(), E_NOINTERFACE);
+  EXPECT_EQ(camera.requests, 0);
+  EXPECT_EQ(DebuggerLines(), WideLines());
+}
+
+TEST(TransportRequestTest, ReturnedByteCountIsZeroFirstAndStandsInForANullOne) {
+  zem::platform::simulated::Reset();
+  RequestCamera camera;
+  unsigned char data[5] = {};
+  ULONG moved = 99;
+  EXPECT_EQ(zem::XuSetControl(zem::OrvaXu, 1, data, 5, &moved, &camera), 1);
+  EXPECT_EQ(camera.countAtStart, 0U);
+  EXPECT_EQ(moved, 5U);
+  camera.countAtStart = 99;
+  EXPECT_EQ(zem::XuGetControl(zem::OrvaXu, 1, nullptr, 5, nullptr, &camera), 1);
+  EXPECT_EQ(camera.countAtStart, 0U)
+      << "the platform gets a count also where the caller wants none";
+  EXPECT_EQ(camera.lastData, nullptr) << "null data goes on as it is";
+  EXPECT_EQ(camera.lastLength, 5U);
 }
 
 TEST(ExtensionUnitTest, GuidsByTheirBytes) {
