@@ -1542,8 +1542,8 @@ typedef struct H264FrameList {
 /**
  * Hands out a copy of the camera's list of H.264 stream formats.
  *
- * Whatever goes wrong while the list is read from the camera gives the default list; nothing is
- * reported.
+ * Whatever goes wrong while the list is read from the camera gives the default list, and nothing is
+ * reported; but when memory is exhausted there is no list, and the next call tries again.
  *
  * @param handle device handle
  * @param list   receives the copy, an H264FrameList; the caller's, to be given back with
@@ -1592,7 +1592,8 @@ ZEM_API ZemResult ZEMAPI_SetH264Mode(void* handle, unsigned int width, unsigned 
  * @param width   receives the width in pixels
  * @param height  receives the height in pixels
  * @param subtype receives MEDIASUBTYPE_YUY2 or MEDIASUBTYPE_MJPG
- * @return 0; 1, with zeros in all outputs, behind the last format
+ * @return 0; 1, with zeros in all outputs, behind the last format; ZEM_E_REFUSED for a null output,
+ *         and then the others are untouched
  */
 ZEM_API ZemResult ZEMAPI_GetH264_UVC_PayloadFormat(void* handle, unsigned short index,
                                                    unsigned short* width, unsigned short* height,
@@ -1621,9 +1622,10 @@ ZEM_API ZemResult ZEMAPI_SetPframeCount(void* handle, unsigned int count);
  * default camera, opened for that one access.
  *
  * Every transfer is appended to ZemWrenCmdLog.txt in the "Temp" folder of the Windows directory, as
- * UTF-16 text: time, direction and the transport's result, and for the controls the library knows a
- * title and the fields of the block. The file is opened and closed for each; one that cannot be
- * opened is no failure. The block is logged whatever became of the transfer.
+ * UTF-16 text: time, direction and the transport's result, for the controls the library knows a
+ * title, and for rate control, probe and commit the fields of the block. The file is opened and
+ * closed for each; one that cannot be opened is no failure. The block is logged whatever became of
+ * the transfer.
  *
  * WREN_EuGet stands at the end of this header: it is exported under its C++ symbol only.
  * ------------------------------------------------------------------------------------------- */
@@ -1692,8 +1694,8 @@ typedef struct OrvaStreamFormat {
   uint8_t bStreamFormat;    /**< kind of stream, the camera's numbers */
   uint16_t wWidth;          /**< pixels */
   uint16_t wHeight;         /**< pixels */
-  uint32_t dwFrameInterval; /**< 100 ns units */
-  uint32_t dwBitRate;       /**< bit/s */
+  uint32_t dwFrameInterval; /**< the camera's units */
+  uint32_t dwBitRate;       /**< the camera's units */
 } OrvaStreamFormat;
 
 /**
@@ -1709,7 +1711,7 @@ ZEM_API ZemResult ORVAAPI_GetVersion(void* handle, unsigned char* version);
 ZEM_API ZemResult ORVAAPI_FirmwareBuildDay(void* handle, unsigned short* buildDay);
 
 /**
- * Chooses the stream that the other functions act on.
+ * Selects a stream.
  *
  * @return the platform's result; ZEM_E_NO_DEVICE for a null handle
  */
@@ -1724,7 +1726,7 @@ ZEM_API ZemResult ORVAAPI_SetStreamID(void* handle, unsigned char streamId);
 ZEM_API ZemResult ORVAAPI_GetEndpointSetting(void* handle, unsigned char* setting);
 
 /**
- * Writes or reads the format of the chosen stream.
+ * Writes or reads a stream format, as a probe or as a commit.
  *
  * @param handle    device handle
  * @param format    what is written, null for zeros in all fields; or what is read into, also when
@@ -1737,17 +1739,17 @@ ZEM_API ZemResult ORVAAPI_GetEndpointSetting(void* handle, unsigned char* settin
 ZEM_API ZemResult ORVAAPI_StreamFormatProbeCommit(void* handle, OrvaStreamFormat* format,
                                                   unsigned int operation);
 
-/** Switches a layer on or off. Results as ORVAAPI_SetStreamID. */
+/** Toggles a layer; the value is the camera's. Results as ORVAAPI_SetStreamID. */
 ZEM_API ZemResult ORVAAPI_ToggleLayerControl(void* handle, unsigned char value);
 
-/** Chooses a stream by a vendor command; no status is read. Results as ORVAAPI_SetStreamID. */
+/** Selects a stream by a vendor command; no status is read. Results as ORVAAPI_SetStreamID. */
 ZEM_API ZemResult ZEMAPI_MulticastStreamID(void* handle, unsigned char streamId);
 
-/** Switches a layer by a vendor command; no status is read. Results as ORVAAPI_SetStreamID. */
+/** Toggles a layer by a vendor command; no status is read. Results as ORVAAPI_SetStreamID. */
 ZEM_API ZemResult ZEMAPI_MulticasToggleLayer(void* handle, unsigned char value);
 
 /**
- * Commits the format of the chosen stream by a vendor command.
+ * Commits a stream format by a vendor command.
  *
  * @param handle       device handle
  * @param streamFormat kind of stream, the camera's numbers
@@ -1785,8 +1787,9 @@ ZEM_API void NV12_to_RGB(const uint8_t* source, uint8_t* destination, uint32_t w
                          uint32_t height);
 
 /**
- * Writes a YUY2 frame as a 24-bit BMP file, upright. A frame without pixels gives the 54 bytes of
- * the headers and 0. When the pixels cannot be written, what was written stays on the disk.
+ * Writes a YUY2 frame as a 24-bit BMP file, upright. A frame without pixels, and exhausted memory,
+ * give the 54 bytes of the headers and 0. When the pixels cannot be written, what was written stays
+ * on the disk.
  *
  * @param path   file to create or overwrite
  * @param frame  height rows of width * 2 bytes: Y0, U, Y1, V for each two pixels
@@ -1818,9 +1821,10 @@ ZEM_API int32_t ConvertRGBtoBMP(const wchar_t* path, uint8_t* pixels, uint32_t w
                                 uint32_t height);
 
 /**
- * Puts a WAV header in front of raw PCM samples. Short reads and writes are not noticed.
+ * Puts a WAV header in front of raw PCM samples. Short reads and writes are not noticed. When
+ * memory is exhausted, the WAV file is left alone.
  *
- * @param rawPath       file with the samples; up to 2 GiB on Windows
+ * @param rawPath       file with the samples, at most 4,294,967,259 bytes; may be wavPath
  * @param wavPath       file to create or overwrite
  * @param channels      samples per frame
  * @param sampleRate    frames per second

@@ -1,6 +1,7 @@
 // Frames and sound through the DLL: the vector code as the cross compiler made it, and memory that
 // changes hands between two modules.
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -87,6 +88,23 @@ TEST(MediaTest, PixelsHandedOverAreFreedByTheSameRuntime) {
   const Bytes file = ReadFile(L"zem_media.bmp");
   ASSERT_EQ(file.size(), 66U);
   EXPECT_EQ(Bytes(file.begin() + 54, file.end()), bytes);
+}
+
+// The file is sparse, and nothing of it is read. The lower 32 bits of its length are those of a
+// short one.
+TEST(MediaTest, SoundOfMoreThanFourGibibytesIsRefused) {
+  for (const LONGLONG size : {4294967260LL, 4294967296LL, 4294967304LL}) {
+    HANDLE const file = CreateFileW(L"zem_media.raw", GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    LARGE_INTEGER end = {};
+    end.QuadPart = size;
+    ASSERT_TRUE(SetFilePointerEx(file, end, nullptr, FILE_BEGIN) && SetEndOfFile(file));
+    CloseHandle(file);
+    EXPECT_EQ(PackWavFile(L"zem_media.raw", L"zem_media.wav", 1, 16000, 16), 0) << size;
+    EXPECT_EQ(GetFileAttributesW(L"zem_media.wav"), INVALID_FILE_ATTRIBUTES) << size;
+  }
+  DeleteFileW(L"zem_media.raw");
 }
 
 TEST(MediaTest, FailuresAreTold) {
