@@ -41,12 +41,12 @@ constexpr std::uint16_t kTotalLength =
     sizeof(H264FrameList) + std::size(kDefaultFormats) * sizeof(H264FrameInfo) + 4;
 static_assert(std::size(kDefaultFormats) == 25 && kTotalLength == 808);
 
-H264FrameInfo DefaultRecord(std::uint16_t index) {
+H264FrameInfo DefaultRecord(std::size_t index) {
   const DefaultFormat& format = kDefaultFormats[index];
   H264FrameInfo record = {};
   record.wLength = sizeof(record);
   record.wType = format.type;
-  record.wFrameIndex = index;
+  record.wFrameIndex = static_cast<std::uint16_t>(index);
   // Deliberately the opposite of the mark in a list that comes from the camera.
   record.bListMark = index + 1 == std::size(kDefaultFormats) ? 1 : 0;
   record.wWidth = format.width;
@@ -68,7 +68,7 @@ FrameListPtr MakeDefaultFrameList() {
     return list;
   }
   list->wTotalLength = kTotalLength;
-  for (std::uint16_t index = 0; index < std::size(kDefaultFormats); ++index) {
+  for (std::size_t index = 0; index < std::size(kDefaultFormats); ++index) {
     AppendRecord(*list, DefaultRecord(index));
   }
   return list;
