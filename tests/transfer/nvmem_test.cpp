@@ -174,6 +174,20 @@ TEST_F(NvmemTest, ReadEndsWithTheFailureOfEachRead) {
   }
 }
 
+TEST_F(NvmemTest, WhatAFailedReadBringsIsLeftOut) {
+  vendor().AlwaysAnswer(16, Answer(Bytes(29, 0xAA)));
+  for (std::uint32_t failing = 1; failing <= 4; ++failing) {
+    SCOPED_TRACE(failing);
+    Bytes buffer(100, 0x55);
+    gate.EndTransfer(2 * failing, kFailedTransfer);
+    EXPECT_EQ(ZEMAPI_ReadNVMEM(handle(), 0, buffer.data(), 100, &count), kFailedTransfer);
+    Bytes wanted(std::size_t{failing - 1} * 29, 0xAA);
+    EXPECT_EQ(count, wanted.size());
+    wanted.resize(100, 0x55);
+    EXPECT_EQ(buffer, wanted);
+  }
+}
+
 TEST_F(NvmemTest, RequestThatCannotBeSentIsPassedOver) {
   vendor().AlwaysAnswer(16, Answer(Bytes(29, 0xAA)));
   for (std::uint32_t failing = 1; failing <= 4; ++failing) {

@@ -8,6 +8,7 @@ namespace {
 using zem::simulator::Fault;
 using zem::testing::Bytes;
 using zem::testing::CountingBytes;
+using zem::testing::kFailedTransfer;
 using zem::testing::Lines;
 using zem::testing::TransferTest;
 using zem::testing::WideLines;
@@ -151,6 +152,19 @@ TEST_F(ReadFWDataTest, ChunkThatCannotBeReadCountsAsZeros) {
     EXPECT_EQ(ZEMAPI_ZemExtGet(handle(), 3, unused, 2, nullptr), 0);
     EXPECT_EQ(ZEMAPI_ZemExtGet(handle(), 3, unused, 2, nullptr), 0);
   }
+}
+
+TEST_F(ReadFWDataTest, WhatFailedReadsBringCounts) {
+  Offer(4, 2);
+  vendor().Answer(3, {1, 2});
+  vendor().Answer(3, {3, 4});
+  handle();
+  // Status, first chunk.
+  gate.EndTransfer(3, kFailedTransfer);
+  gate.EndTransfer(4, kFailedTransfer);
+  EXPECT_EQ(Read(4), 0);
+  EXPECT_EQ(length, 4U);
+  EXPECT_EQ(buffer, (Bytes{1, 2, 3, 4}));
 }
 
 TEST_F(ReadFWDataTest, ChunkLengthOfZeroIsARefusalAndNoEndlessLoop) {
