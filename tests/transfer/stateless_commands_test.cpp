@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <utility>
 
 #include "tests/support/transfer_test.h"
 

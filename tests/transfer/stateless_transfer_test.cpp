@@ -1,4 +1,6 @@
 // Transfers and firmware updates without a handle.
+#include <utility>
+
 #include "tests/support/transfer_test.h"
 
 namespace {

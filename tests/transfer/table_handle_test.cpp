@@ -1,4 +1,5 @@
 // The table exports that work on an open table handle.
+#include <algorithm>
 #include <iterator>
 
 #include "tests/support/memory_limit.h"

@@ -1,5 +1,6 @@
 // Images that no table store would write: every operation that searches one ends, stays inside its
 // buffers and says the same.
+#include <algorithm>
 #include <string>
 
 #include "tests/transfer/table_fixture.h"

@@ -1,4 +1,6 @@
 // The table exports that work on the device's memory as it is at the time.
+#include <algorithm>
+
 #include "tests/support/memory_limit.h"
 #include "tests/transfer/table_fixture.h"
 

@@ -1,5 +1,6 @@
 // Operations on tables with each of their transfers failing in turn, up to the 566 of a whole
 // image.
+#include <algorithm>
 #include <cstring>
 #include <optional>
 

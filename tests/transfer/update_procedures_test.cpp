@@ -1,5 +1,7 @@
 // What the update procedures have in common, with a handle or without: what they send, how they
 // wait, what they return.
+#include <optional>
+
 #include "tests/support/transfer_test.h"
 
 namespace {
