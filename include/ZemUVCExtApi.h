@@ -695,9 +695,9 @@ ZEM_API ZemResult ZEMAPI_WriteFWData(void* handle, const uint8_t* data, uint32_t
                                      ProgressCallback callback, uint64_t user);
 
 /**
- * Reads all the data that the camera has ready, in chunks of the length that it reports. Of a chunk
- * longer than 65535 bytes the lower 16 bits of its length are copied, 65535 bytes where they are 0.
- * A chunk that cannot be read counts as zeros. No message is dispatched.
+ * Reads all the data that the camera has ready, in chunks of the length that it reports. The number
+ * of bytes taken from a chunk is cut to 16 bits; 65535 are taken where that leaves 0. A chunk that
+ * cannot be read counts as zeros. No message is dispatched.
  *
  * @param handle     device handle
  * @param buffer     receives the data; its front is overwritten also when the function fails
