@@ -166,9 +166,11 @@ class Build:
         first: of an inline function the linker keeps the first copy."""
         replaced = set(self.includers(path)) if path is not None else set()
         unchanged = [str(self._base_object(source)) for source in self.sources if source not in replaced]
-        words = list(self._link_words)
-        place = words.index("-o")
-        words[place : place + 2] = ["-fuse-ld=lld", "-Wl,--strip-debug", "-o", str(program), *map(str, objects), *unchanged]
+        compiler, *others = self._link_words
+        output = others.index("-o")
+        del others[output : output + 2]
+        words = [compiler, "-fuse-ld=lld", "-Wl,--strip-debug", "-o", str(program),
+                 *map(str, objects), *unchanged, *others]
         result = subprocess.run(words, cwd=self._native, capture_output=True, text=True, check=False)
         if result.returncode != 0:
             raise BuildError(f"the test program does not link:\n{result.stderr}")
