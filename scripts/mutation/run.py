@@ -2,6 +2,7 @@
 docs/mutation.md."""
 
 import argparse
+import fcntl
 import json
 import os
 import queue
@@ -181,6 +182,16 @@ def main():
     parser.add_argument("--workers", type=int, default=os.cpu_count(), help="how many at a time")
     arguments = parser.parse_args()
 
+    FOLDER.mkdir(parents=True, exist_ok=True)
+    with open(FOLDER / "lock", "w", encoding="utf-8") as lock:
+        try:
+            fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        except BlockingIOError:
+            sys.exit("another run is using build/mutation")
+        return run(arguments)
+
+
+def run(arguments):
     runner = Runner(arguments.workers)
     known = equivalents.parse(KNOWN.read_text(encoding="utf-8"))
     rooms = list(ROOMS) if arguments.room == "all" else [arguments.room]

@@ -449,19 +449,4 @@ TEST(GrantedWithoutAPointerTest, IsAnInterfaceThatIsMissing) {
   ZEMAPI_CloseDevice(&handle);
 }
 
-// ---- What the platform knows the interfaces by ----
-
-TEST(StandardControlIdsTest, InterfacesByTheirBytes) {
-  const auto bytes = [](const GUID& id) {
-    const auto* const first = reinterpret_cast<const std::uint8_t*>(&id);
-    return zem::testing::HexText({first, first + sizeof(id)});
-  };
-  EXPECT_EQ(bytes(zem::IID_IAMVideoProcAmp), "60 33 e1 c6 ac 30 d0 11 a1 8c 00 a0 c9 11 89 56");
-  EXPECT_EQ(bytes(zem::IID_IAMCameraControl), "70 33 e1 c6 ac 30 d0 11 a1 8c 00 a0 c9 11 89 56");
-  EXPECT_EQ(bytes(zem::IID_IAMAudioInputMixer), "21 92 c3 54 80 83 d0 11 b3 f0 00 aa 00 37 61 c5");
-  EXPECT_EQ(bytes(zem::IID_IVideoProcAmp), "0e 56 50 40 a7 42 3a 41 85 c2 09 26 9a 2d 0f 44");
-  EXPECT_EQ(bytes(zem::CLSID_AudioInputDeviceCategory),
-            "62 a7 d9 33 c8 90 d0 11 bd 43 00 a0 c9 11 ce 86");
-}
-
 }  // namespace
