@@ -89,6 +89,14 @@ TEST_F(IdentificationTest, ShortReadsAreFilledUpWithZeros) {
 TEST_F(IdentificationTest, PositiveResultsAreASuccess) {
   handle();
   gate.AnswerEverything(7);
+  vendor().Answer(2, {0x00, 0x99, 1, 2, 3, 4, 5, 6});
+  std::array<unsigned char, 6> firmware = {};
+  EXPECT_EQ(ZEMAPI_GetFWVersion(handle(), firmware.data()), 0);
+  EXPECT_EQ(firmware, (std::array<unsigned char, 6>{1, 2, 3, 4, 5, 6}));
+  vendor().Answer(2, {0, '2', '1', 'D', 'e', 'c', '1', '5'});
+  std::array<char, 12> date = {};
+  EXPECT_EQ(ZEMAPI_GetFWBuildDate(handle(), date.data()), 0);
+  EXPECT_EQ(std::string(date.data()), "2021.Dec.15");
   vendor().Answer(10, {1, 2, 3, 4, 5, 6, 7, 8});
   std::array<unsigned char, 8> info = {};
   EXPECT_EQ(ZEMAPI_GetDeviceInfo(handle(), info.data()), 0);

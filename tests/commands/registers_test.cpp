@@ -101,6 +101,24 @@ TEST_F(RegisterTest, ShortRepliesAreFilledUpWithZeros) {
   EXPECT_EQ(byte, 0);
 }
 
+TEST_F(RegisterTest, ReadsWithPositiveResultsHandOutTheReply) {
+  handle();
+  vendor().AlwaysAnswer(2, {0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77});
+  gate.AnswerEverything(7);
+  unsigned short word = 0;
+  EXPECT_EQ(ZEMAPI_GetRegister(handle(), 1, &word), 0);
+  EXPECT_EQ(word, 0x3322);
+  unsigned char byte = 0;
+  EXPECT_EQ(ZEMAPI_GetSensorRegister(handle(), 1, &byte), 0);
+  EXPECT_EQ(byte, 0x22);
+  word = 0;
+  EXPECT_EQ(ZEMAPI_GetSensorRegisterW(handle(), 1, &word), 0);
+  EXPECT_EQ(word, 0x3322);
+  word = 0;
+  EXPECT_EQ(ZEMAPI_GetVCMRegister(handle(), 1, &word), 0);
+  EXPECT_EQ(word, 0x3322);
+}
+
 TEST_F(RegisterTest, CodecAccessWithPositiveResultsIsASuccess) {
   handle();
   vendor().Answer(5, {0, 1, 0x5C, 3, 4, 5, 6, 7});

@@ -215,6 +215,16 @@ TEST_F(OpenByIdsTest, PositiveResultsAreNoFailures) {
   EXPECT_EQ(zem::FindCaptureDevice(filter.Receive(), 0x5A45, 0x8C00, 0), 0);
 }
 
+TEST_F(OpenByIdsTest, SkippedMatchWithAPositiveResultDoesNotEndTheSearch) {
+  List(DisplayName(0x5A45, 0x8C00, L"2"), std::make_shared<zem::simulator::Camera>());
+  gate.AnswerEverything(7);
+  void* handle = nullptr;
+  EXPECT_EQ(ZEMAPI_OpenDevice(1, &handle), 0);
+  ASSERT_EQ(boundFilters.size(), 2U);
+  ZEMAPI_CloseDevice(&handle);
+  EXPECT_EQ(boundFilters[0]->Release(), 0U) << "the skipped match keeps its reference";
+}
+
 TEST_F(OpenByIdsTest, NameThatIsNullIsNone) {
   ListNothing();
   List(DisplayName(0x5A45, 0x8C00), std::make_shared<zem::simulator::Camera>()).hasNullName = true;
