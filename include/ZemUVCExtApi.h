@@ -159,7 +159,9 @@ extern "C" {
  *
  * A device handle stands for one opened camera. Every open that succeeds leaves COM initialised
  * once for the calling thread, and ZEMAPI_CloseDevice takes one initialisation back; the exception
- * is ZEMAPI_OpenDeviceBySourceFilter, which initialises nothing.
+ * is ZEMAPI_OpenDeviceBySourceFilter, which initialises nothing. What an open that fails leaves of
+ * COM differs and stands with each. It leaves COM as it was where an argument is null and where
+ * memory for the handle is exhausted, which gives ZEM_E_FAIL and releases the device.
  * ------------------------------------------------------------------------------------------- */
 
 /**
@@ -168,6 +170,10 @@ extern "C" {
  * The ids are the integers "DeviceVid" and "DevicePid" of section "AP" in zem_setting.ini beside
  * the host executable; without them, the vendor's id and product 0x8C00. The file is read on every
  * call.
+ *
+ * A failure leaves COM as it was, but initialised once more when a matching camera cannot be bound.
+ * A matching camera that `index` skips keeps one reference that nobody gives back, whether the call
+ * fails or not: callers depend on it.
  *
  * @param index  position among the matching cameras only, from 0, in the system's order
  * @param handle receives the handle; untouched on failure
@@ -193,7 +199,10 @@ ZEM_API ZemResult ZEMAPI_OpenDeviceEx(unsigned int index, void** handle, unsigne
  * unit with anything but node 0.
  *
  * Deliberately wide: a device whose topology cannot be read, or that has nodes but no vendor unit,
- * is taken; a device without nodes, or with its vendor unit at node 0, is passed over.
+ * is taken; a device without nodes, or with its vendor unit at node 0, is passed over. So is one
+ * that gives no filter when it is bound; a filter is taken whatever the result of the binding.
+ *
+ * A failure of the search leaves COM initialised once more.
  *
  * @param handle receives the handle; untouched on failure
  * @return 0; ZEM_E_FAIL when there is no such device; or the platform's failure
@@ -204,7 +213,10 @@ ZEM_API ZemResult ZEMAPI_OpenZemDevice(void** handle);
  * Opens the camera whose display name is the given text, compared whole and without regard to the
  * case of ASCII letters (names over 255 characters by their first 255).
  *
- * @param displayName the moniker's display name
+ * A failure of the search leaves COM initialised once more, the result 1 leaves it as it was.
+ *
+ * @param displayName the moniker's display name; null is a name that no device has, and nothing is
+ *                    searched
  * @param handle      receives the handle; null on every result but 0
  * @return 0; 1 when the device lacks the vendor extension unit (it is closed again); ZEM_E_FAIL
  *         when no device has the name; or the platform's failure
@@ -213,9 +225,9 @@ ZEM_API ZemResult ZEMAPI_OpenDeviceByPath(const wchar_t* displayName, void** han
 
 /**
  * Opens the camera whose "DevicePath" property is the given text, compared whole and without regard
- * to the case of ASCII letters.
+ * to the case of ASCII letters. COM as with ZEMAPI_OpenDeviceByPath.
  *
- * @param devicePath the device path
+ * @param devicePath the device path; null is a path that no device has, and nothing is searched
  * @param handle     receives the handle; null on every result but 0
  * @return as ZEMAPI_OpenDeviceByPath
  */
@@ -550,7 +562,8 @@ ZEM_API ZemResult ZEMAPI_GetSkypeXUVersion(void* handle, unsigned char* version)
  *
  * Properties, values and flags are the platform's own: VideoProcAmpProperty for the video
  * processing amplifier, CameraControlProperty for the camera terminal, flags 1 automatic and 2
- * manual.
+ * manual. The first six functions hand their arguments to the platform as they are, null pointers
+ * too, and its result back.
  * ------------------------------------------------------------------------------------------- */
 
 /**
@@ -615,10 +628,11 @@ ZEM_API ZemResult ZEMAPI_Get_IVideoProcAmp_Interface(void* handle, void** videoP
 
 /**
  * Opens the audio input (microphone) with the given display name, compared as by
- * ZEMAPI_OpenDeviceByPath. COM stays initialised once for the calling thread;
- * ZEMAPI_AudioCloseDevice does not take that back.
+ * ZEMAPI_OpenDeviceByPath. COM stays initialised once for the calling thread, also when the search
+ * fails; ZEMAPI_AudioCloseDevice does not take that back.
  *
- * @param displayName the moniker's display name
+ * @param displayName the moniker's display name; null is a name that no device has, and then COM is
+ *                    left alone
  * @param audio       receives the device's filter, released with ZEMAPI_AudioCloseDevice; untouched
  *                    on failure
  * @return 0; ZEM_E_FAIL when no audio input has the name; or the platform's failure
@@ -1579,8 +1593,8 @@ ZEM_API ZemResult ZEMAPI_SetH264FrameIndex(void* handle, unsigned short frameInd
  * @param handle device handle
  * @param width  pixels; 0 stops
  * @param height pixels; 0 stops
- * @return 1 for success and 0 for failure, unlike all other functions; ZEM_E_FAIL when the vendor
- *         unit did not take the code; ZEM_E_NO_DEVICE for a null handle
+ * @return 1 for success and 0 for failure; ZEM_E_FAIL when the vendor unit did not take the code;
+ *         ZEM_E_NO_DEVICE for a null handle
  */
 ZEM_API ZemResult ZEMAPI_SetH264Mode(void* handle, unsigned int width, unsigned int height);
 
