@@ -115,6 +115,7 @@ TEST_P(OpenByTextTest, NullTextIsLikeANameThatNoDeviceHas) {
   void* handle = this;
   EXPECT_EQ(GetParam().open(nullptr, &handle), ZEM_E_FAIL);
   EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(system().comInitializations, 0);
 }
 
 TEST_P(OpenByTextTest, FailureOfEachEnumeratingCallIsReturnedAndComStays) {
