@@ -1,7 +1,7 @@
 """The mutants that are known to change nothing that anyone could observe.
 
 The list is a text file. An entry is one line, as a survivor is printed but without the line's
-number, and the reason for it, indented below:
+number. The reason for it, or for several entries, is indented below:
 
     room/file.cpp: ULONG moved = 0; => ULONG moved = {number};
         The transport sets it before anyone looks at it.
@@ -34,18 +34,12 @@ class Entry:
 
 def parse(text):
     entries = []
-    head, reason = None, []
+    heads, reason = [], []
 
     def close():
-        if head is None:
-            return
-        if not reason:
-            raise ValueError(f"no reason is given for: {head}")
-        path, _, change = head.partition(": ")
-        before, arrow, after = change.partition(" => ")
-        if not arrow:
-            raise ValueError(f"not an entry: {head}")
-        entries.append(Entry(path, before, after, " ".join(reason)))
+        if heads and not reason:
+            raise ValueError(f"no reason is given for: {heads[-1]}")
+        entries.extend(_entry(head, " ".join(reason)) for head in heads)
 
     for line in text.splitlines():
         if line.startswith("#") or not line.strip():
@@ -53,10 +47,20 @@ def parse(text):
         if line[0].isspace():
             reason.append(line.strip())
             continue
-        close()
-        head, reason = line.rstrip(), []
+        if reason:
+            close()
+            heads, reason = [], []
+        heads.append(line.rstrip())
     close()
     return entries
+
+
+def _entry(head, reason):
+    path, _, change = head.partition(": ")
+    before, arrow, after = change.partition(" => ")
+    if not arrow:
+        raise ValueError(f"not an entry: {head}")
+    return Entry(path, before, after, reason)
 
 
 def stale(entries, mutants):

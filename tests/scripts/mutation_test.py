@@ -175,6 +175,11 @@ class EquivalentsTest(unittest.TestCase):
         self.assertEqual(equivalents.stale(entries, mutants_of("int c = 0;", path="a/b.cpp")), [])
         self.assertEqual(equivalents.stale(entries, mutants_of("int d = 0;", path="a/b.cpp")), entries)
 
+    def test_entries_may_share_a_reason(self):
+        entries = equivalents.parse("a: b => c\na: d => e\n  Why.\nf: g => h\n  Else.\n")
+        self.assertEqual([(str(entry), entry.reason) for entry in entries],
+                         [("a: b => c", "Why."), ("a: d => e", "Why."), ("f: g => h", "Else.")])
+
     def test_an_entry_needs_a_reason_and_a_change(self):
         for text in ("a/b.cpp: c => d\n", "a/b.cpp: c\n    Why.\n"):
             with self.assertRaises(ValueError):
