@@ -207,6 +207,9 @@ void CloseVolume(VolumeHandle volume) {
   if (simulated::OpenedVolume* const opened = FindOpenVolume(volume); opened != nullptr) {
     opened->open = false;
     opened->answer = nullptr;
+    if (const auto& onClose = simulated::TheSystem().onCloseVolume) {
+      onClose(opened->path);
+    }
   }
 }
 
@@ -280,6 +283,9 @@ void DebuggerOutput(const wchar_t* text) {
   simulated::System& system = simulated::TheSystem();
   if (system.recordDebuggerLines) {
     system.debuggerLines.emplace_back(text);
+  }
+  if (system.onDebuggerText) {
+    system.onDebuggerText(text);
   }
 }
 

@@ -63,6 +63,7 @@ struct System {
   std::deque<OpenedVolume> openedVolumes;
   // Paths of the volumes that are open, in the order of their opening.
   std::vector<std::wstring> OpenVolumePaths() const;
+  std::function<void(const std::wstring& path)> onCloseVolume;
   // Controls and closings of a handle that is none or is closed.
   int invalidVolumeCalls = 0;
 
@@ -92,6 +93,7 @@ struct System {
   // Whole debugger texts, in order, unless recording is off.
   bool recordDebuggerLines = true;
   std::vector<std::wstring> debuggerLines;
+  std::function<void(const std::wstring& text)> onDebuggerText;
 
   // Times the invalid-parameter path was taken. The simulated process survives it.
   int invalidParameterCalls = 0;

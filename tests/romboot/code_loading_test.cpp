@@ -8,6 +8,8 @@ namespace {
 
 using zem::ZemRomBootConfig;
 using zem::testing::Bytes;
+using zem::testing::InOrder;
+using zem::testing::kSendFailedEvent;
 using zem::testing::kTimeout;
 using zem::testing::Lines;
 using zem::testing::PaddedToSectors;
@@ -15,9 +17,12 @@ using zem::testing::PartOf;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
 using zem::testing::VolumePath;
-using zem::testing::WideLines;
 
+const std::string kDownloadOneSector = "out fa 55 66 02 00 01 00 00 00 00 00 00 00 00 00 00 [512]";
 const std::string kJump = "out fa 55 66 03 00 00 00 00 00 00 00 00 00 00 00 00 [0]";
+const std::string kVolumeClosed = "close \\\\.\\F:";
+const Lines kUpdaterBegun = {"line [MSG] Read updater file success!\r\n",
+                             "line [MSG] Start, Send updater data!\r\n"};
 
 // A code image with the image header in front.
 Bytes WithHeader(const Bytes& code) {
@@ -56,11 +61,10 @@ TEST_F(CodeLoadingTest, MiniUvcWithAHeaderSendsWhatFollowsIt) {
   const Bytes code = SomeBytes(40000);
   EXPECT_EQ(LoadMiniUVC(WithHeader(code)), 1);
   EXPECT_EQ(Downloaded(), PaddedToSectors(code));
-  EXPECT_EQ(TakeCommands(),
-            (Lines{"out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
-                   "out fa 55 66 02 00 0f 00 00 00 00 00 00 00 00 00 00 [7680]", kJump}));
-  EXPECT_EQ(TakeSleeps(), (std::vector<std::uint32_t>{10, 10, 10}));
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(),
+            (Lines{"sleep 10", "out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
+                   "sleep 10", "out fa 55 66 02 00 0f 00 00 00 00 00 00 00 00 00 00 [7680]",
+                   "sleep 10", kJump, kVolumeClosed}));
 }
 
 TEST_F(CodeLoadingTest, RawMiniUvcIsSentWhole) {
@@ -86,7 +90,7 @@ TEST_F(CodeLoadingTest, WholeSectorsAreSentWithoutAnother) {
 
 TEST_F(CodeLoadingTest, MiniUvcOfAHeaderAloneSendsNothing) {
   EXPECT_EQ(LoadMiniUVC(WithHeader({})), ZEM_E_FAIL);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
   EXPECT_TRUE(State().hasVolume);
 }
 
@@ -104,8 +108,7 @@ TEST_F(CodeLoadingTest, FilesShorterThanAHeaderAndMissingOnesSendNothing) {
   EXPECT_EQ(ZEMROMAPI_LoadUpdater(session(), PathOf("none").c_str()), ZEM_E_FAIL);
   EXPECT_EQ(ZEMROMAPI_LoadMiniUVC(session(), nullptr), ZEM_E_FAIL);
   EXPECT_EQ(ZEMROMAPI_LoadUpdater(session(), nullptr), ZEM_E_FAIL);
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
   EXPECT_TRUE(State().hasVolume);
 }
 
@@ -117,47 +120,59 @@ TEST_F(CodeLoadingTest, NullSession) {
 
 TEST_F(CodeLoadingTest, MiniUvcClosesTheVolumeBehindTheJumpWhetherAcceptedOrNot) {
   EXPECT_EQ(LoadMiniUVC(SomeBytes(512)), 1);
+  EXPECT_EQ(TakeEvents(),
+            (Lines{"sleep 10", kDownloadOneSector, "sleep 10", kJump, kVolumeClosed}));
   EXPECT_FALSE(State().hasVolume);
   EXPECT_TRUE(system().OpenVolumePaths().empty());
 
   void* device = ZEMROMAPI_OpenDevice(1);
-  TakeDebuggerLines();
+  TakeEvents();
   volume.FailAll(0x03, kTimeout);
   EXPECT_EQ(ZEMROMAPI_LoadMiniUVC(device, WriteFile("code", SomeBytes(512)).c_str()), ZEM_E_FAIL);
+  EXPECT_EQ(TakeEvents(), (Lines{"sleep 10", kDownloadOneSector, "sleep 10", kJump + " failed",
+                                 kSendFailedEvent, kVolumeClosed}));
   EXPECT_TRUE(system().OpenVolumePaths().empty());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines{L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n"});
   ZEMROMAPI_CloseDevice(&device);
+  EXPECT_EQ(TakeEvents(), Lines()) << "nothing is left to close";
 }
 
 TEST_F(CodeLoadingTest, ADownloadThatFailsAtAnyCommandLeavesTheVolumeOpenAndSendsNoJump) {
   const Bytes code = SomeBytes(130 * 512);
+  const Lines downloads = {"out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
+                           "out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
+                           "out fa 55 66 02 00 02 00 00 00 00 00 00 00 00 00 00 [1024]"};
   for (std::size_t failing = 1; failing <= 3; ++failing) {
+    Lines events;
+    for (std::size_t sent = 0; sent < failing; ++sent) {
+      events.emplace_back("sleep 10");
+      events.push_back(downloads[sent]);
+    }
+    events.back() += " failed";
+    events.push_back(kSendFailedEvent);
     session();
     volume.Fail(failing, kTimeout);
     EXPECT_EQ(LoadMiniUVC(code), ZEM_E_FAIL);
-    EXPECT_EQ(TakeCommands().size(), failing);
+    EXPECT_EQ(TakeEvents(), events);
     EXPECT_TRUE(State().hasVolume);
-    TakeDebuggerLines();
     volume.Fail(failing, kTimeout);
     EXPECT_EQ(LoadUpdater(code), ZEM_E_FAIL);
-    EXPECT_EQ(TakeCommands().size(), failing);
+    EXPECT_EQ(TakeEvents(), InOrder({kUpdaterBegun, events}));
     EXPECT_TRUE(State().hasVolume);
-    EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"[MSG] Read updater file success!\r\n",
-                                              L"[MSG] Start, Send updater data!\r\n",
-                                              L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n"}));
   }
 }
 
 // ---- Updater ----
 
-const WideLines kUpdaterSent = {L"[MSG] Read updater file success!\r\n",
-                                L"[MSG] Start, Send updater data!\r\n",
-                                L"[MSG] End, Send updater data!\r\n"};
-
-WideLines Joined(WideLines first, const WideLines& second) {
-  first.insert(first.end(), second.begin(), second.end());
-  return first;
-}
+// The download of one sector and the jump; what is before and behind the jump.
+const Lines kUpdaterSent =
+    InOrder({kUpdaterBegun,
+             {"sleep 10", kDownloadOneSector, "line [MSG] End, Send updater data!\r\n", "sleep 200",
+              "sleep 10"}});
+const Lines kUpdaterLeft = {kVolumeClosed, "line [MSG] Try to get Zem-Storage!\r\n", "sleep 500"};
+const Lines kCameraFound = {"in 12 00 00 00 24 00 [36]",
+                            "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]",
+                            "line Set addr div = 1\r\n", "line Storage Address Divider=0x1 \r\n",
+                            "line [MSG] Get Zem-Storage success!\r\n"};
 
 TEST_F(CodeLoadingTest, UpdaterWaitsForItsStorageAndTheSessionGoesOnWithIt) {
   session();
@@ -165,14 +180,17 @@ TEST_F(CodeLoadingTest, UpdaterWaitsForItsStorageAndTheSessionGoesOnWithIt) {
   const Bytes code = SomeBytes(1000);
   EXPECT_EQ(LoadUpdater(WithHeader(code)), 1);
   EXPECT_EQ(Downloaded(), PaddedToSectors(code));
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 02 00 02 00 00 00 00 00 00 00 00 00 00 [1024]",
-                                   kJump, "in 12 00 00 00 24 00 [36]",
-                                   "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]"}));
-  EXPECT_EQ(TakeSleeps(), (std::vector<std::uint32_t>{10, 200, 10, 500, 500}));
-  EXPECT_EQ(TakeDebuggerLines(),
-            Joined(kUpdaterSent,
-                   {L"[MSG] Try to get Zem-Storage!\r\n", L"Set addr div = 1\r\n",
-                    L"Storage Address Divider=0x1 \r\n", L"[MSG] Get Zem-Storage success!\r\n"}));
+  EXPECT_EQ(
+      TakeEvents(),
+      (Lines{"line [MSG] Read updater file success!\r\n",
+             "line [MSG] Start, Send updater data!\r\n", "sleep 10",
+             "out fa 55 66 02 00 02 00 00 00 00 00 00 00 00 00 00 [1024]",
+             "line [MSG] End, Send updater data!\r\n", "sleep 200", "sleep 10",
+             "out fa 55 66 03 00 00 00 00 00 00 00 00 00 00 00 00 [0]",
+             "close \\\\.\\F:", "line [MSG] Try to get Zem-Storage!\r\n", "sleep 500", "sleep 500",
+             "in 12 00 00 00 24 00 [36]", "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]",
+             "line Set addr div = 1\r\n", "line Storage Address Divider=0x1 \r\n",
+             "line [MSG] Get Zem-Storage success!\r\n"}));
   EXPECT_TRUE(State().hasVolume);
   EXPECT_EQ(State().deviceKind, 2U);
   EXPECT_EQ(system().OpenVolumePaths(), std::vector<std::wstring>{VolumePath(L'F')});
@@ -182,11 +200,12 @@ TEST_F(CodeLoadingTest, UpdaterGoesOnAfterAJumpThatFails) {
   session();
   volume.FailAll(0x03, kTimeout);
   EXPECT_EQ(LoadUpdater(SomeBytes(512)), 1);
-  EXPECT_EQ(TakeDebuggerLines(),
-            Joined(kUpdaterSent,
-                   {L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n", L"Long jump command failed.\r\n",
-                    L"[MSG] Try to get Zem-Storage!\r\n", L"Set addr div = 1\r\n",
-                    L"Storage Address Divider=0x1 \r\n", L"[MSG] Get Zem-Storage success!\r\n"}));
+  EXPECT_EQ(TakeEvents(),
+            InOrder({kUpdaterSent,
+                     {kJump + " failed", kSendFailedEvent, "line Long jump command failed.\r\n"},
+                     kUpdaterLeft,
+                     {"sleep 500"},
+                     kCameraFound}));
 }
 
 TEST_F(CodeLoadingTest, UpdaterTakesAnyKindThatAnswersTheProbe) {
@@ -199,8 +218,6 @@ TEST_F(CodeLoadingTest, StorageMayShowUpAtAnyOfTheProbes) {
   const std::wstring path = WriteFile("code", SomeBytes(512));
   for (const std::uint32_t probes : {2U, 600U}) {
     void* device = ZEMROMAPI_OpenDevice(1);
-    TakeDebuggerLines();
-    TakeSleeps();
     // The first of the probes that finds a camera is the last one.
     const std::uint32_t start = system().clockMilliseconds;
     const std::uint32_t ready = start + 10 + 200 + 10 + 500 + probes * 500;
@@ -212,11 +229,11 @@ TEST_F(CodeLoadingTest, StorageMayShowUpAtAnyOfTheProbes) {
     static_cast<ZemRomBootConfig*>(device)->scsi.CloseVolume();
     static_cast<ZemRomBootConfig*>(device)->scsi.volume =
         zem::platform::OpenVolume(VolumePath(L'F').c_str());
+    TakeEvents();
     EXPECT_EQ(ZEMROMAPI_LoadUpdater(device, path.c_str()), 1);
-    std::vector<std::uint32_t> sleeps = {10, 200, 10, 500};
-    sleeps.insert(sleeps.end(), probes, 500);
-    EXPECT_EQ(TakeSleeps(), sleeps);
-    EXPECT_EQ(TakeDebuggerLines().back(), L"[MSG] Get Zem-Storage success!\r\n");
+    EXPECT_EQ(
+        TakeEvents(),
+        InOrder({kUpdaterSent, {kJump}, kUpdaterLeft, Lines(probes, "sleep 500"), kCameraFound}));
     ZEMROMAPI_CloseDevice(&device);
     Attach(L'F', volume);
     leftOpen.insert(leftOpen.end(), probes - 1, VolumePath(L'F'));
@@ -230,11 +247,11 @@ TEST_F(CodeLoadingTest, After600ProbesTheUpdaterSucceedsWithoutAVolume) {
   system().volumes.clear();
   EXPECT_EQ(ZEMROMAPI_LoadUpdater(session(), path.c_str()), 1);
   EXPECT_EQ(system().volumePaths.size(), 600U * 24U);
-  std::vector<std::uint32_t> sleeps = {10, 200, 10, 500};
-  sleeps.insert(sleeps.end(), 600, 500);
-  EXPECT_EQ(TakeSleeps(), sleeps);
-  EXPECT_EQ(TakeDebuggerLines(), Joined(kUpdaterSent, {L"[MSG] Try to get Zem-Storage!\r\n",
-                                                       L"[Err] No Zem-Storage success!\r\n"}));
+  EXPECT_EQ(TakeEvents(), InOrder({kUpdaterSent,
+                                   {kJump},
+                                   kUpdaterLeft,
+                                   Lines(600, "sleep 500"),
+                                   {"line [Err] No Zem-Storage success!\r\n"}}));
   EXPECT_FALSE(State().hasVolume);
   EXPECT_EQ(State().deviceKind, 0U);
 }

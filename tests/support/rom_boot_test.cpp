@@ -11,8 +11,18 @@
 
 namespace zem::testing {
 
+namespace {
+
+std::string TextOf(const VolumeControl& control) {
+  return (control.IsIn() ? "in " : "out ") + HexText(control.cdb) + " [" +
+         std::to_string(control.length) + "]" + (control.failed ? " failed" : "");
+}
+
+}  // namespace
+
 RomBootTest::RomBootTest() {
   platform::simulated::Reset();
+  ListenToSystem([this](std::string event) { events_.push_back(std::move(event)); });
   sendAddressDivider = 0;
   Attach(L'F', volume);
 }
@@ -29,20 +39,46 @@ void* RomBootTest::session() {
   if (session_ == nullptr) {
     session_ = ZEMROMAPI_OpenDevice(1);
     EXPECT_NE(session_, nullptr);
-    TakeCommands();
-    TakeDebuggerLines();
-    TakeSleeps();
+    TakeEvents();
   }
   return session_;
 }
 
+void RomBootTest::Attach(wchar_t letter, ScriptedVolume& scripted) {
+  scripted.onControl = [this](const VolumeControl& control) { events_.push_back(TextOf(control)); };
+  system().volumes[VolumePath(letter)] = scripted.Answer();
+}
+
+Lines RomBootTest::TakeEvents() {
+  Lines events = std::exchange(events_, {});
+  TakeCommands();
+  TakeDebuggerLines();
+  TakeSleeps();
+  return events;
+}
+
 Lines RomBootTest::TakeCommands() {
+  ForgetEvents("in ");
+  ForgetEvents("out ");
   Lines lines;
   for (const VolumeControl& control : std::exchange(volume.controls, {})) {
-    lines.push_back((control.IsIn() ? "in " : "out ") + HexText(control.cdb) + " [" +
-                    std::to_string(control.length) + "]" + (control.failed ? " failed" : ""));
+    lines.push_back(TextOf(control));
   }
   return lines;
+}
+
+WideLines RomBootTest::TakeDebuggerLines() {
+  ForgetEvents("line ");
+  return std::exchange(system().debuggerLines, {});
+}
+
+std::vector<std::uint32_t> RomBootTest::TakeSleeps() {
+  ForgetEvents("sleep ");
+  return std::exchange(system().sleeps, {});
+}
+
+void RomBootTest::ForgetEvents(std::string_view start) {
+  std::erase_if(events_, [start](const std::string& event) { return event.starts_with(start); });
 }
 
 Bytes RomBootTest::Stored(std::uint32_t address, std::size_t size) const {
@@ -108,6 +144,24 @@ std::wstring AddressLine(std::uint32_t address, std::uint32_t length, unsigned f
   std::swprintf(text.data(), text.size(), L"Adr=0x%X, Len=0x%X Flag=0x%X\r\n", address, length,
                 flag);
   return text.data();
+}
+
+Lines InOrder(std::initializer_list<Lines> parts) {
+  Lines events;
+  for (const Lines& part : parts) {
+    events.insert(events.end(), part.begin(), part.end());
+  }
+  return events;
+}
+
+Lines Written(std::uint32_t address, std::uint32_t sectors, unsigned flag) {
+  return {LineEvent(AddressLine(address, sectors * 512, flag)), "sleep 10",
+          WriteCommand(address, sectors, flag)};
+}
+
+Lines NotWritten(std::uint32_t address, std::uint32_t sectors, unsigned flag) {
+  return {LineEvent(AddressLine(address, sectors * 512, flag)), "sleep 10",
+          WriteCommand(address, sectors, flag) + " failed", kSendFailedEvent};
 }
 
 Bytes SomeBytes(std::size_t size, std::uint8_t first) {

@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -13,6 +15,7 @@
 #include "platform/simulated/simulated_platform.h"
 #include "romboot/usb_scsi_cmd.h"
 #include "tests/support/device_test.h"
+#include "tests/support/event_log.h"
 #include "tests/support/scripted_volume.h"
 #include "tests/support/temporary_folder.h"
 
@@ -39,18 +42,22 @@ class RomBootTest : public ::testing::Test {
   platform::simulated::System& system() { return platform::simulated::TheSystem(); }
 
   // Puts a scripted volume behind a drive letter.
-  void Attach(wchar_t letter, ScriptedVolume& scripted) {
-    system().volumes[VolumePath(letter)] = scripted.Answer();
-  }
+  void Attach(wchar_t letter, ScriptedVolume& scripted);
 
   // A session on the boot loader, opened on first use; what that did is forgotten.
   void* session();
 
-  // All controls of `volume` since the last call as text: direction, CDB, length of the data, and
-  // " failed" behind those that did: "out fa 55 66 08 ... [512]".
+  // All that happened since the last call, in order: the controls of the attached volumes,
+  // debugger texts, sleeps, closings of volumes. A control is direction, CDB, length of the data,
+  // and " failed" behind those that did: "out fa 55 66 08 ... [512]". What is taken below by kind
+  // is not among them.
+  Lines TakeEvents();
+
+  // The controls of `volume` alone, the debugger texts, the sleeps. Where their order matters,
+  // TakeEvents says it.
   Lines TakeCommands();
-  WideLines TakeDebuggerLines() { return std::exchange(system().debuggerLines, {}); }
-  std::vector<std::uint32_t> TakeSleeps() { return std::exchange(system().sleeps, {}); }
+  WideLines TakeDebuggerLines();
+  std::vector<std::uint32_t> TakeSleeps();
 
   // What the writes that did not fail have put into storage, from an address on; 0xCC where nothing
   // was written.
@@ -79,6 +86,10 @@ class RomBootTest : public ::testing::Test {
   int invalidVolumeCalls = 0;
 
  private:
+  // Forgets the events that begin so.
+  void ForgetEvents(std::string_view start);
+
+  Lines events_;
   TemporaryFolder folder_;
   void* session_ = nullptr;
 };
@@ -88,6 +99,19 @@ std::string WriteCommand(std::uint32_t address, std::uint32_t sectors, unsigned 
 
 // The debugger line of a storage write.
 std::wstring AddressLine(std::uint32_t address, std::uint32_t length, unsigned flag = 0);
+
+// Events one behind the other.
+Lines InOrder(std::initializer_list<Lines> parts);
+
+// The events of a storage write: its line, the pause before data goes out, its command; and of one
+// that fails with kTimeout, which is reported by the channel.
+Lines Written(std::uint32_t address, std::uint32_t sectors, unsigned flag = 0);
+Lines NotWritten(std::uint32_t address, std::uint32_t sectors, unsigned flag = 0);
+
+// The event of a report: the channel could not send, or a storage write has failed.
+inline const std::string kSendFailedEvent = "line SendScsiCmdIOut Failed, Erroe=0x79 \r\n";
+inline const std::string kReceiveFailedEvent = "line SendScsiCmdIIn Failed, Erroe=0x79 \r\n";
+inline const std::string kTransferFailedEvent = "line Failed to transfer data to device.\r\n";
 
 // Bytes without a pattern of any power of two.
 Bytes SomeBytes(std::size_t size, std::uint8_t first = 1);

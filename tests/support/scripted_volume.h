@@ -59,6 +59,8 @@ class ScriptedVolume {
   bool repliesInSpiteOfFailure = false;
 
   std::vector<VolumeControl> controls;
+  // Told of each.
+  std::function<void(const VolumeControl&)> onControl;
 
   platform::simulated::VolumeAnswer Answer() {
     return [this](const platform::simulated::VolumeRequest& request) { return Control(request); };
@@ -98,6 +100,9 @@ class ScriptedVolume {
                   block + header.DataBufferOffset);
     }
     controls.push_back(std::move(control));
+    if (onControl) {
+      onControl(controls.back());
+    }
     return error;
   }
 
