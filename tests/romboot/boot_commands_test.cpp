@@ -8,11 +8,11 @@
 namespace {
 
 using zem::testing::Bytes;
+using zem::testing::InOrder;
 using zem::testing::kTimeout;
 using zem::testing::Lines;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
-using zem::testing::WideLines;
 
 struct BootCommand {
   const char* name;
@@ -20,12 +20,12 @@ struct BootCommand {
   std::string wire;
   ZemResult done;
   ZemResult refused;
-  WideLines doneLines;
-  WideLines refusedLines;
+  Lines doneLines;
+  Lines refusedLines;
 };
 
-const WideLines kNandSelected = {L"Select storage type 'ZEM_STORAGE_SPI_NAND'\r\n"};
-const WideLines kNandFailed = {L"Failed to select storage type -> ZEM_STORAGE_SPI_NAND.\r\n"};
+const Lines kNandSelected = {"line Select storage type 'ZEM_STORAGE_SPI_NAND'\r\n"};
+const Lines kNandFailed = {"line Failed to select storage type -> ZEM_STORAGE_SPI_NAND.\r\n"};
 
 void PrintTo(const BootCommand& command, std::ostream* out) { *out << command.name; }
 
@@ -36,14 +36,14 @@ const std::vector<BootCommand> kCommands = {
      0,
      ZEM_E_FAIL,
      {},
-     {L"Failed to select storage type -> ZEM_STORAGE_PCAM_SF.\r\n"}},
+     {"line Failed to select storage type -> ZEM_STORAGE_PCAM_SF.\r\n"}},
     {"SwitchModePCAM_DRAM",
      [](void* device) { return ZEMROMAPI_SwitchModePCAM_DRAM(device); },
      "in fa 55 66 06 80 00 00 00 00 00 00 00 00 00 00 00 [4]",
      0,
      ZEM_E_FAIL,
      {},
-     {L"Failed to select storage type -> ZEM_STORAGE_PCAM_DRAM.\r\n"}},
+     {"line Failed to select storage type -> ZEM_STORAGE_PCAM_DRAM.\r\n"}},
     {"SwitchModePCAM_PARALLEL_NAND",
      [](void* device) { return ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND(device, 0xA1); },
      "in fa 55 66 06 07 00 a1 00 00 00 00 00 00 00 00 00 [4]", 0, ZEM_E_FAIL, kNandSelected,
@@ -58,7 +58,7 @@ const std::vector<BootCommand> kCommands = {
      0,
      ZEM_E_FAIL,
      {},
-     {L"Failed to select storage type -> ZEM_STORAGE_EMMC.\r\n"}},
+     {"line Failed to select storage type -> ZEM_STORAGE_EMMC.\r\n"}},
     {"ResetSystem",
      [](void* device) { return ZEMROMAPI_ResetSystem(device); },
      "out fa 55 66 21 00 00 00 00 00 00 00 00 00 00 00 00 [0]",
@@ -106,26 +106,30 @@ const std::vector<BootCommand> kCommands = {
      {}},
 };
 
-class BootCommandTest : public RomBootTest, public ::testing::WithParamInterface<BootCommand> {};
+class BootCommandTest : public RomBootTest, public ::testing::WithParamInterface<BootCommand> {
+ protected:
+  static bool IsOut() { return GetParam().wire.starts_with("out"); }
+  // The command, with the pause before data that goes out.
+  static Lines Sent() {
+    return IsOut() ? Lines{"sleep 10", GetParam().wire} : Lines{GetParam().wire};
+  }
+};
 
 TEST_P(BootCommandTest, Accepted) {
   EXPECT_EQ(GetParam().run(session()), GetParam().done);
-  EXPECT_EQ(TakeCommands(), Lines{GetParam().wire});
-  EXPECT_EQ(TakeDebuggerLines(), GetParam().doneLines);
-  const bool waits = GetParam().wire.starts_with("out");
-  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>(waits ? 1 : 0, 10));
+  EXPECT_EQ(TakeEvents(), InOrder({Sent(), GetParam().doneLines}));
 }
 
 TEST_P(BootCommandTest, Refused) {
   session();
   volume.Fail(1, kTimeout);
   EXPECT_EQ(GetParam().run(session()), GetParam().refused);
-  EXPECT_EQ(TakeCommands(), Lines{GetParam().wire + " failed"});
-  WideLines lines = {GetParam().wire.starts_with("out")
-                         ? L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n"
-                         : L"SendScsiCmdIIn Failed, Erroe=0x79 \r\n"};
-  lines.insert(lines.end(), GetParam().refusedLines.begin(), GetParam().refusedLines.end());
-  EXPECT_EQ(TakeDebuggerLines(), lines);
+  Lines sent = Sent();
+  sent.back() += " failed";
+  EXPECT_EQ(TakeEvents(), InOrder({sent,
+                                   {IsOut() ? "line SendScsiCmdIOut Failed, Erroe=0x79 \r\n"
+                                            : "line SendScsiCmdIIn Failed, Erroe=0x79 \r\n"},
+                                   GetParam().refusedLines}));
 }
 
 TEST_P(BootCommandTest, NullSession) {
@@ -135,8 +139,7 @@ TEST_P(BootCommandTest, NullSession) {
   }
   EXPECT_EQ(GetParam().run(nullptr), ZEM_E_FAIL);
   EXPECT_TRUE(system().volumePaths.empty());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
-  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 INSTANTIATE_TEST_SUITE_P(Exports, BootCommandTest, ::testing::ValuesIn(kCommands),

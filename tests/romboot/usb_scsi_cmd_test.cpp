@@ -3,6 +3,7 @@
 #include "romboot/usb_scsi_cmd.h"
 
 #include <array>
+#include <limits>
 
 #include "tests/support/request_block.h"
 #include "tests/support/rom_boot_test.h"
@@ -11,6 +12,7 @@ namespace {
 
 using zem::UsbScsiCmd;
 using zem::testing::Bytes;
+using zem::testing::InOrder;
 using zem::testing::kGeneralFailure;
 using zem::testing::kTimeout;
 using zem::testing::Lines;
@@ -72,8 +74,17 @@ TEST_F(UsbScsiCmdTest, WithoutACameraEveryLetterFromCToZIsTriedOnceInOrder) {
           L"\\\\.\\I:", L"\\\\.\\J:", L"\\\\.\\K:", L"\\\\.\\L:", L"\\\\.\\M:", L"\\\\.\\N:",
           L"\\\\.\\O:", L"\\\\.\\P:", L"\\\\.\\Q:", L"\\\\.\\R:", L"\\\\.\\S:", L"\\\\.\\T:",
           L"\\\\.\\U:", L"\\\\.\\V:", L"\\\\.\\W:", L"\\\\.\\X:", L"\\\\.\\Y:", L"\\\\.\\Z:"}));
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
-  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>());
+  EXPECT_EQ(TakeEvents(), Lines());
+}
+
+TEST_F(UsbScsiCmdTest, TheWayToABootLoaderInOrder) {
+  UsbScsiCmd scsi;
+  ASSERT_EQ(scsi.OpenStorage(), 1);
+  EXPECT_EQ(
+      TakeEvents(),
+      (Lines{"in 12 00 00 00 24 00 [36]", "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]",
+             "line Set addr div = 1\r\n", "line Storage Address Divider=0x1 \r\n"}))
+      << "nothing is waited for before data in";
 }
 
 TEST_F(UsbScsiCmdTest, LettersBehindTheCameraAreNotTried) {
@@ -113,7 +124,6 @@ TEST_F(UsbScsiCmdTest, IdentifyBlockByteByByte) {
                                           .cdb = {0xFA, 0x55, 0x66, 0x01},
                                           .firstData = 0x33}))
       << "with the sentinel where the reply is to be";
-  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>()) << "nothing is waited for before data in";
 }
 
 TEST_F(UsbScsiCmdTest, VolumesOfAnotherResponseDataFormatAreNeverIdentified) {
@@ -121,10 +131,9 @@ TEST_F(UsbScsiCmdTest, VolumesOfAnotherResponseDataFormatAreNeverIdentified) {
     volume.inquiry = {0x00, 0x80, 0x02, format};
     UsbScsiCmd scsi;
     EXPECT_EQ(scsi.OpenStorage(), 0);
-    EXPECT_EQ(TakeCommands(), Lines{"in 12 00 00 00 24 00 [36]"});
+    EXPECT_EQ(TakeEvents(), Lines{"in 12 00 00 00 24 00 [36]"});
     leftOpen.push_back(VolumePath(L'F'));
   }
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
 }
 
 TEST_F(UsbScsiCmdTest, FailedInquiryIsNeitherRetriedNorReported) {
@@ -132,9 +141,7 @@ TEST_F(UsbScsiCmdTest, FailedInquiryIsNeitherRetriedNorReported) {
   volume.repliesInSpiteOfFailure = true;
   UsbScsiCmd scsi;
   EXPECT_EQ(scsi.OpenStorage(), 0);
-  EXPECT_EQ(TakeCommands(), Lines{"in 12 00 00 00 24 00 [36] failed"});
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
-  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>());
+  EXPECT_EQ(TakeEvents(), Lines{"in 12 00 00 00 24 00 [36] failed"});
   leftOpen = {VolumePath(L'F')};
 }
 
@@ -251,9 +258,11 @@ TEST_F(UsbScsiCmdTest, AnIdentifyThatFailsIsNoCameraWhateverItLeftBehind) {
     EXPECT_EQ(scsi.OpenStorage(), 0);
     EXPECT_EQ(scsi.deviceKind, 0U);
     EXPECT_EQ(scsi.signature, (std::array<std::uint8_t, 4>{}));
-    EXPECT_EQ(TakeDebuggerLines(),
-              (WideLines{L"SendScsiCmdIIn Failed, Erroe=0x79 \r\n", L"Set addr div = 1\r\n",
-                         L"Storage Address Divider=0x1 \r\n"}));
+    EXPECT_EQ(TakeEvents(),
+              (Lines{"in 12 00 00 00 24 00 [36]",
+                     "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16] failed",
+                     "line SendScsiCmdIIn Failed, Erroe=0x79 \r\n", "line Set addr div = 1\r\n",
+                     "line Storage Address Divider=0x1 \r\n"}));
     leftOpen.push_back(VolumePath(L'F'));
   }
 }
@@ -275,12 +284,14 @@ TEST_F(UsbScsiCmdTest, DividerIsSentWhileTheProcessWideFlagIsSet) {
   zem::sendAddressDivider = 1;
   UsbScsiCmd scsi;
   ASSERT_EQ(scsi.OpenStorage(), 1);
-  EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"Set addr div = 1\r\n", L"Send addr div = 1\r\n",
-                                            L"Storage Address Divider=0x1 \r\n"}));
   ASSERT_EQ(volume.controls.size(), 3U);
   EXPECT_EQ(volume.controls[2].sent, (Bytes{1, 0, 0, 0}));
-  EXPECT_EQ(TakeCommands().at(2), "out fa 55 66 0f 00 00 00 04 00 00 00 00 00 00 00 00 [4]");
-  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>{10});
+  EXPECT_EQ(
+      TakeEvents(),
+      (Lines{"in 12 00 00 00 24 00 [36]", "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]",
+             "line Set addr div = 1\r\n", "line Send addr div = 1\r\n", "sleep 10",
+             "out fa 55 66 0f 00 00 00 04 00 00 00 00 00 00 00 00 [4]",
+             "line Storage Address Divider=0x1 \r\n"}));
 }
 
 TEST_F(UsbScsiCmdTest, ADividerThatIsRefusedChangesNothing) {
@@ -288,9 +299,13 @@ TEST_F(UsbScsiCmdTest, ADividerThatIsRefusedChangesNothing) {
   volume.FailAll(0x0F, kTimeout);
   UsbScsiCmd scsi;
   EXPECT_EQ(scsi.OpenStorage(), 1);
-  EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"Set addr div = 1\r\n", L"Send addr div = 1\r\n",
-                                            L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n",
-                                            L"Storage Address Divider=0x1 \r\n"}));
+  EXPECT_EQ(
+      TakeEvents(),
+      (Lines{"in 12 00 00 00 24 00 [36]", "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]",
+             "line Set addr div = 1\r\n", "line Send addr div = 1\r\n", "sleep 10",
+             "out fa 55 66 0f 00 00 00 04 00 00 00 00 00 00 00 00 [4] failed",
+             "line SendScsiCmdIOut Failed, Erroe=0x79 \r\n",
+             "line Storage Address Divider=0x1 \r\n"}));
 }
 
 TEST_F(UsbScsiCmdTest, DividerIsSentAlsoAfterAFailedIdentify) {
@@ -300,12 +315,13 @@ TEST_F(UsbScsiCmdTest, DividerIsSentAlsoAfterAFailedIdentify) {
   scsi.addressDivider = 7;
   EXPECT_EQ(scsi.OpenStorage(), 0);
   EXPECT_EQ(scsi.addressDivider, 1U);
-  EXPECT_EQ(TakeCommands(), (Lines{"in 12 00 00 00 24 00 [36]",
-                                   "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16] failed",
-                                   "out fa 55 66 0f 00 00 00 04 00 00 00 00 00 00 00 00 [4]"}));
-  EXPECT_EQ(TakeDebuggerLines(),
-            (WideLines{L"SendScsiCmdIIn Failed, Erroe=0x79 \r\n", L"Set addr div = 1\r\n",
-                       L"Send addr div = 1\r\n", L"Storage Address Divider=0x1 \r\n"}));
+  EXPECT_EQ(TakeEvents(),
+            (Lines{"in 12 00 00 00 24 00 [36]",
+                   "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16] failed",
+                   "line SendScsiCmdIIn Failed, Erroe=0x79 \r\n", "line Set addr div = 1\r\n",
+                   "line Send addr div = 1\r\n", "sleep 10",
+                   "out fa 55 66 0f 00 00 00 04 00 00 00 00 00 00 00 00 [4]",
+                   "line Storage Address Divider=0x1 \r\n"}));
   leftOpen = {VolumePath(L'F')};
 }
 
@@ -316,8 +332,7 @@ class OpenedChannelTest : public RomBootTest {
  protected:
   OpenedChannelTest() {
     EXPECT_EQ(scsi.OpenStorage(), 1);
-    TakeCommands();
-    TakeDebuggerLines();
+    TakeEvents();
   }
   UsbScsiCmd scsi;
 };
@@ -336,9 +351,8 @@ TEST_F(OpenedChannelTest, DirectBlockByteByByte) {
       RequestBlock({.dataIn = 0, .length = {0x45, 0x23, 0x01, 0x00}, .seconds = 10, .cdb = cdb}));
   EXPECT_EQ(control.data, data.data()) << "the caller's buffer goes to the driver without a copy";
   EXPECT_EQ(control.sent, data);
-  EXPECT_EQ(control.clock, 10U);
-  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>{10});
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(),
+            (Lines{"sleep 10", "out e0 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f [74565]"}));
 }
 
 TEST_F(OpenedChannelTest, BufferedBlockByteByByte) {
@@ -357,16 +371,20 @@ TEST_F(OpenedChannelTest, BufferedBlockByteByByte) {
           {.dataIn = 1, .length = {0x00, 0x80, 0, 0}, .seconds = 2, .dataOffset = 92, .cdb = cdb}));
   EXPECT_EQ(PartOf(data, 0, 0x8000), SomeBytes(0x8000));
   EXPECT_EQ(data[0x8000], 0xEE);
-  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>());
+  EXPECT_EQ(TakeEvents(), Lines{"in e0 01 02 77 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f [32768]"});
 }
 
-TEST_F(OpenedChannelTest, StampOverwritesBytes0To2OfTheCallersCdb) {
-  for (const int direction : {0, 1}) {
-    std::array<std::uint8_t, 16> cdb = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-    EXPECT_EQ(scsi.SendScsiCmd(1, direction, 0, cdb.data(), nullptr), 1);
-    EXPECT_EQ(cdb, (std::array<std::uint8_t, 16>{0xFA, 0x55, 0x66, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13,
-                                                 14, 15, 16}));
-    EXPECT_EQ(PartOf(volume.controls.back().cdb, 0, 4), (Bytes{0xFA, 0x55, 0x66, 4}));
+TEST_F(OpenedChannelTest, AnyStampBut0OverwritesBytes0To2OfTheCallersCdb) {
+  for (const int stamp :
+       {1, 2, 3, 0x100, 0x10000, 0x1000000, -1, std::numeric_limits<int>::min()}) {
+    for (const int direction : {0, 1}) {
+      SCOPED_TRACE(stamp);
+      std::array<std::uint8_t, 16> cdb = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+      EXPECT_EQ(scsi.SendScsiCmd(stamp, direction, 0, cdb.data(), nullptr), 1);
+      EXPECT_EQ(cdb, (std::array<std::uint8_t, 16>{0xFA, 0x55, 0x66, 4, 5, 6, 7, 8, 9, 10, 11, 12,
+                                                   13, 14, 15, 16}));
+      EXPECT_EQ(PartOf(volume.controls.back().cdb, 0, 4), (Bytes{0xFA, 0x55, 0x66, 4}));
+    }
   }
 }
 
@@ -406,11 +424,10 @@ TEST_F(OpenedChannelTest, DataInIsLimitedToTheBuffer) {
   EXPECT_EQ(scsi.SendScsiCmd(1, 1, 65536, cdb.data(), data.data()), 1);
   EXPECT_EQ(data, SomeBytes(65536));
   EXPECT_EQ(volume.controls.back().outputLength, 65628U);
-  volume.controls.clear();
+  TakeEvents();
   EXPECT_EQ(scsi.SendScsiCmd(1, 1, 65537, cdb.data(), data.data()), 0);
   EXPECT_EQ(scsi.SendScsiCmd(1, 1, 0xFFFFFFFF, cdb.data(), data.data()), 0);
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(OpenedChannelTest, WithoutAVolumeACommandFails) {
@@ -418,8 +435,9 @@ TEST_F(OpenedChannelTest, WithoutAVolumeACommandFails) {
   EXPECT_EQ(scsi.volume, nullptr);
   std::array<std::uint8_t, 16> cdb = {};
   EXPECT_EQ(scsi.SendScsiCmd(1, 0, 0, cdb.data(), nullptr), 0);
-  EXPECT_EQ(TakeDebuggerLines(), WideLines{L"SendScsiCmdIOut Failed, Erroe=0x6 \r\n"});
   scsi.CloseVolume();
+  EXPECT_EQ(TakeEvents(),
+            (Lines{"close \\\\.\\F:", "sleep 10", "line SendScsiCmdIOut Failed, Erroe=0x6 \r\n"}));
   invalidVolumeCalls = 1;
 }
 
@@ -427,14 +445,31 @@ TEST_F(OpenedChannelTest, WithoutAVolumeACommandFails) {
 
 struct Direction {
   int value;
-  const wchar_t* name;
-  std::vector<std::uint32_t> firstPause;
+  std::string name;
+  Lines begin;  // what comes before the first attempt
+  std::string command;
 };
 
 const std::vector<Direction>& Directions() {
-  static const std::vector<Direction> directions = {{1, L"SendScsiCmdIIn", {}},
-                                                    {0, L"SendScsiCmdIOut", {10}}};
+  static const std::vector<Direction> directions = {
+      {1, "SendScsiCmdIIn", {}, "in fa 55 66 00 00 00 00 00 00 00 00 00 00 00 00 00 [0]"},
+      {0,
+       "SendScsiCmdIOut",
+       {"sleep 10"},
+       "out fa 55 66 00 00 00 00 00 00 00 00 00 00 00 00 00 [0]"}};
   return directions;
+}
+
+// The events of so many attempts that fail, with the pauses between them.
+Lines FailedAttempts(const Direction& direction, std::size_t count) {
+  Lines events = direction.begin;
+  for (std::size_t attempt = 0; attempt < count; ++attempt) {
+    if (attempt > 0) {
+      events.emplace_back("sleep 500");
+    }
+    events.push_back(direction.command + " failed");
+  }
+  return events;
 }
 
 TEST_F(OpenedChannelTest, Error31IsRetriedUpToFiveTimesHalfASecondApart) {
@@ -444,11 +479,12 @@ TEST_F(OpenedChannelTest, Error31IsRetriedUpToFiveTimesHalfASecondApart) {
       SCOPED_TRACE(failures);
       volume.Fail(1, kGeneralFailure, failures);
       EXPECT_EQ(scsi.SendScsiCmd(1, direction.value, 0, cdb.data(), nullptr), 1);
-      EXPECT_EQ(TakeCommands().size(), failures + 1);
-      std::vector<std::uint32_t> sleeps = direction.firstPause;
-      sleeps.insert(sleeps.end(), failures, 500);
-      EXPECT_EQ(TakeSleeps(), sleeps);
-      EXPECT_EQ(TakeDebuggerLines(), WideLines());
+      Lines events = FailedAttempts(direction, failures);
+      if (failures > 0) {
+        events.emplace_back("sleep 500");
+      }
+      events.push_back(direction.command);
+      EXPECT_EQ(TakeEvents(), events);
     }
   }
 }
@@ -459,14 +495,10 @@ TEST_F(OpenedChannelTest, TheSixthFailureWithError31IsReported) {
   for (const Direction& direction : Directions()) {
     volume.Fail(1, kGeneralFailure, 6);
     EXPECT_EQ(scsi.SendScsiCmd(1, direction.value, 0, cdb.data(), nullptr), 0);
-    EXPECT_EQ(TakeCommands().size(), 6U);
-    std::vector<std::uint32_t> sleeps = direction.firstPause;
-    sleeps.insert(sleeps.end(), 5, 500);
-    EXPECT_EQ(TakeSleeps(), sleeps);
-    EXPECT_EQ(TakeDebuggerLines(),
-              WideLines{direction.name +
-                        std::wstring(L" Failed, Erroe=0x1F A device attached to the system is not "
-                                     L"functioning.\r\n\r\n")});
+    EXPECT_EQ(TakeEvents(), InOrder({FailedAttempts(direction, 6),
+                                     {"line " + direction.name +
+                                      " Failed, Erroe=0x1F A device attached to the system is not "
+                                      "functioning.\r\n\r\n"}}));
   }
 }
 
@@ -476,23 +508,22 @@ TEST_F(OpenedChannelTest, AnyOtherErrorIsReportedAtOnce) {
   for (const Direction& direction : Directions()) {
     volume.Fail(1, 0x45D);
     EXPECT_EQ(scsi.SendScsiCmd(1, direction.value, 0, cdb.data(), nullptr), 0);
-    EXPECT_EQ(TakeCommands().size(), 1U);
-    EXPECT_EQ(TakeSleeps(), direction.firstPause);
-    EXPECT_EQ(TakeDebuggerLines(),
-              WideLines{direction.name +
-                        std::wstring(L" Failed, Erroe=0x45D The request could not be performed."
-                                     L"\r\n\r\n")});
+    EXPECT_EQ(TakeEvents(), InOrder({FailedAttempts(direction, 1),
+                                     {"line " + direction.name +
+                                      " Failed, Erroe=0x45D The request could not be performed."
+                                      "\r\n\r\n"}}));
   }
 }
 
 TEST_F(OpenedChannelTest, AnotherErrorAmongTheRetriesEndsThem) {
   std::array<std::uint8_t, 16> cdb = {};
-  volume.Fail(1, kGeneralFailure, 2);
-  volume.Fail(3, kTimeout);
-  EXPECT_EQ(scsi.SendScsiCmd(1, 1, 0, cdb.data(), nullptr), 0);
-  EXPECT_EQ(TakeCommands().size(), 3U);
-  EXPECT_EQ(TakeSleeps(), (std::vector<std::uint32_t>{500, 500}));
-  EXPECT_EQ(TakeDebuggerLines(), WideLines{L"SendScsiCmdIIn Failed, Erroe=0x79 \r\n"});
+  for (const Direction& direction : Directions()) {
+    volume.Fail(1, kGeneralFailure, 2);
+    volume.Fail(3, kTimeout);
+    EXPECT_EQ(scsi.SendScsiCmd(1, direction.value, 0, cdb.data(), nullptr), 0);
+    EXPECT_EQ(TakeEvents(), InOrder({FailedAttempts(direction, 3),
+                                     {"line " + direction.name + " Failed, Erroe=0x79 \r\n"}}));
+  }
 }
 
 TEST_F(OpenedChannelTest, ErrorCode0IsReportedWithoutText) {
@@ -525,17 +556,16 @@ TEST_F(OpenedChannelTest, DownloadOf130SectorsSends64And64And2) {
   EXPECT_EQ(volume.controls[0].sent, PartOf(data, 0, 32768));
   EXPECT_EQ(volume.controls[1].sent, PartOf(data, 32768, 32768));
   EXPECT_EQ(volume.controls[2].sent, PartOf(data, 65536, 1024));
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 02 00 02 00 00 00 00 00 00 00 00 00 00 [1024]"}));
-  EXPECT_EQ(TakeSleeps(), (std::vector<std::uint32_t>{10, 10, 10}));
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(),
+            (Lines{"sleep 10", "out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
+                   "sleep 10", "out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
+                   "sleep 10", "out fa 55 66 02 00 02 00 00 00 00 00 00 00 00 00 00 [1024]"}));
 }
 
 TEST_F(OpenedChannelTest, DownloadOfNothingFailsAndOfUpTo64SectorsIsOneCommand) {
   const Bytes data = SomeBytes(64 * 512);
   EXPECT_EQ(scsi.DownloadSectors(0, data.data()), 0);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
   EXPECT_NE(scsi.DownloadSectors(1, data.data()), 0);
   EXPECT_NE(scsi.DownloadSectors(64, data.data()), 0);
   EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 02 00 01 00 00 00 00 00 00 00 00 00 00 [512]",
@@ -559,24 +589,25 @@ TEST_F(OpenedChannelTest, StorageWriteByteByByte) {
   ASSERT_EQ(volume.controls.size(), 1U);
   EXPECT_EQ(volume.controls[0].sent, data);
   EXPECT_EQ(volume.controls[0].data, data.data());
-  EXPECT_EQ(TakeCommands(), Lines{"out fa 55 66 08 12 34 56 78 01 02 a5 00 00 00 00 00 [132096]"});
-  EXPECT_EQ(TakeDebuggerLines(), WideLines{L"Adr=0x12345678, Len=0x20400 Flag=0xA5\r\n"});
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x12345678, Len=0x20400 Flag=0xA5\r\n", "sleep 10",
+                                 "out fa 55 66 08 12 34 56 78 01 02 a5 00 00 00 00 00 [132096]"}));
 }
 
 TEST_F(OpenedChannelTest, StorageAddressIsDivided) {
   Bytes data = SomeBytes(512);
   scsi.addressDivider = 0x200;
   EXPECT_EQ(scsi.WriteStorage(0xFFFFFFFF, 1, data.data(), 0), 1);
-  EXPECT_EQ(TakeCommands(), Lines{"out fa 55 66 08 00 7f ff ff 00 01 00 00 00 00 00 00 [512]"});
-  EXPECT_EQ(TakeDebuggerLines(), WideLines{L"Adr=0x7FFFFF, Len=0x200 Flag=0x0\r\n"});
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x7FFFFF, Len=0x200 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 7f ff ff 00 01 00 00 00 00 00 00 [512]"}));
 }
 
 TEST_F(OpenedChannelTest, StorageWriteReportsBeforeItSends) {
   Bytes data = SomeBytes(512);
   volume.Fail(1, kTimeout);
   EXPECT_EQ(scsi.WriteStorage(0, 1, data.data(), 1), 0);
-  EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"Adr=0x0, Len=0x200 Flag=0x1\r\n",
-                                            L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n"}));
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x0, Len=0x200 Flag=0x1\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 00 00 00 01 01 00 00 00 00 00 [512] failed",
+                                 "line SendScsiCmdIOut Failed, Erroe=0x79 \r\n"}));
 }
 
 using UsbScsiCmdDeathTest = OpenedChannelTest;
