@@ -4,24 +4,24 @@
 
 namespace {
 
-using zem::testing::AddressLine;
 using zem::testing::Bytes;
 using zem::testing::ImageFile;
+using zem::testing::InOrder;
 using zem::testing::Joined;
 using zem::testing::kTimeout;
-using zem::testing::kTransferFailed;
+using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
+using zem::testing::NotWritten;
 using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
 using zem::testing::PcCamFile;
 using zem::testing::PutLe32;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
-using zem::testing::WideLines;
 using zem::testing::WriteCommand;
+using zem::testing::Written;
 
 const Bytes kHeaderBlock = SomeBytes(4096, 5);
-const wchar_t* const kSendFailed = L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n";
 
 // ---- Image files ----
 
@@ -41,13 +41,12 @@ TEST_F(BurnFwTest, PayloadOf5000BytesAt0x10000) {
   EXPECT_EQ(volume.controls[0].sent, Bytes(4096, 0xFF));
   EXPECT_EQ(volume.controls[1].sent, PaddedToSectors(payload));
   EXPECT_EQ(volume.controls[2].sent, kHeaderBlock);
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 01 00 00 00 08 00 00 00 00 00 00 [4096]",
-                                   "out fa 55 66 08 00 01 10 00 00 0a 00 00 00 00 00 00 [5120]",
-                                   "out fa 55 66 08 00 01 00 00 00 08 00 00 00 00 00 00 [4096]"}));
-  EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"Adr=0x10000, Len=0x1000 Flag=0x0\r\n",
-                                            L"Adr=0x11000, Len=0x1400 Flag=0x0\r\n",
-                                            L"Adr=0x10000, Len=0x1000 Flag=0x0\r\n"}));
-  EXPECT_EQ(TakeSleeps(), (std::vector<std::uint32_t>{10, 10, 10}));
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x10000, Len=0x1000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 01 00 00 00 08 00 00 00 00 00 00 [4096]",
+                                 "line Adr=0x11000, Len=0x1400 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 01 10 00 00 0a 00 00 00 00 00 00 [5120]",
+                                 "line Adr=0x10000, Len=0x1000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 01 00 00 00 08 00 00 00 00 00 00 [4096]"}));
 }
 
 TEST_F(BurnFwTest, LongPayloadGoesByCommandsOf32768Bytes) {
@@ -56,9 +55,8 @@ TEST_F(BurnFwTest, LongPayloadGoesByCommandsOf32768Bytes) {
   EXPECT_EQ(address, 0x23000U);
   EXPECT_EQ(Stored(0x11000, 70144), PaddedToSectors(payload));
   EXPECT_EQ(Stored(0x10000, 4096), kHeaderBlock);
-  EXPECT_EQ(TakeCommands(),
-            (Lines{WriteCommand(0x10000, 8), WriteCommand(0x11000, 64), WriteCommand(0x19000, 64),
-                   WriteCommand(0x21000, 9), WriteCommand(0x10000, 8)}));
+  EXPECT_EQ(TakeEvents(), InOrder({Written(0x10000, 8), Written(0x11000, 64), Written(0x19000, 64),
+                                   Written(0x21000, 9), Written(0x10000, 8)}));
 }
 
 TEST_F(BurnFwTest, NextFreeAddressIsAMultipleOf4096WhateverTheStart) {
@@ -81,7 +79,7 @@ TEST_F(BurnFwTest, NextFreeAddressIsAMultipleOf4096WhateverTheStart) {
 
 TEST_F(BurnFwTest, WithoutPayloadOnlyTheHeaderBlockIsWritten) {
   EXPECT_EQ(Burn(ImageFile(kHeaderBlock, {})), 1);
-  EXPECT_EQ(TakeCommands(), (Lines{WriteCommand(0x10000, 8), WriteCommand(0x10000, 8)}));
+  EXPECT_EQ(TakeEvents(), InOrder({Written(0x10000, 8), Written(0x10000, 8)}));
 }
 
 TEST_F(BurnFwTest, LengthFieldCountsAndNotTheFilesLength) {
@@ -91,6 +89,13 @@ TEST_F(BurnFwTest, LengthFieldCountsAndNotTheFilesLength) {
   EXPECT_EQ(Stored(0x11000, 1024), PaddedToSectors(SomeBytes(1000)))
       << "the rest of the last sector is what follows in the file, then zeros";
   EXPECT_EQ(TakeCommands().at(1), WriteCommand(0x11000, 2));
+}
+
+TEST_F(BurnFwTest, LengthFieldHasMoreThan20Bits) {
+  const Bytes payload = SomeBytes(0x101234);
+  EXPECT_EQ(Burn(ImageFile(kHeaderBlock, payload)), 1);
+  EXPECT_EQ(address, 0x113000U);
+  EXPECT_EQ(Stored(0x11000, 0x101400), PaddedToSectors(payload));
 }
 
 TEST_F(BurnFwTest, MagicAndMarkerAreNotLookedAt) {
@@ -113,12 +118,12 @@ TEST_F(BurnFwTest, AddressesAreDivided) {
   session();
   SetAddressDivider(0x200);
   EXPECT_EQ(Burn(ImageFile(kHeaderBlock, SomeBytes(512))), 1);
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 00 00 80 00 08 00 00 00 00 00 00 [4096]",
-                                   "out fa 55 66 08 00 00 00 88 00 01 00 00 00 00 00 00 [512]",
-                                   "out fa 55 66 08 00 00 00 80 00 08 00 00 00 00 00 00 [4096]"}));
-  EXPECT_EQ(TakeDebuggerLines(),
-            (WideLines{L"Adr=0x80, Len=0x1000 Flag=0x0\r\n", L"Adr=0x88, Len=0x200 Flag=0x0\r\n",
-                       L"Adr=0x80, Len=0x1000 Flag=0x0\r\n"}));
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x80, Len=0x1000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 00 80 00 08 00 00 00 00 00 00 [4096]",
+                                 "line Adr=0x88, Len=0x200 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 00 88 00 01 00 00 00 00 00 00 [512]",
+                                 "line Adr=0x80, Len=0x1000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 00 80 00 08 00 00 00 00 00 00 [4096]"}));
   EXPECT_EQ(address, 0x12000U);
 }
 
@@ -127,11 +132,10 @@ TEST_F(BurnFwTest, AnEraseThatFailsIsIgnored) {
   volume.Fail(1, kTimeout);
   EXPECT_EQ(Burn(ImageFile(kHeaderBlock, SomeBytes(5000))), 1);
   EXPECT_EQ(address, 0x13000U);
-  EXPECT_EQ(TakeCommands(), (Lines{WriteCommand(0x10000, 8) + " failed", WriteCommand(0x11000, 10),
-                                   WriteCommand(0x10000, 8)}));
-  EXPECT_EQ(TakeDebuggerLines(),
-            (WideLines{AddressLine(0x10000, 4096), kSendFailed, kTransferFailed,
-                       AddressLine(0x11000, 5120), AddressLine(0x10000, 4096)}));
+  EXPECT_EQ(TakeEvents(), InOrder({NotWritten(0x10000, 8),
+                                   {kTransferFailedEvent},
+                                   Written(0x11000, 10),
+                                   Written(0x10000, 8)}));
 }
 
 TEST_F(BurnFwTest, FailedPayloadLeavesTheHeaderBlockUnwritten) {
@@ -144,10 +148,13 @@ TEST_F(BurnFwTest, FailedPayloadLeavesTheHeaderBlockUnwritten) {
     EXPECT_EQ(Stored(0x10000, 4096), Bytes(4096, 0xFF));
     EXPECT_EQ(Stored(0x11000, (failing - 2) * 0x8000),
               PartOf(SomeBytes(70000), 0, (failing - 2) * 0x8000));
-    EXPECT_EQ(TakeCommands().size(), failing);
-    const WideLines lines = TakeDebuggerLines();
-    EXPECT_EQ(lines.size(), failing + 2);
-    EXPECT_EQ(lines.back(), kTransferFailed);
+    Lines events = Written(0x10000, 8);
+    std::uint32_t at = 0x11000;
+    for (std::size_t sent = 2; sent < failing; ++sent, at += 0x8000) {
+      events = InOrder({events, Written(at, 64)});
+    }
+    EXPECT_EQ(TakeEvents(),
+              InOrder({events, NotWritten(at, failing == 4 ? 9 : 64), {kTransferFailedEvent}}));
   }
 }
 
@@ -156,9 +163,10 @@ TEST_F(BurnFwTest, FailedHeaderBlock) {
   volume.Fail(3, kTimeout);
   EXPECT_EQ(Burn(ImageFile(kHeaderBlock, SomeBytes(5000))), ZEM_E_FAIL);
   EXPECT_EQ(address, 0x12400U) << "the end of the payload, not rounded";
-  EXPECT_EQ(TakeDebuggerLines(),
-            (WideLines{AddressLine(0x10000, 4096), AddressLine(0x11000, 5120),
-                       AddressLine(0x10000, 4096), kSendFailed, kTransferFailed}));
+  EXPECT_EQ(TakeEvents(), InOrder({Written(0x10000, 8),
+                                   Written(0x11000, 10),
+                                   NotWritten(0x10000, 8),
+                                   {kTransferFailedEvent}}));
 }
 
 TEST_F(BurnFwTest, MalformedFilesAreRefusedBeforeAnythingIsSent) {
@@ -167,14 +175,14 @@ TEST_F(BurnFwTest, MalformedFilesAreRefusedBeforeAnythingIsSent) {
        {std::size_t{0}, std::size_t{17}, std::size_t{18}, std::size_t{4113}, good.size() - 1}) {
     EXPECT_EQ(Burn(PartOf(good, 0, size)), ZEM_E_FAIL) << size;
   }
-  for (const std::uint32_t length : {5001U, 0x80000000U, 0xFFFFFFFFU, 0xFFFFF000U}) {
+  for (const std::uint32_t length : {5001U, 0x80000000U, 0xFFFFFFFFU, 0xFFFFF000U, 0x10000U + 5000U,
+                                     0x100000U + 5000U, 0x1000000U + 5000U, 0x80000000U + 5000U}) {
     Bytes file = good;
     PutLe32(file, 14, length);
     EXPECT_EQ(Burn(file), ZEM_E_FAIL) << length;
   }
   EXPECT_EQ(address, 0x10000U);
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(BurnFwTest, WhatWouldReachPastTheLastAddressIsRefusedBeforeAnythingIsSent) {
@@ -182,13 +190,13 @@ TEST_F(BurnFwTest, WhatWouldReachPastTheLastAddressIsRefusedBeforeAnythingIsSent
   address = 0xFFFFDC00;
   EXPECT_EQ(Burn(file), 1);
   EXPECT_EQ(address, 0U) << "the address behind the last";
-  TakeCommands();
+  TakeEvents();
   for (const unsigned int start : {0xFFFFDC01U, 0xFFFFE000U, 0xFFFFF000U, 0xFFFFFFFFU}) {
     address = start;
     EXPECT_EQ(Burn(file), ZEM_E_FAIL);
     EXPECT_EQ(address, start);
   }
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 // ---- Packages of one piece ----
@@ -206,12 +214,12 @@ TEST_F(BurnPcCamFwTest, FirstCommandCarriesFlag1) {
   EXPECT_EQ(Burn(PcCamFile(100, data)), 1);
   EXPECT_EQ(address, 70144U);
   EXPECT_EQ(Stored(0, 70144), PaddedToSectors(data));
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 00 00 00 00 40 01 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 08 00 00 80 00 00 40 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 08 00 01 00 00 00 09 00 00 00 00 00 00 [4608]"}));
-  EXPECT_EQ(TakeDebuggerLines(),
-            (WideLines{L"Adr=0x0, Len=0x8000 Flag=0x1\r\n", L"Adr=0x8000, Len=0x8000 Flag=0x0\r\n",
-                       L"Adr=0x10000, Len=0x1200 Flag=0x0\r\n"}));
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x0, Len=0x8000 Flag=0x1\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 00 00 00 40 01 00 00 00 00 00 [32768]",
+                                 "line Adr=0x8000, Len=0x8000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 80 00 00 40 00 00 00 00 00 00 [32768]",
+                                 "line Adr=0x10000, Len=0x1200 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 01 00 00 00 09 00 00 00 00 00 00 [4608]"}));
 }
 
 TEST_F(BurnPcCamFwTest, DataBeginsAtTenPlusTheFirstField) {
@@ -221,6 +229,13 @@ TEST_F(BurnPcCamFwTest, DataBeginsAtTenPlusTheFirstField) {
     EXPECT_EQ(volume.controls.at(0).sent, data);
     TakeCommands();
   }
+}
+
+TEST_F(BurnPcCamFwTest, FieldsHaveMoreThan20Bits) {
+  const Bytes data = SomeBytes(0x101234);
+  EXPECT_EQ(Burn(PcCamFile(0x104321, data)), 1);
+  EXPECT_EQ(address, 0x101400U);
+  EXPECT_EQ(Stored(0, 0x101400), PaddedToSectors(data));
 }
 
 TEST_F(BurnPcCamFwTest, DataMayLieOverTheHeader) {
@@ -248,7 +263,7 @@ TEST_F(BurnPcCamFwTest, NothingIsMirrored) {
 TEST_F(BurnPcCamFwTest, NoDataIsWrittenAsNothing) {
   EXPECT_EQ(Burn(PcCamFile(8, {})), 1);
   EXPECT_EQ(address, 0U);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(BurnPcCamFwTest, StopsAtTheCommandThatFails) {
@@ -257,8 +272,14 @@ TEST_F(BurnPcCamFwTest, StopsAtTheCommandThatFails) {
     volume.Fail(failing, kTimeout);
     EXPECT_EQ(Burn(PcCamFile(8, SomeBytes(70000))), ZEM_E_FAIL);
     EXPECT_EQ(address, (failing - 1) * 0x8000U);
-    EXPECT_EQ(TakeCommands().size(), failing);
-    EXPECT_EQ(TakeDebuggerLines().back(), kTransferFailed);
+    Lines events;
+    for (std::uint32_t at = 0; at < address; at += 0x8000) {
+      events = InOrder({events, Written(at, 64, at == 0 ? 1 : 0)});
+    }
+    EXPECT_EQ(TakeEvents(),
+              InOrder({events,
+                       NotWritten(address, failing == 3 ? 9 : 64, failing == 1 ? 1 : 0),
+                       {kTransferFailedEvent}}));
   }
 }
 
@@ -278,6 +299,14 @@ TEST_F(BurnPcCamFwTest, MalformedFilesAreRefusedBeforeAnythingIsSent) {
                                                   {0xFFFFFFFF, 1},
                                                   {100, 0xFFFFFFFF},
                                                   {0x80000000, 0x80000000},
+                                                  {0x10000 + 100, 5000},
+                                                  {0x100000 + 100, 5000},
+                                                  {0x1000000 + 100, 5000},
+                                                  {0x80000000 + 100, 5000},
+                                                  {100, 0x10000 + 5000},
+                                                  {100, 0x100000 + 5000},
+                                                  {100, 0x1000000 + 5000},
+                                                  {100, 0x80000000 + 5000},
                                                   {5101, 0}}) {
     Bytes file = good;
     PutLe32(file, 10, fields.offset);
@@ -285,8 +314,7 @@ TEST_F(BurnPcCamFwTest, MalformedFilesAreRefusedBeforeAnythingIsSent) {
     EXPECT_EQ(Burn(file), ZEM_E_FAIL) << fields.offset << " " << fields.length;
   }
   EXPECT_EQ(address, 0x777U);
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 // ---- Packages with a header block ----
@@ -307,20 +335,20 @@ TEST_F(BurnPnsV2Test, HeaderBlockGoesLast) {
   EXPECT_EQ(volume.controls[0].sent, Bytes(4096, 0xFF));
   EXPECT_EQ(Stored(4096, 40448), PaddedToSectors(payload));
   EXPECT_EQ(volume.controls[3].sent, kHeaderBlock);
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 00 00 00 00 08 00 00 00 00 00 00 [4096]",
-                                   "out fa 55 66 08 00 00 10 00 00 40 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 08 00 00 90 00 00 0f 00 00 00 00 00 00 [7680]",
-                                   "out fa 55 66 08 00 00 00 00 00 08 00 00 00 00 00 00 [4096]"}));
-  EXPECT_EQ(
-      TakeDebuggerLines(),
-      (WideLines{L"Adr=0x0, Len=0x1000 Flag=0x0\r\n", L"Adr=0x1000, Len=0x8000 Flag=0x0\r\n",
-                 L"Adr=0x9000, Len=0x1E00 Flag=0x0\r\n", L"Adr=0x0, Len=0x1000 Flag=0x0\r\n"}));
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x0, Len=0x1000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 00 00 00 08 00 00 00 00 00 00 [4096]",
+                                 "line Adr=0x1000, Len=0x8000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 10 00 00 40 00 00 00 00 00 00 [32768]",
+                                 "line Adr=0x9000, Len=0x1E00 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 90 00 00 0f 00 00 00 00 00 00 [7680]",
+                                 "line Adr=0x0, Len=0x1000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 00 00 00 08 00 00 00 00 00 00 [4096]"}));
 }
 
 TEST_F(BurnPnsV2Test, WithoutPayload) {
   EXPECT_EQ(Burn(PcCamFile(8, kHeaderBlock)), 1);
   EXPECT_EQ(address, 4096U);
-  EXPECT_EQ(TakeCommands(), (Lines{WriteCommand(0, 8), WriteCommand(0, 8)}));
+  EXPECT_EQ(TakeEvents(), InOrder({Written(0, 8), Written(0, 8)}));
 }
 
 TEST_F(BurnPnsV2Test, OnlyTheEraseIsMirrored) {
@@ -334,14 +362,21 @@ TEST_F(BurnPnsV2Test, OnlyTheEraseIsMirrored) {
 
 TEST_F(BurnPnsV2Test, AFailureAtAnyCommandEndsItWithoutTheHeaderBlock) {
   const unsigned int addresses[] = {0x1000, 0x1000, 0x9000, 0xAE00};
+  const std::uint32_t starts[] = {0, 0x1000, 0x9000, 0};
+  const std::uint32_t sectors[] = {8, 64, 15, 8};
   for (std::size_t failing = 1; failing <= 4; ++failing) {
     session();
     volume.Fail(failing, kTimeout);
     EXPECT_EQ(Burn(PcCamFile(8, Joined({kHeaderBlock, SomeBytes(40000)}))), ZEM_E_FAIL);
     EXPECT_EQ(address, addresses[failing - 1]);
     EXPECT_EQ(Stored(0, 4096), Bytes(4096, failing == 1 ? 0xCC : 0xFF));
-    EXPECT_EQ(TakeCommands().size(), failing);
-    EXPECT_EQ(TakeDebuggerLines().back(), kTransferFailed);
+    Lines events;
+    for (std::size_t sent = 1; sent < failing; ++sent) {
+      events = InOrder({events, Written(starts[sent - 1], sectors[sent - 1])});
+    }
+    EXPECT_EQ(TakeEvents(), InOrder({events,
+                                     NotWritten(starts[failing - 1], sectors[failing - 1]),
+                                     {kTransferFailedEvent}}));
   }
 }
 
@@ -351,13 +386,14 @@ TEST_F(BurnPnsV2Test, MalformedFilesAreRefusedBeforeAnythingIsSent) {
        {std::size_t{0}, std::size_t{17}, std::size_t{110 + 4096}, good.size() - 1}) {
     EXPECT_EQ(Burn(PartOf(good, 0, size)), ZEM_E_FAIL) << size;
   }
-  for (const std::uint32_t length : {0U, 1U, 4095U, 9097U, 0xFFFFFFFFU}) {
+  for (const std::uint32_t length :
+       {0U, 1U, 4095U, 9097U, 0xFFFFFFFFU, 0x10000U + 9096U, 0x100000U + 9096U}) {
     Bytes file = good;
     PutLe32(file, 14, length);
     EXPECT_EQ(Burn(file), ZEM_E_FAIL) << length;
   }
   EXPECT_EQ(address, 0x777U);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 // ---- What all have in common ----
@@ -377,8 +413,7 @@ TEST_F(BurnerArgumentsTest, NullsAndMissingFiles) {
         << "a folder opens and cannot be read";
     EXPECT_EQ(address, 0x777U);
   }
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 }  // namespace

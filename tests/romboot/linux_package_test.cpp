@@ -4,20 +4,21 @@
 
 namespace {
 
-using zem::testing::AddressLine;
 using zem::testing::Bytes;
+using zem::testing::InOrder;
 using zem::testing::Joined;
 using zem::testing::kTimeout;
-using zem::testing::kTransferFailed;
+using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
 using zem::testing::LinuxHeader;
+using zem::testing::NotWritten;
 using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
 using zem::testing::PutLe32;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
-using zem::testing::WideLines;
 using zem::testing::WriteCommand;
+using zem::testing::Written;
 
 constexpr unsigned int kAddressInHeader = 0xFFFFFFFF;
 
@@ -49,14 +50,14 @@ TEST_F(LinuxPackageTest, EraseThenBodyThenHeader) {
   Bytes written = header;
   PutLe32(written, 16, 0x1800);
   EXPECT_EQ(volume.controls[3].sent, written) << "the body's address, in units of 1 << 9";
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 02 00 00 00 10 00 00 00 00 00 00 [8192]",
-                                   "out fa 55 66 08 00 30 00 00 00 40 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 08 00 30 80 00 00 0f 00 00 00 00 00 00 [7680]",
-                                   "out fa 55 66 08 00 02 00 00 00 10 00 00 00 00 00 00 [8192]"}));
-  EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"Adr=0x20000, Len=0x2000 Flag=0x0\r\n",
-                                            L"Adr=0x300000, Len=0x8000 Flag=0x0\r\n",
-                                            L"Adr=0x308000, Len=0x1E00 Flag=0x0\r\n",
-                                            L"Adr=0x20000, Len=0x2000 Flag=0x0\r\n"}));
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x20000, Len=0x2000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 02 00 00 00 10 00 00 00 00 00 00 [8192]",
+                                 "line Adr=0x300000, Len=0x8000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 30 00 00 00 40 00 00 00 00 00 00 [32768]",
+                                 "line Adr=0x308000, Len=0x1E00 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 30 80 00 00 0f 00 00 00 00 00 00 [7680]",
+                                 "line Adr=0x20000, Len=0x2000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 02 00 00 00 10 00 00 00 00 00 00 [8192]"}));
 }
 
 TEST_F(LinuxPackageTest, AddressFFFFFFFFIsTheOneInTheHeaderWhichStaysAsItIs) {
@@ -133,10 +134,16 @@ TEST_F(LinuxPackageTest, AFailureAtAnyCommandEndsItWithoutTheHeader) {
       EXPECT_EQ(Stored(0x20000, 8192), Bytes(8192, failing == 1 ? 0xCC : 0xFF));
       EXPECT_EQ(Stored(ownAddress ? 0x1234 << 9 : 0x300000, 32768),
                 failing <= 2 ? Bytes(32768, 0xCC) : SomeBytes(32768));
-      EXPECT_EQ(TakeCommands().size(), failing);
-      const WideLines lines = TakeDebuggerLines();
-      EXPECT_EQ(lines.size(), failing + 2);
-      EXPECT_EQ(lines.back(), kTransferFailed);
+      const std::uint32_t body = ownAddress ? 0x246800 : 0x300000;
+      const std::uint32_t starts[] = {0x20000, body, body + 0x8000, 0x20000};
+      const std::uint32_t sectors[] = {16, 64, 15, 16};
+      Lines events;
+      for (std::size_t sent = 1; sent < failing; ++sent) {
+        events = InOrder({events, Written(starts[sent - 1], sectors[sent - 1])});
+      }
+      EXPECT_EQ(TakeEvents(), InOrder({events,
+                                       NotWritten(starts[failing - 1], sectors[failing - 1]),
+                                       {kTransferFailedEvent}}));
     }
   }
 }
@@ -150,8 +157,7 @@ TEST_F(LinuxPackageTest, PackagesOf4097To8191BytesAreRefusedBeforeAnythingIsSent
     EXPECT_EQ(Update(file, kAddressInHeader, 0), ZEM_E_FAIL) << size;
     EXPECT_EQ(UpdateAtOwnAddress(file, 0), ZEM_E_FAIL) << size;
   }
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
   EXPECT_EQ(ReadFile(dump), Bytes(4, 0x11));
 }
 
@@ -164,7 +170,8 @@ TEST_F(LinuxPackageTest, PackagesTooShortForTheirFieldsAreRefusedBeforeAnythingI
 }
 
 TEST_F(LinuxPackageTest, ShiftOf32AndMoreIsMalformed) {
-  for (const std::uint32_t shift : {32U, 33U, 64U, 0x80000000U, 0xFFFFFFFFU}) {
+  for (const std::uint32_t shift :
+       {32U, 33U, 64U, 0x100U, 0x10000U, 0x100009U, 0x1000000U, 0x80000000U, 0xFFFFFFFFU}) {
     for (const Bytes& file :
          {Joined({LinuxHeader(shift, 0), SomeBytes(512)}), PartOf(LinuxHeader(shift, 0), 0, 600)}) {
       EXPECT_EQ(Update(file, 0x4000, 0), ZEM_E_FAIL) << shift;
@@ -172,8 +179,7 @@ TEST_F(LinuxPackageTest, ShiftOf32AndMoreIsMalformed) {
       EXPECT_EQ(UpdateAtOwnAddress(file, 0), ZEM_E_FAIL) << shift;
     }
   }
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
   EXPECT_EQ(Update(Joined({LinuxHeader(31, 1), SomeBytes(512)}), kAddressInHeader, 0), 1);
   EXPECT_EQ(TakeCommands().at(1), WriteCommand(0x80000000, 1));
 }
@@ -188,8 +194,7 @@ TEST_F(LinuxPackageTest, BodyAddressBeyond32BitsIsMalformedWhereABodyIsToGoThere
     EXPECT_EQ(Update(file, kAddressInHeader, 0), ZEM_E_FAIL);
     EXPECT_EQ(UpdateAtOwnAddress(file, 0), ZEM_E_FAIL);
   }
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(LinuxPackageTest, BodyAddressBeyond32BitsDoesNotMatterWithoutABody) {
@@ -262,9 +267,8 @@ TEST_F(LinuxPackageTest, OwnAddressNeedsAFirstReadOf512Bytes) {
   const Bytes file = LinuxHeader(0, 0);
   for (const std::size_t size : {std::size_t{0}, std::size_t{20}, std::size_t{511}}) {
     EXPECT_EQ(UpdateAtOwnAddress(PartOf(file, 0, size), 0), ZEM_E_FAIL);
-    EXPECT_EQ(TakeDebuggerLines(), WideLines{L"ZEMROMAPI_UpdateLinuxFwPkg_ file error.\r\n"});
+    EXPECT_EQ(TakeEvents(), Lines{"line ZEMROMAPI_UpdateLinuxFwPkg_ file error.\r\n"});
   }
-  EXPECT_EQ(TakeCommands(), Lines());
   EXPECT_EQ(UpdateAtOwnAddress(PartOf(file, 0, 512), 0), 1);
 }
 
@@ -276,8 +280,7 @@ TEST_F(LinuxPackageTest, NullsAndMissingFiles) {
   EXPECT_EQ(ZEMROMAPI_UpdateLinuxFwPkg_(session(), nullptr, 0), ZEM_E_FAIL);
   EXPECT_EQ(ZEMROMAPI_UpdateLinuxFwPkg(session(), PathOf("none").c_str(), 0, 0), ZEM_E_FAIL);
   EXPECT_EQ(ZEMROMAPI_UpdateLinuxFwPkg_(session(), PathOf("none").c_str(), 0), ZEM_E_FAIL);
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines()) << "a file that cannot be opened leaves no line";
+  EXPECT_EQ(TakeEvents(), Lines()) << "a file that cannot be opened leaves no line";
 }
 
 }  // namespace

@@ -8,13 +8,15 @@
 namespace {
 
 using zem::testing::Bytes;
+using zem::testing::InOrder;
 using zem::testing::kTimeout;
+using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
 using zem::testing::LinuxHeader;
 using zem::testing::MemoryExhausted;
+using zem::testing::NotWritten;
 using zem::testing::RomBootTest;
-using zem::testing::WideLines;
-using zem::testing::WriteCommand;
+using zem::testing::Written;
 
 constexpr std::uint64_t k2GiB = 0x80000000;
 constexpr std::uint64_t k4GiB = 0x100000000;
@@ -44,10 +46,10 @@ TEST_F(LongFileTest, PartialUpdateTakesWhatReachesTheLastAddress) {
     address = test.start;
     volume.Fail(2, kTimeout);
     EXPECT_EQ(ZEMROMAPI_PartialUpdate(session(), path.c_str(), &address), ZEM_E_FAIL);
-    EXPECT_EQ(TakeCommands(), (Lines{WriteCommand(test.start, 64),
-                                     WriteCommand(test.start + 0x8000, 64) + " failed"}));
+    EXPECT_EQ(TakeEvents(), InOrder({Written(test.start, 64),
+                                     NotWritten(test.start + 0x8000, 64),
+                                     {kTransferFailedEvent}}));
     EXPECT_EQ(address, test.start + 0x8000);
-    TakeDebuggerLines();
   }
 }
 
@@ -59,8 +61,7 @@ TEST_F(LongFileTest, PartialUpdateRefusesWhatWouldReachPastTheLastAddress) {
     EXPECT_EQ(ZEMROMAPI_PartialUpdate(session(), File(size).c_str(), &address), ZEM_E_FAIL);
     EXPECT_EQ(address, 0x1000U);
   }
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 // ---- Whole ----
@@ -91,8 +92,7 @@ TEST_F(LongFileTest, WhatIsReadWholeIsRefusedForMemoryOnly) {
     EXPECT_EQ(MemoryExhausted::TakeWanted(), size);
   }
   EXPECT_EQ(address, 0U);
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(LongFileTest, APackageMayBeLongerThanTheDataThatItsFieldsNeed) {
@@ -137,8 +137,7 @@ TEST_F(LongFileTest, WhatNoAddressOrFieldCanHoldIsRefusedWithoutTakingMemory) {
   refused(ZEMROMAPI_LoadUpdater(device, longCode.c_str()));
 
   EXPECT_EQ(address, 0U);
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 // ---- The dump file ----

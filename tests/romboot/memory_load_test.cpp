@@ -7,13 +7,17 @@
 namespace {
 
 using zem::testing::Bytes;
+using zem::testing::InOrder;
 using zem::testing::kTimeout;
+using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
+using zem::testing::NotWritten;
 using zem::testing::PaddedToSectors;
+using zem::testing::PartOf;
 using zem::testing::PutLe32;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
-using zem::testing::WideLines;
+using zem::testing::Written;
 
 TEST(WordSumTest, AddsLittleEndianWordsModulo32Bits) {
   EXPECT_EQ(zem::WordSum({}), 0U);
@@ -57,18 +61,43 @@ TEST_F(MemoryLoadTest, CheckSumBeforeEachPiece) {
   EXPECT_EQ(Load(file), 1);
   EXPECT_EQ(address, 32768U + 1024U);
   EXPECT_EQ(Stored(0, 33792), PaddedToSectors(file));
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 00 00 00 00 40 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 08 00 00 80 00 00 02 00 00 00 00 00 00 [1024]"}));
-  EXPECT_EQ(TakeDebuggerLines(),
-            (WideLines{L"ChkSum=0x12345678\r\n", L"Adr=0x0, Len=0x8000 Flag=0x0\r\n",
-                       L"ChkSum=0x8000ABCD\r\n", L"Adr=0x8000, Len=0x400 Flag=0x0\r\n"}));
+  EXPECT_EQ(TakeEvents(),
+            (Lines{"line ChkSum=0x12345678\r\n", "line Adr=0x0, Len=0x8000 Flag=0x0\r\n",
+                   "sleep 10", "out fa 55 66 08 00 00 00 00 00 40 00 00 00 00 00 00 [32768]",
+                   "line ChkSum=0x8000ABCD\r\n", "line Adr=0x8000, Len=0x400 Flag=0x0\r\n",
+                   "sleep 10", "out fa 55 66 08 00 00 80 00 00 02 00 00 00 00 00 00 [1024]"}));
+}
+
+TEST_F(MemoryLoadTest, TheLastWordIsFilledWithZerosWhereTheFileEndsInsideIt) {
+  struct Case {
+    std::size_t size;
+    std::string line;
+  };
+  for (const Case& test : std::vector<Case>{{1, "line ChkSum=0x11\r\n"},
+                                            {2, "line ChkSum=0x2211\r\n"},
+                                            {3, "line ChkSum=0x332211\r\n"},
+                                            {4, "line ChkSum=0x44332211\r\n"},
+                                            {5, "line ChkSum=0x44332266\r\n"},
+                                            {6, "line ChkSum=0x44338866\r\n"},
+                                            {7, "line ChkSum=0x44AA8866\r\n"}}) {
+    EXPECT_EQ(Load(PartOf({0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}, 0, test.size)), 1);
+    EXPECT_EQ(TakeEvents(), InOrder({{test.line}, Written(0, 1)})) << test.size;
+    // The same behind a whole piece.
+    Bytes file(32768, 0);
+    for (std::size_t index = 0; index < test.size; ++index) {
+      file.push_back(static_cast<std::uint8_t>(0x11 * (index + 1)));
+    }
+    EXPECT_EQ(Load(file), 1);
+    EXPECT_EQ(TakeEvents(),
+              InOrder({{"line ChkSum=0x0\r\n"}, Written(0, 64), {test.line}, Written(0x8000, 1)}))
+        << test.size;
+  }
 }
 
 TEST_F(MemoryLoadTest, AnEmptyFile) {
   EXPECT_EQ(Load({}), 1);
   EXPECT_EQ(address, 0U);
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(MemoryLoadTest, NothingIsMirrored) {
@@ -82,12 +111,16 @@ TEST_F(MemoryLoadTest, StopsAtTheCommandThatFails) {
   for (std::size_t failing = 1; failing <= 3; ++failing) {
     session();
     volume.Fail(failing, kTimeout);
-    EXPECT_EQ(Load(SomeBytes(70000)), ZEM_E_FAIL);
+    EXPECT_EQ(Load(Bytes(70000, 0)), ZEM_E_FAIL);
     EXPECT_EQ(address, (failing - 1) * 0x8000U);
-    EXPECT_EQ(TakeCommands().size(), failing);
-    const WideLines lines = TakeDebuggerLines();
-    EXPECT_EQ(lines.size(), 2 * failing + 2);
-    EXPECT_EQ(lines.back(), L"Failed to transfer data to device.\r\n");
+    const Lines sum = {"line ChkSum=0x0\r\n"};
+    Lines events;
+    for (std::uint32_t at = 0; at < address; at += 0x8000) {
+      events = InOrder({events, sum, Written(at, 64)});
+    }
+    EXPECT_EQ(
+        TakeEvents(),
+        InOrder({events, sum, NotWritten(address, failing == 3 ? 9 : 64), {kTransferFailedEvent}}));
   }
 }
 
@@ -98,7 +131,7 @@ TEST_F(MemoryLoadTest, NullsAndMissingFiles) {
   EXPECT_EQ(ZEMROMAPI_LoadFW2Memory(session(), nullptr, &address), ZEM_E_FAIL);
   EXPECT_EQ(ZEMROMAPI_LoadFW2Memory(session(), PathOf("none").c_str(), &address), ZEM_E_FAIL);
   EXPECT_EQ(address, 0x777U);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 }  // namespace

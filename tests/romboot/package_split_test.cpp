@@ -14,7 +14,6 @@ using zem::testing::PartOf;
 using zem::testing::PutLe32;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
-using zem::testing::WideLines;
 
 // Splits into the test's own folder.
 class PackageSplitTest : public RomBootTest {
@@ -108,6 +107,22 @@ TEST_F(PackageSplitTest, FirmwareSectionIsFoundByShiftAndCountAlone) {
   EXPECT_EQ(PartOf(ReadFile(PathOf("VSN_V3FW")), 18, 4196), section);
 }
 
+TEST_F(PackageSplitTest, FieldsHaveMoreThan20Bits) {
+  Bytes bootCode = PackageSection(5, 0xFEDCBA98, SomeBytes(0x101234));
+  PutLe32(bootCode, 8, 0);
+  PutLe32(bootCode, 12, 0x104321);
+  bootCode.resize(0x104321, 0xA5);
+  const Bytes firmware = PackageSection(6, 0x89ABCDEF, SomeBytes(0x101235, 2));
+  const Bytes package = Joined({Bytes(18), bootCode, firmware});
+  EXPECT_EQ(Split(package), 1);
+  EXPECT_EQ(ReadFile(PathOf("VSN_V3BC")), Joined({{'V', 'S', 'N', '_', 'V', '2', 'B', 'C', 1, 0,
+                                                   0x98, 0xBA, 0xDC, 0xFE, 0x34, 0x12, 0x10, 0},
+                                                  PartOf(package, 18, 4096 + 0x101234)}));
+  EXPECT_EQ(ReadFile(PathOf("VSN_V3FW")), Joined({{'V', 'S', 'N', '_', 'V', '2', 'F', 'W', 1, 0,
+                                                   0xEF, 0xCD, 0xAB, 0x89, 0x35, 0x12, 0x10, 0},
+                                                  firmware}));
+}
+
 TEST_F(PackageSplitTest, MalformedPackagesMakeNoFile) {
   const Bytes good = Package();
   const std::size_t firmware = 18 + (15 << 9);
@@ -126,6 +141,15 @@ TEST_F(PackageSplitTest, MalformedPackagesMakeNoFile) {
            {18 + 8, 32},                // shift
            {18 + 8, 0xFFFFFFFF},        //
            {18 + 8, 31},                // out of the file
+           {18 + 8, 0x10009},           // whose lower bits would do
+           {18 + 8, 0x100009},          //
+           {18 + 8, 0x1000009},         //
+           {18 + 12, 0x1000F},          // count: the same
+           {18 + 12, 0x10000F},         //
+           {18 + 20, 0x10BB8},          // length of the boot code: the same
+           {18 + 20, 0x100BB8},         //
+           {firmware + 20, 0x11388},    // of the firmware
+           {firmware + 20, 0x101388},   //
            {18 + 12, 0xFFFFFFFF},       // count
            {18 + 12, 0x00800000},       // overflows with its shift to the start of the file
            {18 + 12, 17},               // no room for the firmware
@@ -144,7 +168,7 @@ TEST_F(PackageSplitTest, PackageThatCannotBeOpened) {
   EXPECT_EQ(ZEMROMAPI_DispackZemPcCamFw(nullptr, PathOf("none").c_str()), ZEM_E_FAIL);
   EXPECT_EQ(ZEMROMAPI_DispackZemPcCamFw(nullptr, nullptr), ZEM_E_FAIL);
   EXPECT_FALSE(Exists("VSN_V3BC"));
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 }  // namespace

@@ -4,19 +4,19 @@
 
 namespace {
 
-using zem::testing::AddressLine;
 using zem::testing::Bytes;
+using zem::testing::InOrder;
 using zem::testing::Joined;
-using zem::testing::kGeneralFailure;
 using zem::testing::kTimeout;
-using zem::testing::kTransferFailed;
+using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
+using zem::testing::NotWritten;
 using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
-using zem::testing::WideLines;
 using zem::testing::WriteCommand;
+using zem::testing::Written;
 
 // ---- With a header ----
 
@@ -35,14 +35,14 @@ TEST_F(PartialUpdateWithHeaderTest, EraseThenBodyThenHeader) {
   EXPECT_EQ(volume.controls.at(0).sent, Bytes(4096, 0xFF));
   EXPECT_EQ(volume.controls.at(3).sent, PartOf(file, 0, 4096));
   EXPECT_EQ(Stored(0x5000, 4096 + 33280), PaddedToSectors(file));
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 00 50 00 00 08 00 00 00 00 00 00 [4096]",
-                                   "out fa 55 66 08 00 00 60 00 00 40 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 08 00 00 e0 00 00 01 00 00 00 00 00 00 [512]",
-                                   "out fa 55 66 08 00 00 50 00 00 08 00 00 00 00 00 00 [4096]"}));
-  EXPECT_EQ(
-      TakeDebuggerLines(),
-      (WideLines{L"Adr=0x5000, Len=0x1000 Flag=0x0\r\n", L"Adr=0x6000, Len=0x8000 Flag=0x0\r\n",
-                 L"Adr=0xE000, Len=0x200 Flag=0x0\r\n", L"Adr=0x5000, Len=0x1000 Flag=0x0\r\n"}));
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x5000, Len=0x1000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 50 00 00 08 00 00 00 00 00 00 [4096]",
+                                 "line Adr=0x6000, Len=0x8000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 60 00 00 40 00 00 00 00 00 00 [32768]",
+                                 "line Adr=0xE000, Len=0x200 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 e0 00 00 01 00 00 00 00 00 00 [512]",
+                                 "line Adr=0x5000, Len=0x1000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 50 00 00 08 00 00 00 00 00 00 [4096]"}));
 }
 
 TEST_F(PartialUpdateWithHeaderTest, UpTo4096BytesAreWrittenAsTheyAre) {
@@ -51,22 +51,20 @@ TEST_F(PartialUpdateWithHeaderTest, UpTo4096BytesAreWrittenAsTheyAre) {
     address = 0x5000;
     EXPECT_EQ(Update(SomeBytes(size)), 1);
     EXPECT_EQ(address, end);
-    EXPECT_EQ(TakeCommands(),
-              (Lines{WriteCommand(0x5000, 8), WriteCommand(0x5000, (end - 0x5000) / 512)}));
+    EXPECT_EQ(TakeEvents(), InOrder({Written(0x5000, 8), Written(0x5000, (end - 0x5000) / 512)}));
   }
 }
 
 TEST_F(PartialUpdateWithHeaderTest, OneByteMoreIsABody) {
   EXPECT_EQ(Update(SomeBytes(4097)), 1);
   EXPECT_EQ(address, 0x6200U);
-  EXPECT_EQ(TakeCommands(),
-            (Lines{WriteCommand(0x5000, 8), WriteCommand(0x6000, 1), WriteCommand(0x5000, 8)}));
+  EXPECT_EQ(TakeEvents(), InOrder({Written(0x5000, 8), Written(0x6000, 1), Written(0x5000, 8)}));
 }
 
 TEST_F(PartialUpdateWithHeaderTest, AnEmptyFileErasesTheHeadersPlace) {
   EXPECT_EQ(Update({}), 1);
   EXPECT_EQ(address, 0x5000U);
-  EXPECT_EQ(TakeCommands(), Lines{WriteCommand(0x5000, 8)});
+  EXPECT_EQ(TakeEvents(), Written(0x5000, 8));
 }
 
 TEST_F(PartialUpdateWithHeaderTest, AllIsMirroredWithoutTheRounding) {
@@ -80,6 +78,8 @@ TEST_F(PartialUpdateWithHeaderTest, AllIsMirroredWithoutTheRounding) {
 
 TEST_F(PartialUpdateWithHeaderTest, AFailureAtAnyCommandEndsItWithoutTheHeader) {
   const unsigned int addresses[] = {0x5000, 0x6000, 0xE000, 0xE200};
+  const std::uint32_t starts[] = {0x5000, 0x6000, 0xE000, 0x5000};
+  const std::uint32_t sectors[] = {8, 64, 1, 8};
   for (std::size_t failing = 1; failing <= 4; ++failing) {
     session();
     address = 0x5000;
@@ -87,8 +87,13 @@ TEST_F(PartialUpdateWithHeaderTest, AFailureAtAnyCommandEndsItWithoutTheHeader) 
     EXPECT_EQ(Update(SomeBytes(4096 + 33000)), ZEM_E_FAIL);
     EXPECT_EQ(address, addresses[failing - 1]);
     EXPECT_EQ(Stored(0x5000, 4096), Bytes(4096, failing == 1 ? 0xCC : 0xFF));
-    EXPECT_EQ(TakeCommands().size(), failing);
-    EXPECT_EQ(TakeDebuggerLines().back(), kTransferFailed);
+    Lines events;
+    for (std::size_t sent = 1; sent < failing; ++sent) {
+      events = InOrder({events, Written(starts[sent - 1], sectors[sent - 1])});
+    }
+    EXPECT_EQ(TakeEvents(), InOrder({events,
+                                     NotWritten(starts[failing - 1], sectors[failing - 1]),
+                                     {kTransferFailedEvent}}));
   }
 }
 
@@ -98,7 +103,7 @@ TEST_F(PartialUpdateWithHeaderTest, WhatWouldReachPastTheLastAddressIsRefused) {
   address = 0xFFFFE000;
   EXPECT_EQ(Update(SomeBytes(8193)), ZEM_E_FAIL);
   EXPECT_EQ(address, 0xFFFFE000U);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
   EXPECT_EQ(Update(SomeBytes(8192)), 1);
   EXPECT_EQ(address, 0U);
 }
@@ -118,8 +123,10 @@ TEST_F(PartialUpdateTest, NothingIsErased) {
   EXPECT_EQ(Update(file), 1);
   EXPECT_EQ(address, 0x5000U + 33280U);
   EXPECT_EQ(Stored(0x5000, 33280), PaddedToSectors(file));
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 00 50 00 00 40 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 08 00 00 d0 00 00 01 00 00 00 00 00 00 [512]"}));
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x5000, Len=0x8000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 50 00 00 40 00 00 00 00 00 00 [32768]",
+                                 "line Adr=0xD000, Len=0x200 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 d0 00 00 01 00 00 00 00 00 00 [512]"}));
 }
 
 TEST_F(PartialUpdateTest, FilesOfMoreThan4MiBAreReadInPieces) {
@@ -148,7 +155,7 @@ TEST_F(PartialUpdateTest, MirrorsBeforeItSendsAlsoWhatFailsThen) {
 TEST_F(PartialUpdateTest, AnEmptyFile) {
   EXPECT_EQ(Update({}), 1);
   EXPECT_EQ(address, 0x5000U);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(PartialUpdateTest, StopsAtTheCommandThatFails) {
@@ -158,15 +165,20 @@ TEST_F(PartialUpdateTest, StopsAtTheCommandThatFails) {
     volume.Fail(failing, kTimeout);
     EXPECT_EQ(Update(SomeBytes(70000)), ZEM_E_FAIL);
     EXPECT_EQ(address, 0x5000U + (failing - 1) * 0x8000U);
-    EXPECT_EQ(TakeCommands().size(), failing);
-    EXPECT_EQ(TakeDebuggerLines().back(), kTransferFailed);
+    Lines events;
+    for (std::uint32_t at = 0x5000; at < address; at += 0x8000) {
+      events = InOrder({events, Written(at, 64)});
+    }
+    EXPECT_EQ(
+        TakeEvents(),
+        InOrder({events, NotWritten(address, failing == 3 ? 9 : 64), {kTransferFailedEvent}}));
   }
 }
 
 TEST_F(PartialUpdateTest, WhatWouldReachPastTheLastAddressIsRefused) {
   address = 0xFFFFFE00;
   EXPECT_EQ(Update(SomeBytes(513)), ZEM_E_FAIL);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
   EXPECT_EQ(Update(SomeBytes(512)), 1);
 }
 
@@ -188,11 +200,9 @@ TEST_F(PartialReadTest, FromAddress0WhateverTheCallers) {
   EXPECT_EQ(Read(65537), 1);
   EXPECT_EQ(address, 66048U);
   EXPECT_EQ(ReadFile(PathOf("file")), content) << "whole sectors, in a file made anew";
-  EXPECT_EQ(TakeCommands(), (Lines{"in fa 55 66 07 00 00 00 00 00 40 00 00 00 00 00 00 [32768]",
-                                   "in fa 55 66 07 00 00 80 00 00 40 00 00 00 00 00 00 [32768]",
-                                   "in fa 55 66 07 00 01 00 00 00 01 00 00 00 00 00 00 [512]"}));
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
-  EXPECT_EQ(TakeSleeps(), std::vector<std::uint32_t>());
+  EXPECT_EQ(TakeEvents(), (Lines{"in fa 55 66 07 00 00 00 00 00 40 00 00 00 00 00 00 [32768]",
+                                 "in fa 55 66 07 00 00 80 00 00 40 00 00 00 00 00 00 [32768]",
+                                 "in fa 55 66 07 00 01 00 00 00 01 00 00 00 00 00 00 [512]"}));
 }
 
 TEST_F(PartialReadTest, AddressesAreNotDivided) {
@@ -206,7 +216,7 @@ TEST_F(PartialReadTest, OfNothingCreatesAnEmptyFile) {
   EXPECT_EQ(Read(0), 1);
   EXPECT_EQ(address, 0U);
   EXPECT_EQ(ReadFile(PathOf("file")), Bytes());
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(PartialReadTest, AFailureKeepsWhatWasRead) {
@@ -217,9 +227,15 @@ TEST_F(PartialReadTest, AFailureKeepsWhatWasRead) {
     EXPECT_EQ(Read(66048), ZEM_E_FAIL);
     EXPECT_EQ(address, (failing - 1) * 32768U);
     EXPECT_EQ(ReadFile(PathOf("file")).size(), (failing - 1) * 32768U);
-    EXPECT_EQ(TakeCommands().size(), failing);
-    EXPECT_EQ(TakeDebuggerLines(),
-              (WideLines{L"SendScsiCmdIIn Failed, Erroe=0x79 \r\n", L"Usb transfer failed\r\n"}));
+    Lines events = {"in fa 55 66 07 00 00 00 00 00 40 00 00 00 00 00 00 [32768]",
+                    "in fa 55 66 07 00 00 80 00 00 40 00 00 00 00 00 00 [32768]",
+                    "in fa 55 66 07 00 01 00 00 00 01 00 00 00 00 00 00 [512]"};
+    events.resize(failing);
+    events.back() += " failed";
+    EXPECT_EQ(
+        TakeEvents(),
+        InOrder({events,
+                 {"line SendScsiCmdIIn Failed, Erroe=0x79 \r\n", "line Usb transfer failed\r\n"}}));
   }
 }
 
@@ -228,15 +244,15 @@ TEST_F(PartialReadTest, AFileThatCannotBeCreated) {
   for (const wchar_t* const path : {noFolder.c_str(), static_cast<const wchar_t*>(nullptr)}) {
     EXPECT_EQ(ZEMROMAPI_PartialRead(session(), path, &address, 512), ZEM_E_FAIL);
     EXPECT_EQ(address, 0x777U);
-    EXPECT_EQ(TakeCommands(), Lines());
-    EXPECT_EQ(TakeDebuggerLines(), WideLines{L"Failed to create destination file.\r\n"});
+    EXPECT_EQ(TakeEvents(), Lines{"line Failed to create destination file.\r\n"});
   }
 }
 
 TEST_F(PartialReadTest, AFullDiskIsAFailure) {
   for (const unsigned int length : {512U, 1048576U}) {
     EXPECT_EQ(ZEMROMAPI_PartialRead(session(), L"/dev/full", &address, length), ZEM_E_FAIL);
-    EXPECT_EQ(TakeDebuggerLines(), WideLines());
+    EXPECT_NE(TakeCommands(), Lines());
+    EXPECT_EQ(TakeEvents(), Lines()) << "no line";
   }
 }
 
@@ -260,8 +276,7 @@ TEST_F(PartialArgumentsTest, NullsAndMissingFiles) {
   EXPECT_EQ(ZEMROMAPI_PartialRead(session(), PathOf("new").c_str(), nullptr, 512), ZEM_E_REFUSED);
   EXPECT_FALSE(Exists("new"));
   EXPECT_EQ(address, 0x777U);
-  EXPECT_EQ(TakeCommands(), Lines());
-  EXPECT_EQ(TakeDebuggerLines(), WideLines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 }  // namespace

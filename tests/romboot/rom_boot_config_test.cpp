@@ -13,11 +13,10 @@ namespace {
 
 using zem::ZemRomBootConfig;
 using zem::testing::Bytes;
-using zem::testing::kTimeout;
+using zem::testing::InOrder;
 using zem::testing::Lines;
 using zem::testing::RomBootTest;
 using zem::testing::VolumePath;
-using zem::testing::WideLines;
 
 const Bytes kBootLoaderReply = {0xAA, 0x55, 0, 0, 'V', 'S', 'N', '2'};
 const Bytes kZemStorageReply = {0, 0, 0, 0, 0, 0, 0, 0, 0, 'Z', 'E', 'M'};
@@ -66,15 +65,18 @@ TEST_F(RomBootConfigTest, WithoutACameraThereIsNoSession) {
 
 TEST_F(RomBootConfigTest, DividerFlagStaysSetForTheRestOfTheProcess) {
   EXPECT_EQ(ZEMROMAPI_OpenDevice(0x12), nullptr);
-  TakeCommands();
-  TakeDebuggerLines();
+  const Lines probe = {"in 12 00 00 00 24 00 [36]",
+                       "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]",
+                       "line Set addr div = 1\r\n",
+                       "line Send addr div = 1\r\n",
+                       "sleep 10",
+                       "out fa 55 66 0f 00 00 00 04 00 00 00 00 00 00 00 00 [4]",
+                       "line Storage Address Divider=0x1 \r\n"};
+  EXPECT_EQ(TakeEvents(), InOrder({probe, {"close \\\\.\\F:"}})) << "of another kind";
   void* device = ZEMROMAPI_OpenDevice(1);
-  EXPECT_EQ(TakeCommands(), (Lines{"in 12 00 00 00 24 00 [36]",
-                                   "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]",
-                                   "out fa 55 66 0f 00 00 00 04 00 00 00 00 00 00 00 00 [4]"}));
-  EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"Set addr div = 1\r\n", L"Send addr div = 1\r\n",
-                                            L"Storage Address Divider=0x1 \r\n"}));
+  EXPECT_EQ(TakeEvents(), probe);
   ZEMROMAPI_CloseDevice(&device);
+  EXPECT_EQ(TakeEvents(), Lines{"close \\\\.\\F:"});
 }
 
 TEST_F(RomBootConfigTest, ClosingLeavesTheCallersPointerAndNullsDoNothing) {
@@ -117,7 +119,7 @@ TEST_F(DumpFileTest, SizeIsRoundedUpToBlocksOf4096BytesOfFF) {
     EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), PathOf("dump").c_str(), size), 0);
     EXPECT_EQ(ReadFile(PathOf("dump")), Bytes(written, 0xFF));
   }
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(DumpFileTest, PathIsKeptAndTheDumpIsOn) {
@@ -158,6 +160,30 @@ TEST_F(DumpFileTest, APathOf260CharactersLeavesTheDumpOffAndOneOf259IsKept) {
   EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), path.c_str(), 0), 0);
   EXPECT_EQ(config().dumpEnabled, 1U);
   EXPECT_EQ(config().dumpPath, path);
+}
+
+TEST_F(DumpFileTest, APathOf260CharactersLeavesARunningDumpAsItIs) {
+  const std::wstring dump = WriteFile("dump", Bytes(600, 0x11));
+  ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), dump.c_str(), 0), 0);
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), std::wstring(260, L'x').c_str(), 4096), 0);
+  EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), std::wstring(100000, L'x').c_str(), 4096), 0);
+  EXPECT_EQ(config().dumpEnabled, 1U);
+  EXPECT_EQ(config().dumpPath, dump);
+  EXPECT_EQ(ZEMROMAPI_Erase(session(), 0, 512), 0);
+  Bytes mirrored(600, 0x11);
+  std::fill_n(mirrored.begin(), 512, std::uint8_t{0xFF});
+  EXPECT_EQ(ReadFile(dump), mirrored);
+}
+
+TEST_F(DumpFileTest, AShorterPathTakesThePlaceOfALongOne) {
+  const std::wstring longer = WriteFile("dump_with_a_long_name", Bytes(600, 0x11));
+  const std::wstring shorter = WriteFile("dump", Bytes(600, 0x22));
+  ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), longer.c_str(), 0), 0);
+  ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), shorter.c_str(), 0), 0);
+  EXPECT_EQ(config().dumpPath, shorter);
+  EXPECT_EQ(ZEMROMAPI_Erase(session(), 0, 600), 0);
+  EXPECT_EQ(ReadFile(shorter), Bytes(600, 0xFF));
+  EXPECT_EQ(ReadFile(longer), Bytes(600, 0x11));
 }
 
 TEST_F(DumpFileTest, AFileThatCannotBeCreatedIsNoError) {

@@ -3,13 +3,14 @@
 
 namespace {
 
-using zem::testing::AddressLine;
 using zem::testing::Bytes;
+using zem::testing::InOrder;
 using zem::testing::kTimeout;
+using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
+using zem::testing::NotWritten;
 using zem::testing::RomBootTest;
-using zem::testing::WideLines;
-using zem::testing::WriteCommand;
+using zem::testing::Written;
 
 using EraseTest = RomBootTest;
 
@@ -18,8 +19,8 @@ TEST_F(EraseTest, WholeSectorsInTheStorageAndTheBytesAskedForInTheDumpFile) {
   ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), dump.c_str(), 0), 0);
   EXPECT_EQ(ZEMROMAPI_Erase(session(), 0x1000, 100), 0);
   EXPECT_EQ(volume.controls.at(0).sent, Bytes(512, 0xFF));
-  EXPECT_EQ(TakeCommands(), Lines{"out fa 55 66 08 00 00 10 00 00 01 00 00 00 00 00 00 [512]"});
-  EXPECT_EQ(TakeDebuggerLines(), WideLines{L"Adr=0x1000, Len=0x200 Flag=0x0\r\n"});
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x1000, Len=0x200 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 00 10 00 00 01 00 00 00 00 00 00 [512]"}));
   Bytes mirrored(0x1400, 0x11);
   std::fill_n(mirrored.begin() + 0x1000, 100, std::uint8_t{0xFF});
   EXPECT_EQ(ReadFile(dump), mirrored);
@@ -30,18 +31,17 @@ TEST_F(EraseTest, GoesByCommandsOf32768Bytes) {
   for (const auto& control : volume.controls) {
     EXPECT_EQ(control.sent, Bytes(control.length, 0xFF));
   }
-  EXPECT_EQ(TakeCommands(), (Lines{"out fa 55 66 08 00 01 23 45 00 40 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 08 00 01 a3 45 00 40 00 00 00 00 00 00 [32768]",
-                                   "out fa 55 66 08 00 02 23 45 00 02 00 00 00 00 00 00 [1024]"}));
-  EXPECT_EQ(TakeDebuggerLines(), (WideLines{L"Adr=0x12345, Len=0x8000 Flag=0x0\r\n",
-                                            L"Adr=0x1A345, Len=0x8000 Flag=0x0\r\n",
-                                            L"Adr=0x22345, Len=0x400 Flag=0x0\r\n"}));
-  EXPECT_EQ(TakeSleeps(), (std::vector<std::uint32_t>{10, 10, 10}));
+  EXPECT_EQ(TakeEvents(), (Lines{"line Adr=0x12345, Len=0x8000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 01 23 45 00 40 00 00 00 00 00 00 [32768]",
+                                 "line Adr=0x1A345, Len=0x8000 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 01 a3 45 00 40 00 00 00 00 00 00 [32768]",
+                                 "line Adr=0x22345, Len=0x400 Flag=0x0\r\n", "sleep 10",
+                                 "out fa 55 66 08 00 02 23 45 00 02 00 00 00 00 00 00 [1024]"}));
 }
 
 TEST_F(EraseTest, OfNothingSendsNothing) {
   EXPECT_EQ(ZEMROMAPI_Erase(session(), 0x1000, 0), 0);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
 }
 
 TEST_F(EraseTest, StopsAtTheCommandThatFails) {
@@ -49,26 +49,24 @@ TEST_F(EraseTest, StopsAtTheCommandThatFails) {
     session();
     volume.Fail(failing, kTimeout);
     EXPECT_EQ(ZEMROMAPI_Erase(session(), 0, 3 * 32768), ZEM_E_FAIL);
-    EXPECT_EQ(TakeCommands().size(), failing);
-    WideLines lines;
-    for (std::size_t sent = 0; sent < failing; ++sent) {
-      lines.push_back(AddressLine(static_cast<std::uint32_t>(sent) * 32768, 32768));
+    const auto last = static_cast<std::uint32_t>(failing - 1) * 32768;
+    Lines events;
+    for (std::uint32_t at = 0; at < last; at += 32768) {
+      events = InOrder({events, Written(at, 64)});
     }
-    lines.emplace_back(L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n");
-    lines.emplace_back(L"Failed to transfer data to device.\r\n");
-    EXPECT_EQ(TakeDebuggerLines(), lines);
+    EXPECT_EQ(TakeEvents(), InOrder({events, NotWritten(last, 64), {kTransferFailedEvent}}));
   }
 }
 
 TEST_F(EraseTest, ReachesTheLastAddressAndNotTheFirstBehindIt) {
   EXPECT_EQ(ZEMROMAPI_Erase(session(), 0xFFFFFE00, 512), 0);
-  EXPECT_EQ(TakeCommands(), Lines{WriteCommand(0xFFFFFE00, 1)});
+  EXPECT_EQ(TakeEvents(), Written(0xFFFFFE00, 1));
   const std::wstring dump = WriteFile("dump", {1});
   ZEMROMAPI_CreateDumpFile(session(), dump.c_str(), 0);
   EXPECT_EQ(ZEMROMAPI_Erase(session(), 0xFFFFFE00, 513), ZEM_E_FAIL);
   EXPECT_EQ(ZEMROMAPI_Erase(session(), 0xFFFFFE01, 1), ZEM_E_FAIL);
   EXPECT_EQ(ZEMROMAPI_Erase(session(), 512, 0xFFFFFFFF), ZEM_E_FAIL);
-  EXPECT_EQ(TakeCommands(), Lines());
+  EXPECT_EQ(TakeEvents(), Lines());
   EXPECT_EQ(ReadFile(dump), Bytes{1});
 }
 
@@ -76,8 +74,10 @@ TEST_F(EraseTest, OfAllAddressesEndsBehindTheLast) {
   session();
   volume.Fail(3, kTimeout);
   EXPECT_EQ(ZEMROMAPI_Erase(session(), 0, 0xFFFFFFFF), ZEM_E_FAIL);
-  EXPECT_EQ(TakeCommands(), (Lines{WriteCommand(0, 64), WriteCommand(0x8000, 64),
-                                   WriteCommand(0x10000, 64) + " failed"}));
+  EXPECT_EQ(
+      TakeEvents(),
+      InOrder(
+          {Written(0, 64), Written(0x8000, 64), NotWritten(0x10000, 64), {kTransferFailedEvent}}));
 }
 
 TEST_F(EraseTest, MirrorsBeforeItSendsAlsoWhatFailsThen) {

@@ -18,17 +18,13 @@ std::string NarrowAscii(std::wstring_view text) {
 
 std::string LineEvent(std::wstring_view text) { return "line " + NarrowAscii(text); }
 
-std::string SleepEvent(std::uint32_t milliseconds) {
-  return "sleep " + std::to_string(milliseconds);
-}
-
-std::string CloseEvent(std::wstring_view path) { return "close " + NarrowAscii(path); }
-
 void ListenToSystem(std::function<void(std::string event)> write) {
   platform::simulated::System& system = platform::simulated::TheSystem();
   system.onDebuggerText = [write](const std::wstring& text) { write(LineEvent(text)); };
-  system.onSleep = [write](std::uint32_t milliseconds) { write(SleepEvent(milliseconds)); };
-  system.onCloseVolume = [write](const std::wstring& path) { write(CloseEvent(path)); };
+  system.onSleep = [write](std::uint32_t milliseconds) {
+    write("sleep " + std::to_string(milliseconds));
+  };
+  system.onCloseVolume = [write](const std::wstring& path) { write("close " + NarrowAscii(path)); };
 }
 
 }  // namespace zem::testing

@@ -27,9 +27,6 @@ using Bytes = std::vector<std::uint8_t>;
 inline constexpr std::uint32_t kGeneralFailure = 31;
 inline constexpr std::uint32_t kTimeout = 121;
 
-// The line of a transfer to storage that failed.
-inline constexpr const wchar_t* kTransferFailed = L"Failed to transfer data to device.\r\n";
-
 // "\\.\F:"
 inline std::wstring VolumePath(wchar_t letter) { return std::wstring(L"\\\\.\\") + letter + L":"; }
 
@@ -108,9 +105,8 @@ Lines InOrder(std::initializer_list<Lines> parts);
 Lines Written(std::uint32_t address, std::uint32_t sectors, unsigned flag = 0);
 Lines NotWritten(std::uint32_t address, std::uint32_t sectors, unsigned flag = 0);
 
-// The event of a report: the channel could not send, or a storage write has failed.
+// The reports of the channel that cannot send, and of a storage write that has failed.
 inline const std::string kSendFailedEvent = "line SendScsiCmdIOut Failed, Erroe=0x79 \r\n";
-inline const std::string kReceiveFailedEvent = "line SendScsiCmdIIn Failed, Erroe=0x79 \r\n";
 inline const std::string kTransferFailedEvent = "line Failed to transfer data to device.\r\n";
 
 // Bytes without a pattern of any power of two.
