@@ -3,9 +3,13 @@
 # the camera through the system's device enumerator, open it, and read it.
 source "$(dirname "$0")/scripts/setup.sh"
 
-install_missing "${windows_packages[@]}"
-build windows
-prepare_wine
+step "packages" install_missing "${windows_packages[@]}"
+step "configure" cmake --preset windows
+scripts/wine_folder.sh >build/log/wine-folder.log 2>&1 &
+wine_folder=$!
+step "build the DLL" cmake --build --preset windows --target ZemUVCExtApi
+step "build zemctl and the simulator" cmake --build --preset windows --target zemctl
+step "Wine folder" wait $wine_folder
 
 zemctl() {
   echo

@@ -1,6 +1,7 @@
 # What every target of the project is compiled with.
 function(zem_compile_options target)
-  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP
+    UNITY_BUILD_CODE_BEFORE_INCLUDE "// NOLINTNEXTLINE(bugprone-suspicious-include)")
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
   if(MSVC)
     target_compile_options(${target} PRIVATE /W4 /WX /utf-8 /permissive-)

@@ -31,8 +31,7 @@ HRESULT SelectStorage(ZemRomBootConfig& session, const StorageType& storage, uns
   cdb[6] = option;
   std::array<std::uint8_t, 4> reply = {};
   const int sent = session.scsi.SendScsiCmd(1, kDataIn, reply.size(), cdb.data(), reply.data());
-  if (const wchar_t* const line = sent != 0 ? storage.selected : storage.failed;
-      line != nullptr) {
+  if (const wchar_t* const line = sent != 0 ? storage.selected : storage.failed; line != nullptr) {
     platform::DebuggerOutput(line);
   }
   return ResultOf(sent);

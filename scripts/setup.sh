@@ -1,6 +1,10 @@
 # Sourced by run.sh and test.sh: installs what is missing, says where Wine keeps its files.
 set -euo pipefail
 
+# A bare machine has no locale, and without UTF-8 no program can make a file named with an accent. This
+# one every Debian has.
+export LC_ALL=C.UTF-8
+
 zem_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # Installs the Debian packages of the arguments that are not there yet.
@@ -24,25 +28,31 @@ install_missing() {
 windows_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64-win32 wine wine64 googletest
   libcli11-dev nlohmann-json3-dev)
 
+# What the native build needs.
+native_packages=(cmake ninja-build clang libclang-rt-dev libgtest-dev libbenchmark-dev libyuv-dev
+  libcli11-dev nlohmann-json3-dev)
+
 # A Wine folder of the project's own, quiet and without windows on the screen.
 export WINEPREFIX=$zem_root/build/wine
 export WINEDEBUG=-all
 export WINEDLLOVERRIDES='winemenubuilder.exe,winedbg.exe,mscoree,mshtml='
 unset DISPLAY
 
-prepare_wine() {
-  [ -f "$WINEPREFIX/system.reg" ] && return
-  mkdir -p "$WINEPREFIX"
-  wineboot --init >"$WINEPREFIX/boot.log" 2>&1
-  wineserver --wait
+# step WHAT COMMAND...: one line on the screen; what the command prints goes to a file of build/log, and
+# is shown if it fails.
+step() {
+  local what=$1 log status=0 start=$SECONDS
+  shift
+  log=build/log/${what// /-}.log
+  printf '%-32s' "$what"
+  "$@" >"$log" 2>&1 || status=$?
+  if [ "$status" -ne 0 ]; then
+    echo "FAILED"
+    cat "$log"
+    exit "$status"
+  fi
+  echo "ok ($((SECONDS - start)) s)"
 }
 
-# build PRESET
-build() {
-  cmake --preset "$1" >"$zem_root/build/configure-$1.log" ||
-    { cat "$zem_root/build/configure-$1.log"; return 1; }
-  cmake --build --preset "$1"
-}
-
-mkdir -p "$zem_root/build"
+mkdir -p "$zem_root/build/log"
 cd "$zem_root"

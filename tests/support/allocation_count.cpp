@@ -3,7 +3,16 @@
 #include <atomic>
 #include <cstddef>
 
-#ifdef __SANITIZE_ADDRESS__
+// GCC and Clang tell of their sanitizer in different ways.
+#if defined(__SANITIZE_ADDRESS__)
+#define ZEM_ADDRESS_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ZEM_ADDRESS_SANITIZER
+#endif
+#endif
+
+#ifdef ZEM_ADDRESS_SANITIZER
 // The sanitizer's own hook; GCC ships the function without the header that declares it.
 extern "C" int __sanitizer_install_malloc_and_free_hooks(
     void (*onMalloc)(const volatile void* memory, std::size_t size),
@@ -12,7 +21,7 @@ extern "C" int __sanitizer_install_malloc_and_free_hooks(
 
 namespace zem::testing {
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef ZEM_ADDRESS_SANITIZER
 
 namespace {
 

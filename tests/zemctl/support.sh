@@ -5,7 +5,7 @@ tool=build/windows/zemctl.exe
 sim=--simulator
 
 # A folder for the test's files, and the file that holds the last run's output.
-work=build/zemctl-tests
+work=build/zemctl-tests/$(basename "$0" .sh)
 mkdir -p $work
 out=$work/out
 

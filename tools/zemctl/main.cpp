@@ -3,10 +3,16 @@
 // shellapi.h leans on windows.h.
 #include <shellapi.h>
 
+#include <cstdio>
+#include <exception>
+
 #include "tools/zemctl/bytes.h"
+#include "tools/zemctl/exit_codes.h"
 #include "tools/zemctl/program.h"
 
-int main() {
+namespace {
+
+int Run() {
   SetConsoleOutputCP(CP_UTF8);
   int count = 0;
   wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
@@ -17,4 +23,15 @@ int main() {
   }
   LocalFree(words);
   return zemctl::Program().Run(std::move(arguments));
+}
+
+}  // namespace
+
+int main() {
+  try {
+    return Run();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "zemctl: %s.\n", error.what());
+    return zemctl::kInternalError;
+  }
 }

@@ -2,7 +2,7 @@
 # Builds tests/windows/callers/microsoft_abi_caller.cpp for the Microsoft ABI, with nothing but Clang,
 # an import library made from the module definition file, and the public header, and runs it.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 out=build/microsoft_abi
 mkdir -p $out
 
