@@ -4,7 +4,7 @@
 
 #include "tests/support/package_files.h"
 #include "tests/support/rom_boot_test.h"
-#include "tools/zemctl/burn_plan.h"
+#include "tools/zemctl/rom_boot/burn_plan.h"
 
 namespace zem::testing {
 namespace {

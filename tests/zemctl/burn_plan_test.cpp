@@ -1,5 +1,5 @@
 // What zemctl tells from a file before it burns it.
-#include "tools/zemctl/burn_plan.h"
+#include "tools/zemctl/rom_boot/burn_plan.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // What zemctl concludes from the values of a progress callback.
-#include "tools/zemctl/transfer_watch.h"
+#include "tools/zemctl/updates/transfer_watch.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // What zemctl says about the camera's state when an update did not go through.
-#include "tools/zemctl/update_outcome.h"
+#include "tools/zemctl/updates/update_outcome.h"
 
 #include <gtest/gtest.h>
 

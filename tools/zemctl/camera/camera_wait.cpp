@@ -1,0 +1,41 @@
+#include "tools/zemctl/camera/camera_wait.h"
+
+#include <windows.h>
+
+#include <array>
+
+#include "include/ZemUVCExtApi.h"
+#include "tools/zemctl/frame/bytes.h"
+#include "tools/zemctl/frame/results.h"
+
+namespace zemctl {
+namespace {
+
+constexpr unsigned kListPauseMilliseconds = 500;
+
+std::string ReadVersion(const Session& session) {
+  std::array<unsigned char, 6> version = {};
+  Check("ZEMAPI_GetFWVersion", ZEMAPI_GetFWVersion(session.handle(), version.data()));
+  return HexText(version);
+}
+
+}  // namespace
+
+std::string WaitForCamera(const DeviceSelection& device, unsigned seconds) {
+  const ULONGLONG end = GetTickCount64() + 1000ULL * seconds;
+  for (;;) {
+    try {
+      return ReadVersion(Session(device));
+    } catch (const CallFailure& failure) {
+      if (failure.text().exitCode != kNoCamera) {
+        throw;
+      }
+    }
+    if (GetTickCount64() >= end) {
+      return "";
+    }
+    Sleep(kListPauseMilliseconds);
+  }
+}
+
+}  // namespace zemctl

@@ -1,0 +1,14 @@
+// A camera that comes back as a video device after it was restarted.
+#pragma once
+
+#include <string>
+
+#include "tools/zemctl/camera/session.h"
+
+namespace zemctl {
+
+// Looks for the camera for so many seconds, and asks it for its firmware version: "01 02 03 04 05
+// 06". Empty when it does not come. Throws CallFailure when it comes and does not answer.
+std::string WaitForCamera(const DeviceSelection& device, unsigned seconds);
+
+}  // namespace zemctl

@@ -1,0 +1,108 @@
+#include "tools/zemctl/camera/rehearsal.h"
+
+#include <memory>
+
+#include "device/extension_units.h"
+#include "simulator/com_camera.h"
+#include "simulator/vendor_unit.h"
+#include "tools/zemctl/frame/bytes.h"
+#include "tools/zemctl/frame/results.h"
+
+namespace zemctl {
+namespace {
+
+using zem::simulator::Camera;
+using zem::simulator::Outcome;
+using zem::simulator::Transfer;
+using zem::simulator::VendorSettings;
+using zem::simulator::VendorUnit;
+
+// Blocks up to this length are commands, and worth showing.
+constexpr std::size_t kLongestBlock = 8;
+
+constexpr std::uint8_t kTransferCode = 0x01;
+constexpr std::uint8_t kAct = 0x01;
+
+// Idle, and in favour of everything but a burn.
+class WillingUnit : public VendorUnit {
+ public:
+  using VendorUnit::VendorUnit;
+
+  Outcome Set(std::uint16_t selector, std::span<const std::uint8_t> bytes) override {
+    switch (selector) {
+      case zem::vendor_selector::kVcpCommand:
+        static_cast<void>(VendorUnit::Set(selector, bytes));
+        return bytes.size() > 1 && bytes[0] == kTransferCode && bytes[1] == kAct ? Outcome::kFailed
+                                                                                 : Outcome::kDone;
+      case zem::vendor_selector::kBulkData:
+      case zem::vendor_selector::kFastBulkData:
+        return Outcome::kDone;
+      default:
+        return VendorUnit::Set(selector, bytes);
+    }
+  }
+
+  Outcome Get(std::uint16_t selector, std::size_t length,
+              std::vector<std::uint8_t>& bytes) override {
+    if (selector == zem::vendor_selector::kVcpReply) {
+      bytes.assign(length, 0);
+      return Outcome::kDone;
+    }
+    return VendorUnit::Get(selector, length, bytes);
+  }
+};
+
+void Note(const Transfer& transfer, std::vector<RehearsedTransfer>& transfers) {
+  RehearsedTransfer noted = {
+      transfer.isSet, transfer.selector, static_cast<std::uint32_t>(transfer.length), 1, {}};
+  if (transfer.isSet && transfer.length <= kLongestBlock) {
+    noted.block = transfer.bytes;
+  }
+  if (!transfers.empty()) {
+    RehearsedTransfer& last = transfers.back();
+    if (noted.length > kLongestBlock && last.isSet == noted.isSet &&
+        last.selector == noted.selector && last.length == noted.length) {
+      ++last.count;
+      return;
+    }
+  }
+  transfers.push_back(std::move(noted));
+}
+
+}  // namespace
+
+std::vector<RehearsedTransfer> Rehearse(const RehearsedCamera& settings,
+                                        const std::function<ZemResult(void* handle)>& call) {
+  VendorSettings vendor;
+  vendor.chip = settings.is517x ? VendorSettings::Chip::k517x : VendorSettings::Chip::k516x;
+  vendor.data.highSpeed = settings.highSpeed;
+  const auto camera = std::make_shared<Camera>();
+  camera->AddUnit(std::make_unique<WillingUnit>(vendor));
+  std::vector<RehearsedTransfer> transfers;
+  camera->SetObserver([&](const Transfer& transfer) { Note(transfer, transfers); });
+
+  IBaseFilter* const filter = zem::simulator::MakeCameraFilter(camera, nullptr);
+  // Closing gives one back, and opening this way takes none.
+  static_cast<void>(CoInitialize(nullptr));
+  void* handle = nullptr;
+  const ZemResult opened = ZEMAPI_OpenDeviceBySourceFilter(filter, &handle);
+  filter->Release();
+  Check("ZEMAPI_OpenDeviceBySourceFilter", opened);
+  static_cast<void>(call(handle));
+  ZEMAPI_CloseDevice(&handle);
+  return transfers;
+}
+
+void ReportRehearsal(const std::vector<RehearsedTransfer>& transfers, Report& report) {
+  Report rows = Report::array();
+  for (const RehearsedTransfer& transfer : transfers) {
+    rows.push_back({{"transfer", std::string(transfer.isSet ? "set" : "get") + " vendor " +
+                                     std::to_string(transfer.selector)},
+                    {"count", transfer.count},
+                    {"bytes", transfer.length},
+                    {"block", HexText(transfer.block)}});
+  }
+  report["transfers"] = rows;
+}
+
+}  // namespace zemctl

@@ -1,0 +1,227 @@
+// zemctl control list, zemctl control get, zemctl control set
+#include <array>
+#include <memory>
+#include <optional>
+
+#include "tools/zemctl/frame/program.h"
+#include "tools/zemctl/frame/results.h"
+
+namespace zemctl {
+namespace {
+
+constexpr ZemLong kAutomatic = 1;
+constexpr ZemLong kManual = 2;
+
+// The calls of one family of controls.
+struct Family {
+  const char* name;
+  const char* getter;
+  ZemResult (*get)(void* handle, ZemLong property, ZemLong* value, ZemLong* flags);
+  const char* setter;
+  ZemResult (*set)(void* handle, ZemLong property, ZemLong value, ZemLong flags);
+  const char* rangeGetter;
+  ZemResult (*getRange)(void* handle, ZemLong property, ZemLong* minimum, ZemLong* maximum,
+                        ZemLong* step, ZemLong* defaultValue, ZemLong* capsFlags);
+};
+
+const Family kVideo = {"video",
+                       "ZEMAPI_GetVideoProcAmp",
+                       ZEMAPI_GetVideoProcAmp,
+                       "ZEMAPI_SetVideoProcAmp",
+                       ZEMAPI_SetVideoProcAmp,
+                       "ZEMAPI_GetVideoProcAmpRange",
+                       ZEMAPI_GetVideoProcAmpRange};
+const Family kCamera = {"camera",
+                        "ZEMAPI_GetCameraControl",
+                        ZEMAPI_GetCameraControl,
+                        "ZEMAPI_SetCameraControl",
+                        ZEMAPI_SetCameraControl,
+                        "ZEMAPI_GetCameraControlRange",
+                        ZEMAPI_GetCameraControlRange};
+
+struct Control {
+  const char* name;
+  const Family* family;
+  ZemLong property;
+};
+
+constexpr std::array<Control, 17> kControls = {{
+    {"brightness", &kVideo, 0},
+    {"contrast", &kVideo, 1},
+    {"hue", &kVideo, 2},
+    {"saturation", &kVideo, 3},
+    {"sharpness", &kVideo, 4},
+    {"gamma", &kVideo, 5},
+    {"color-enable", &kVideo, 6},
+    {"white-balance", &kVideo, 7},
+    {"backlight-compensation", &kVideo, 8},
+    {"gain", &kVideo, 9},
+    {"pan", &kCamera, 0},
+    {"tilt", &kCamera, 1},
+    {"roll", &kCamera, 2},
+    {"zoom", &kCamera, 3},
+    {"exposure", &kCamera, 4},
+    {"iris", &kCamera, 5},
+    {"focus", &kCamera, 6},
+}};
+
+const Control& FindControl(const std::string& name) {
+  std::string known;
+  for (const Control& control : kControls) {
+    if (name == control.name) {
+      return control;
+    }
+    known += std::string(known.empty() ? "" : ", ") + control.name;
+  }
+  throw UsageError("\"" + name + "\" is no control; the controls are " + known);
+}
+
+struct Range {
+  ZemLong minimum = 0;
+  ZemLong maximum = 0;
+  ZemLong step = 0;
+  ZemLong defaultValue = 0;
+  ZemLong flags = 0;
+};
+
+struct Setting {
+  ZemLong value = 0;
+  ZemLong flags = 0;
+};
+
+ZemResult ReadRange(void* handle, const Control& control, Range& range) {
+  return control.family->getRange(handle, control.property, &range.minimum, &range.maximum,
+                                  &range.step, &range.defaultValue, &range.flags);
+}
+
+// A failure in words: a camera without the whole family is told from one without the control.
+void CheckControl(const char* function, const Control& control, ZemResult result) {
+  if (result == ZEM_E_DEVICE_REFUSED) {
+    throw CallFailure(function, result,
+                      {"ZEM_E_DEVICE_REFUSED",
+                       "the camera has no " + std::string(control.family->name) + " controls",
+                       "\"zemctl control list\" shows those it has.", kUnitAbsent});
+  }
+  Check(function, result);
+}
+
+Setting ReadSetting(void* handle, const Control& control) {
+  Setting setting;
+  CheckControl(control.family->getter, control,
+               control.family->get(handle, control.property, &setting.value, &setting.flags));
+  return setting;
+}
+
+std::string ModeText(ZemLong flags) {
+  std::string text;
+  if ((flags & kAutomatic) != 0) {
+    text = "automatic";
+  }
+  if ((flags & kManual) != 0) {
+    text += text.empty() ? "manual" : ", manual";
+  }
+  return text;
+}
+
+Report DescribeControl(const Control& control, const Setting& setting, const Range& range) {
+  return {{"control", control.name},
+          {"family", control.family->name},
+          {"value", setting.value},
+          {"mode", ModeText(setting.flags)},
+          {"minimum", range.minimum},
+          {"maximum", range.maximum},
+          {"step", range.step},
+          {"default", range.defaultValue},
+          {"modes", ModeText(range.flags)}};
+}
+
+int ListControls(const Options& options, Report& report) {
+  const Session session(options.device);
+  Report rows = Report::array();
+  std::optional<CallFailure> otherFailure;
+  for (const Control& control : kControls) {
+    Range range;
+    const ZemResult result = ReadRange(session.handle(), control, range);
+    if (result < 0) {
+      if (result != ZEM_E_DEVICE_REFUSED) {
+        otherFailure.emplace(control.family->rangeGetter, result);
+      }
+      continue;
+    }
+    rows.push_back(DescribeControl(control, ReadSetting(session.handle(), control), range));
+  }
+  // One control that fails is one that the camera lacks; all of them are a failure.
+  if (rows.empty()) {
+    throw otherFailure
+        ? CallFailure(*otherFailure)
+        : CallFailure(
+              "control list", ZEM_E_DEVICE_REFUSED,
+              {"ZEM_E_DEVICE_REFUSED", "the camera has no standard controls",
+               "Vendor commands may do the same: see \"zemctl tune --help\".", kUnitAbsent});
+  }
+  report["controls"] = rows;
+  return kDone;
+}
+
+int ShowControl(void* handle, const Control& control, Report& report) {
+  Range range;
+  CheckControl(control.family->rangeGetter, control, ReadRange(handle, control, range));
+  report = DescribeControl(control, ReadSetting(handle, control), range);
+  return kDone;
+}
+
+struct ControlArguments {
+  std::string name;
+  std::string value;
+};
+
+int GetControl(const Options& options, const ControlArguments& arguments, Report& report) {
+  const Control& control = FindControl(arguments.name);
+  const Session session(options.device);
+  return ShowControl(session.handle(), control, report);
+}
+
+int SetControl(const Options& options, const ControlArguments& arguments, Report& report) {
+  const Control& control = FindControl(arguments.name);
+  Setting setting;
+  const bool automatic = arguments.value == "auto";
+  if (!automatic && !CLI::detail::lexical_cast(arguments.value, setting.value)) {
+    throw UsageError("\"" + arguments.value + "\" is neither a number nor auto");
+  }
+  const Session session(options.device);
+  if (automatic) {
+    setting = ReadSetting(session.handle(), control);
+  }
+  setting.flags = automatic ? kAutomatic : kManual;
+  CheckControl(
+      control.family->setter, control,
+      control.family->set(session.handle(), control.property, setting.value, setting.flags));
+  return ShowControl(session.handle(), control, report);
+}
+
+}  // namespace
+
+void AddControlCommands(Program& program) {
+  const auto arguments = std::make_shared<ControlArguments>();
+  const auto bind = [arguments](auto function) {
+    return [arguments, function](const Options& options, Report& report) {
+      return function(options, *arguments, report);
+    };
+  };
+  CLI::App* const controls =
+      program.app()
+          .add_subcommand("control", "Read and set the standard controls of the camera")
+          ->require_subcommand(1);
+  controls->fallthrough();
+  program.AddCommand(controls, "list", "List the controls with their ranges", ListControls);
+  const auto addName = [arguments](CLI::App* command) {
+    command->add_option("control", arguments->name, "Name, see list")->required();
+    return command;
+  };
+  addName(program.AddCommand(controls, "get", "Read a control", bind(GetControl)));
+  addName(program.AddCommand(controls, "set", "Set a control", bind(SetControl)))
+      ->add_option("value", arguments->value, "Number, or auto")
+      ->required();
+}
+
+}  // namespace zemctl

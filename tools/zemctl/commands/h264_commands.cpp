@@ -1,0 +1,218 @@
+// zemctl h264 list, start, stop, fps, bitrate, keyframe
+#include <charconv>
+#include <memory>
+#include <span>
+
+#include "tools/zemctl/camera/extension_unit_names.h"
+#include "tools/zemctl/camera/required_unit.h"
+#include "tools/zemctl/frame/program.h"
+#include "tools/zemctl/frame/results.h"
+
+namespace zemctl {
+namespace {
+
+// Length of the list that the library makes up for a camera that tells none; a camera's own never
+// has it.
+constexpr int kDefaultListLength = 808;
+
+// Type of the formats that are started on the H.264 unit.
+constexpr unsigned kUnitType = 2;
+
+struct H264Arguments {
+  std::string format;
+  unsigned short number = 0;
+};
+
+// The camera's formats, given back when it goes out of scope.
+class FormatList {
+ public:
+  explicit FormatList(void* handle) {
+    length_ = ZEMAPI_GetH264FrameList(handle, &list_);
+    Check("ZEMAPI_GetH264FrameList", length_);
+  }
+  ~FormatList() { ZEMAPI_ReleaseH264FrameList(list_); }
+  FormatList(const FormatList&) = delete;
+  FormatList& operator=(const FormatList&) = delete;
+
+  bool isDefault() const { return length_ == kDefaultListLength; }
+  std::span<const H264FrameInfo> formats() const {
+    const auto* const head = static_cast<const H264FrameList*>(list_);
+    return {reinterpret_cast<const H264FrameInfo*>(head + 1), head->wCount};
+  }
+
+ private:
+  void* list_ = nullptr;
+  ZemResult length_ = 0;
+};
+
+std::string Size(unsigned width, unsigned height) {
+  return std::to_string(width) + "x" + std::to_string(height);
+}
+
+// The formats that carry H.264, up to the first index that has none.
+Report CarrierRows(void* handle) {
+  Report rows = Report::array();
+  for (unsigned short index = 0;; ++index) {
+    unsigned short width = 0;
+    unsigned short height = 0;
+    GUID subtype = {};
+    const ZemResult result =
+        ZEMAPI_GetH264_UVC_PayloadFormat(handle, index, &width, &height, &subtype);
+    Check("ZEMAPI_GetH264_UVC_PayloadFormat", result);
+    if (result != ZEM_OK) {
+      return rows;
+    }
+    // A subtype's first field is its four-character code.
+    std::string code;
+    for (unsigned shift = 0; shift < 32; shift += 8) {
+      code += static_cast<char>((subtype.Data1 >> shift) & 0xFF);
+    }
+    rows.push_back({{"index", index}, {"size", Size(width, height)}, {"subtype", code}});
+  }
+}
+
+int ListFormats(const Options& options, const H264Arguments& /*arguments*/, Report& report) {
+  const Session session(options.device);
+  const FormatList list(session.handle());
+  report["source"] = list.isDefault() ? "default" : "camera";
+  Report rows = Report::array();
+  for (const H264FrameInfo& format : list.formats()) {
+    rows.push_back({{"index", format.wFrameIndex},
+                    {"type", format.wType},
+                    {"size", Size(format.wWidth, format.wHeight)},
+                    {"second size", Size(format.wSubWidth, format.wSubHeight)},
+                    {"max kbit/s", format.dwMaxBitRate},
+                    {"min kbit/s", format.dwMinBitRate},
+                    {"max fps", format.wMaxFps},
+                    {"min fps", format.wMinFps}});
+  }
+  report["formats"] = rows;
+  report["carriers"] = CarrierRows(session.handle());
+  return kDone;
+}
+
+// A start or stop that came to nothing, told by a result that says more or less than it does
+// elsewhere.
+CallFailure NotTaken(const char* function, ZemResult result) {
+  return {function,
+          result,
+          {"not taken", "the camera did not take the resolution code or the H.264 switch",
+           "Check that the camera is still attached and encodes H.264.", kTransferFailed}};
+}
+
+void StartIndex(const Session& session, unsigned short index, Report& report) {
+  const FormatList list(session.handle());
+  for (const H264FrameInfo& format : list.formats()) {
+    if (format.wFrameIndex != index) {
+      continue;
+    }
+    if (format.wType == kUnitType) {
+      // The library reports such a start as done, whatever the camera answers.
+      RequireUnit(session, "h264");
+    }
+    const ZemResult result = ZEMAPI_SetH264FrameIndex(session.handle(), index);
+    if (result < 0) {
+      throw NotTaken("ZEMAPI_SetH264FrameIndex", result);
+    }
+    report["index"] = index;
+    report["type"] = format.wType;
+    report["size"] = Size(format.wWidth, format.wHeight);
+    return;
+  }
+  throw UsageError("the camera has no H.264 format with the frame index " + std::to_string(index) +
+                   " (see zemctl h264 list)");
+}
+
+void SetMode(const Session& session, unsigned width, unsigned height) {
+  // Success is 1 here.
+  const ZemResult result = ZEMAPI_SetH264Mode(session.handle(), width, height);
+  if (result != 1) {
+    throw NotTaken("ZEMAPI_SetH264Mode", result);
+  }
+}
+
+// A decimal number that takes up the whole text.
+template <class Number>
+bool ParseWhole(std::string_view text, Number& number) {
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end;
+}
+
+int StartFormat(const Options& options, const H264Arguments& arguments, Report& report) {
+  const std::string_view text = arguments.format;
+  const std::size_t by = text.find('x');
+  unsigned short index = 0;
+  unsigned width = 0;
+  unsigned height = 0;
+  if (ParseWhole(text, index)) {
+    const Session session(options.device);
+    StartIndex(session, index, report);
+  } else if (by != std::string_view::npos && ParseWhole(text.substr(0, by), width) &&
+             ParseWhole(text.substr(by + 1), height) && width != 0 && height != 0) {
+    const Session session(options.device);
+    SetMode(session, width, height);
+    report["size"] = Size(width, height);
+  } else {
+    throw UsageError("\"" + arguments.format + "\" is neither a frame index nor WIDTHxHEIGHT");
+  }
+  report["started"] = true;
+  return kDone;
+}
+
+int StopEncoder(const Options& options, const H264Arguments& /*arguments*/, Report& report) {
+  const Session session(options.device);
+  SetMode(session, 0, 0);
+  report["stopped"] = true;
+  return kDone;
+}
+
+int SetFps(const Options& options, const H264Arguments& arguments, Report& report) {
+  const Session session(options.device);
+  Check("ZEMAPI_SetFps", ZEMAPI_SetFps(session.handle(), arguments.number));
+  report["fps"] = arguments.number;
+  return kDone;
+}
+
+int SetBitRate(const Options& options, const H264Arguments& arguments, Report& report) {
+  const Session session(options.device);
+  Check("ZEMAPI_SetBitRate", ZEMAPI_SetBitRate(session.handle(), arguments.number));
+  report["bit rate"] = arguments.number;
+  return kDone;
+}
+
+int ForceKeyFrame(const Options& options, const H264Arguments& /*arguments*/, Report& report) {
+  const Session session(options.device);
+  Check("ZEMAPI_ForceIFrame", ZEMAPI_ForceIFrame(session.handle()));
+  report["key frame"] = "requested";
+  return kDone;
+}
+
+}  // namespace
+
+void AddH264Commands(Program& program) {
+  const auto arguments = std::make_shared<H264Arguments>();
+  CLI::App* const h264 =
+      program.app().add_subcommand("h264", "List and start H.264 formats")->require_subcommand(1);
+  h264->fallthrough();
+  const auto add = [&](const std::string& name, const std::string& description, auto function) {
+    return program.AddCommand(h264, name, description,
+                              [arguments, function](const Options& options, Report& report) {
+                                return function(options, *arguments, report);
+                              });
+  };
+  add("list", "List the camera's H.264 formats, and those that carry them", ListFormats);
+  add("start", "Start a format", StartFormat)
+      ->add_option("format", arguments->format, "Frame index (see list) or WIDTHxHEIGHT")
+      ->required();
+  add("stop", "Stop H.264", StopEncoder);
+  add("fps", "Set the encoder's frame rate", SetFps)
+      ->add_option("rate", arguments->number, "Frames per second")
+      ->required();
+  add("bitrate", "Set the encoder's bit rate", SetBitRate)
+      ->add_option("rate", arguments->number, "In the camera's units")
+      ->required();
+  add("keyframe", "Ask for a key frame", ForceKeyFrame);
+}
+
+}  // namespace zemctl

@@ -1,0 +1,91 @@
+#include "tools/zemctl/frame/bytes.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+
+#include "tools/zemctl/frame/results.h"
+
+namespace zemctl {
+namespace {
+
+unsigned char ParseByte(std::string_view text) {
+  std::string_view digits = text;
+  if (digits.starts_with("0x") || digits.starts_with("0X")) {
+    digits.remove_prefix(2);
+  }
+  unsigned value = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, value, 16);
+  if (digits.empty() || error != std::errc() || stop != end || value > 0xFF) {
+    throw UsageError("\"" + std::string(text) + "\" is not a byte in hexadecimal");
+  }
+  return static_cast<unsigned char>(value);
+}
+
+}  // namespace
+
+std::string HexText(std::span<const unsigned char> bytes) {
+  std::string text;
+  for (const unsigned char byte : bytes) {
+    std::array<char, 4> digits = {};
+    std::snprintf(digits.data(), digits.size(), "%02x", byte);
+    if (!text.empty()) {
+      text += ' ';
+    }
+    text += digits.data();
+  }
+  return text;
+}
+
+std::string HexNumber(std::uint64_t number, int digits) {
+  std::array<char, 24> text = {};
+  std::snprintf(text.data(), text.size(), "0x%0*llX", digits,
+                static_cast<unsigned long long>(number));
+  return text.data();
+}
+
+std::vector<unsigned char> ParseBytes(const std::vector<std::string>& words) {
+  constexpr std::string_view kSeparators = " ,\t";
+  std::vector<unsigned char> bytes;
+  for (const std::string& word : words) {
+    std::string_view rest = word;
+    while (!rest.empty()) {
+      const std::size_t end = std::min(rest.find_first_of(kSeparators), rest.size());
+      if (end > 0) {
+        bytes.push_back(ParseByte(rest.substr(0, end)));
+      }
+      rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+  }
+  return bytes;
+}
+
+std::vector<unsigned char> ParseBlock(const std::vector<std::string>& words, std::size_t size) {
+  std::vector<unsigned char> bytes = ParseBytes(words);
+  if (bytes.size() > size) {
+    throw UsageError("a block of this channel has " + std::to_string(size) + " bytes");
+  }
+  bytes.resize(size);
+  return bytes;
+}
+
+std::string Narrow(const std::wstring& text) {
+  const int length = static_cast<int>(text.size());
+  const int size =
+      WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+  std::string narrow(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, text.data(), length, narrow.data(), size, nullptr, nullptr);
+  return narrow;
+}
+
+std::string GuidText(const GUID& id) {
+  std::array<wchar_t, 64> text = {};
+  StringFromGUID2(id, text.data(), static_cast<int>(text.size()));
+  return Narrow(text.data());
+}
+
+}  // namespace zemctl

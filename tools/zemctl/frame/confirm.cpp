@@ -1,0 +1,27 @@
+#include "tools/zemctl/frame/confirm.h"
+
+#include <array>
+#include <cstdio>
+
+#include "tools/zemctl/frame/results.h"
+
+namespace zemctl {
+
+void Confirm(const Options& options, const std::string& what) {
+  if (options.yes) {
+    return;
+  }
+  std::fprintf(stderr, "%s. Go on? [y/N] ", what.c_str());
+  std::fflush(stderr);
+  std::array<char, 64> line = {};
+  std::string answer;
+  if (std::fgets(line.data(), static_cast<int>(line.size()), stdin) != nullptr) {
+    answer = line.data();
+  }
+  answer.erase(answer.find_last_not_of("\r\n ") + 1);
+  if (answer != "y" && answer != "yes") {
+    throw ToolFailure(kCancelled, "nothing was done", "Answer y, or give --yes.");
+  }
+}
+
+}  // namespace zemctl

@@ -1,0 +1,73 @@
+// What every command of zemctl shares: the global options, the opened camera, the report.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/zemctl/camera/session.h"
+#include "tools/zemctl/frame/report.h"
+
+namespace zemctl {
+
+struct Options {
+  DeviceSelection device;
+  bool json = false;
+  bool yes = false;
+  bool simulator = false;
+  std::string simulatorOptions;
+  std::vector<std::string> simulatorFaults;
+  std::string simulatorState;
+};
+
+class Program {
+ public:
+  Program();
+
+  // Runs one command line (UTF-8, the program's name first) and returns the exit code.
+  int Run(std::vector<std::string> arguments);
+
+  const Options& options() const { return options_; }
+
+  // What is done once the command line has been understood: fills the report and returns the exit
+  // code, or throws CallFailure or UsageError.
+  using Action = std::function<int(const Options&, Report&)>;
+
+  // Adds a command to `parent`; `action` runs when it is the one that was given.
+  CLI::App* AddCommand(CLI::App* parent, const std::string& name, const std::string& description,
+                       Action action);
+
+  CLI::App& app() { return app_; }
+
+ private:
+  int RunAction();
+  int PrintFailure(const std::string& message, const std::string& advice, Report details,
+                   int exitCode) const;
+
+  CLI::App app_;
+  Options options_;
+  Action chosen_;
+};
+
+// The command groups, each in the file of its name.
+void AddDeviceCommands(Program& program);
+void AddRegisterCommands(Program& program);
+void AddTuneCommands(Program& program);
+void AddControlCommands(Program& program);
+void AddAudioCommands(Program& program);
+void AddEncodingCommands(Program& program);
+void AddRawCommands(Program& program);
+void AddH264Commands(Program& program);
+void AddStreamCommands(Program& program);
+void AddMulticastCommands(Program& program);
+void AddRomCommands(Program& program);
+void AddRecoverCommand(Program& program);
+void AddMediaCommands(Program& program);
+void AddUpdateCommands(Program& program);
+void AddDataCommands(Program& program);
+void AddNvmemCommands(Program& program);
+void AddTableCommands(Program& program);
+
+}  // namespace zemctl

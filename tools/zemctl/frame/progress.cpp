@@ -1,0 +1,73 @@
+#include "tools/zemctl/frame/progress.h"
+
+#include <io.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace zemctl {
+
+Progress::Progress(bool silent) : silent_(silent), terminal_(_isatty(_fileno(stderr)) != 0) {}
+
+Progress::~Progress() {
+  // An operation that was left half way ends its line.
+  if (!silent_ && terminal_ && !phase_.empty()) {
+    std::fputc('\n', stderr);
+  }
+}
+
+void Progress::Begin(const std::string& phase, Share share) {
+  if (share.from == 0) {
+    Complete();
+  } else {
+    Reach(share_.to);
+  }
+  phase_ = phase;
+  share_ = share;
+  percent_ = share.from;
+  Draw();
+}
+
+void Progress::Update(std::uint32_t percent) {
+  Reach(share_.from + std::min<std::uint32_t>(percent, 100) * (share_.to - share_.from) / 100);
+}
+
+void Progress::Reach(std::uint32_t percent) {
+  if (phase_.empty() || percent <= percent_) {
+    return;
+  }
+  const bool nextTenth = percent / 10 != percent_ / 10;
+  percent_ = percent;
+  if (terminal_ || nextTenth) {
+    Draw();
+  }
+}
+
+void Progress::Complete() {
+  if (phase_.empty()) {
+    return;
+  }
+  Reach(share_.to);
+  if (!silent_ && terminal_) {
+    std::fputc('\n', stderr);
+  }
+  phase_.clear();
+}
+
+void Progress::Draw() const {
+  if (silent_) {
+    return;
+  }
+  constexpr int kBarWidth = 40;
+  const int filled = static_cast<int>(percent_) * kBarWidth / 100;
+  if (terminal_) {
+    std::fprintf(stderr, "\r%-12s [%s%s] %3u %%", phase_.c_str(),
+                 std::string(static_cast<std::size_t>(filled), '#').c_str(),
+                 std::string(static_cast<std::size_t>(kBarWidth - filled), ' ').c_str(), percent_);
+  } else {
+    std::fprintf(stderr, "%s: %u %%\n", phase_.c_str(), percent_);
+  }
+  std::fflush(stderr);
+}
+
+}  // namespace zemctl

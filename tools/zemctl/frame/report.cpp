@@ -1,0 +1,77 @@
+#include "tools/zemctl/frame/report.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace zemctl {
+namespace {
+
+std::string TextOf(const Report& value) {
+  if (value.is_string()) {
+    return value.get<std::string>();
+  }
+  if (value.is_boolean()) {
+    return value.get<bool>() ? "yes" : "no";
+  }
+  return value.dump();
+}
+
+bool IsTable(const Report& value) {
+  return value.is_array() && !value.empty() &&
+         std::all_of(value.begin(), value.end(), [](const Report& row) { return row.is_object(); });
+}
+
+std::string Padded(const std::string& text, std::size_t width) {
+  return text + std::string(width > text.size() ? width - text.size() : 0, ' ');
+}
+
+void PrintTable(std::FILE* out, const Report& rows) {
+  std::vector<std::vector<std::string>> lines(1);
+  for (const auto& [name, value] : rows.front().items()) {
+    lines.front().push_back(name);
+  }
+  for (const Report& row : rows) {
+    auto& line = lines.emplace_back();
+    for (const auto& [name, value] : row.items()) {
+      line.push_back(TextOf(value));
+    }
+  }
+  std::vector<std::size_t> widths;
+  for (const auto& line : lines) {
+    widths.resize(std::max(widths.size(), line.size()));
+    for (std::size_t column = 0; column < line.size(); ++column) {
+      widths[column] = std::max(widths[column], line[column].size());
+    }
+  }
+  for (const auto& line : lines) {
+    std::string text = " ";
+    for (std::size_t column = 0; column < line.size(); ++column) {
+      text += " " + Padded(line[column], widths[column] + 1);
+    }
+    text.erase(text.find_last_not_of(' ') + 1);
+    std::fprintf(out, "%s\n", text.c_str());
+  }
+}
+
+}  // namespace
+
+void Print(std::FILE* out, const Report& report, bool asJson) {
+  if (asJson) {
+    std::fprintf(out, "%s\n", report.dump(2, ' ', false, Report::error_handler_t::replace).c_str());
+    return;
+  }
+  std::size_t width = 0;
+  for (const auto& [name, value] : report.items()) {
+    width = std::max(width, IsTable(value) ? 0 : name.size());
+  }
+  for (const auto& [name, value] : report.items()) {
+    if (IsTable(value)) {
+      std::fprintf(out, "%s:\n", name.c_str());
+      PrintTable(out, value);
+    } else {
+      std::fprintf(out, "%s %s\n", Padded(name + ":", width + 1).c_str(), TextOf(value).c_str());
+    }
+  }
+}
+
+}  // namespace zemctl

@@ -1,0 +1,44 @@
+// What the rom commands have in common on the command line.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tools/zemctl/frame/program.h"
+#include "tools/zemctl/rom_boot/burn_method.h"
+#include "tools/zemctl/rom_boot/rom_session.h"
+
+namespace zemctl {
+
+// --kind, --wait and --send-divider.
+void AddSelectionOptions(CLI::App* command, RomSelection& selection);
+
+// --storage and --option.
+void AddStorageOptions(CLI::App* command, StorageChoice& storage);
+
+// --as, --address and --body-address.
+void AddBurnOptions(CLI::App* command, BurnRequest& request);
+
+// --dry-run.
+void AddDryRun(CLI::App* command, bool& dryRun);
+
+// Adds a command to `parent` whose arguments have a `selection`, with the options for that.
+template <class Arguments>
+CLI::App* AddRomCommand(Program& program, CLI::App* parent,
+                        const std::shared_ptr<Arguments>& arguments, const std::string& name,
+                        const std::string& description,
+                        int (*action)(const Options&, const Arguments&, Report&)) {
+  CLI::App* const command = program.AddCommand(
+      parent, name, description, [arguments, action](const Options& options, Report& report) {
+        return action(options, *arguments, report);
+      });
+  AddSelectionOptions(command, arguments->selection);
+  return command;
+}
+
+// Parts of zemctl rom, each in the file of its name.
+void AddRomLoadCommands(Program& program, CLI::App* rom);
+void AddRomBurnCommands(Program& program, CLI::App* rom);
+void AddRomEmmcCommands(Program& program, CLI::App* rom);
+
+}  // namespace zemctl

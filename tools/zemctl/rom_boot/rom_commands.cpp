@@ -1,0 +1,211 @@
+// zemctl rom enter, info, select, reset, reg get, reg set, command
+#include <algorithm>
+
+#include "tools/zemctl/frame/bytes.h"
+#include "tools/zemctl/frame/confirm.h"
+#include "tools/zemctl/frame/files.h"
+#include "tools/zemctl/frame/results.h"
+#include "tools/zemctl/rom_boot/rom_arguments.h"
+
+namespace zemctl {
+namespace {
+
+// ---- Arguments ----
+
+struct EntryArguments {
+  RomSelection selection = {std::nullopt, 10, false};
+  std::string way = "both";
+};
+
+struct PlainArguments {
+  RomSelection selection;
+  StorageChoice storage;
+};
+
+struct RegisterArguments {
+  RomSelection selection;
+  std::uint32_t address = 0;
+  unsigned value = 0;
+};
+
+struct CommandArguments {
+  RomSelection selection;
+  std::vector<std::string> bytes;
+  std::uint32_t bytesToRead = 0;
+  std::string fileToSend;
+};
+
+void ReportKind(const RomSession& session, Report& report) {
+  report["found"] = NameOf(session.kind());
+}
+
+// ---- Going there and coming back ----
+
+struct EntryWay {
+  const char* name;
+  const char* function;
+  ZemResult (*enter)(void* handle);
+};
+const EntryWay kEntryWays[] = {
+    {"both", "ZEMAPI_ResetToRomboot", ZEMAPI_ResetToRomboot},
+    {"vcp8", "ZEMAPI_ResetToRomboot_VCP8", ZEMAPI_ResetToRomboot_VCP8},
+    {"vcp16", "ZEMAPI_ResetToRomboot_VCP16", ZEMAPI_ResetToRomboot_VCP16},
+};
+
+int Enter(const Options& options, const EntryArguments& arguments, Report& report) {
+  const auto* const way =
+      std::find_if(std::begin(kEntryWays), std::end(kEntryWays),
+                   [&](const EntryWay& candidate) { return arguments.way == candidate.name; });
+  {
+    const Session camera(options.device);
+    Check(way->function, way->enter(camera.handle()));
+  }
+  const RomSession session = RomSession::Open(arguments.selection);
+  ReportKind(session, report);
+  return kDone;
+}
+
+int Reset(const Options& /*options*/, const PlainArguments& arguments, Report& report) {
+  const RomSession session = RomSession::Open(arguments.selection);
+  ReportKind(session, report);
+  ZEMROMAPI_ResetSystem(session.handle());
+  report["reset"] = "sent; the camera does not say whether it took it";
+  return kDone;
+}
+
+// ---- What it is ----
+
+std::string SignatureOf(std::span<const unsigned char, 16> identity) {
+  std::string text;
+  for (const unsigned char byte : identity.subspan(4)) {
+    if (byte < 0x20 || byte > 0x7E) {
+      break;
+    }
+    text += static_cast<char>(byte);
+  }
+  return text;
+}
+
+int ShowInfo(const Options& /*options*/, const PlainArguments& arguments, Report& report) {
+  const RomSession session = RomSession::Open(arguments.selection);
+  const auto identity = session.Identify();
+  ReportKind(session, report);
+  if (session.kind() == RomKind::kBootLoader) {
+    report["signature"] = SignatureOf(identity);
+  }
+  report["identity"] = HexText(identity);
+  return kDone;
+}
+
+int SelectStorage(const Options& /*options*/, const PlainArguments& arguments, Report& report) {
+  const Cdb cdb = SelectCdb(arguments.storage);
+  const RomSession session = RomSession::Open(arguments.selection);
+  session.Select(arguments.storage);
+  ReportKind(session, report);
+  report["selected"] = arguments.storage.name;
+  report["command"] = HexText(cdb);
+  return kDone;
+}
+
+// ---- Registers and raw commands ----
+
+int GetRegister(const Options& /*options*/, const RegisterArguments& arguments, Report& report) {
+  const RomSession session = RomSession::Open(arguments.selection);
+  unsigned char value = 0;
+  CheckRom("ZEMROMAPI_ReadRegister",
+           ZEMROMAPI_ReadRegister(session.handle(), arguments.address, &value));
+  report["address"] = HexNumber(arguments.address, 8);
+  report["value"] = HexNumber(value, 2);
+  return kDone;
+}
+
+int SetRegister(const Options& /*options*/, const RegisterArguments& arguments, Report& report) {
+  const RomSession session = RomSession::Open(arguments.selection);
+  CheckRom("ZEMROMAPI_WriteRegister",
+           ZEMROMAPI_WriteRegister(session.handle(), arguments.address,
+                                   static_cast<unsigned char>(arguments.value)));
+  report["address"] = HexNumber(arguments.address, 8);
+  report["value"] = HexNumber(arguments.value, 2);
+  report["written"] = true;
+  return kDone;
+}
+
+// Whatever does not read may erase: its meaning is the device's.
+int SendCommand(const Options& options, const CommandArguments& arguments, Report& report) {
+  std::vector<unsigned char> cdb = ParseBlock(arguments.bytes, Cdb().size());
+  std::vector<unsigned char> data;
+  const bool reads = arguments.bytesToRead > 0;
+  if (reads) {
+    data.resize(arguments.bytesToRead);
+  } else if (!arguments.fileToSend.empty()) {
+    data = ReadInputFile(arguments.fileToSend);
+  }
+  if (!reads) {
+    Confirm(options, "The raw command " + HexText(cdb) + " with " + std::to_string(data.size()) +
+                         " bytes of data goes to the camera as it is");
+  }
+  const RomSession session = RomSession::Open(arguments.selection);
+  CheckRom("ZEMROMAPI_ScsiCommand",
+           ZEMROMAPI_ScsiCommand(session.handle(), reads ? 1 : 0,
+                                 static_cast<unsigned>(data.size()), cdb.data(), data.data()));
+  report["command"] = HexText(cdb);
+  if (reads) {
+    report["data"] = HexText(data);
+  } else {
+    report["bytes sent"] = data.size();
+  }
+  return kDone;
+}
+
+void AddRegisterCommands(Program& program, CLI::App* rom) {
+  const auto arguments = std::make_shared<RegisterArguments>();
+  CLI::App* const registers = rom->add_subcommand("reg", "Read and write one-byte registers")
+                                  ->require_subcommand(1)
+                                  ->fallthrough();
+  const auto addAddress = [&](CLI::App* command) {
+    command->add_option("address", arguments->address, "Decimal or 0x hexadecimal")->required();
+    return command;
+  };
+  addAddress(AddRomCommand(program, registers, arguments, "get", "Read a register", GetRegister));
+  addAddress(AddRomCommand(program, registers, arguments, "set", "Write a register", SetRegister))
+      ->add_option("value", arguments->value, "0 to 255")
+      ->required()
+      ->check(CLI::Range(255));
+}
+
+}  // namespace
+
+void AddRomCommands(Program& program) {
+  CLI::App* const rom = program.app()
+                            .add_subcommand("rom", "Reach a camera in ROM boot")
+                            ->require_subcommand(1)
+                            ->fallthrough();
+
+  const auto entry = std::make_shared<EntryArguments>();
+  AddRomCommand(program, rom, entry, "enter", "Send a running camera into ROM boot", Enter)
+      ->add_option("--way", entry->way, "both, vcp8 or vcp16: by which command")
+      ->check(CLI::IsMember({"both", "vcp8", "vcp16"}))
+      ->capture_default_str();
+
+  const auto plain = std::make_shared<PlainArguments>();
+  AddRomCommand(program, rom, plain, "info", "Show what answers, and how it identifies itself",
+                ShowInfo);
+  AddRomCommand(program, rom, plain, "reset", "Reset the camera", Reset);
+  AddStorageOptions(AddRomCommand(program, rom, plain, "select", "Select a storage", SelectStorage),
+                    plain->storage);
+
+  AddRegisterCommands(program, rom);
+  AddRomLoadCommands(program, rom);
+  AddRomBurnCommands(program, rom);
+  AddRomEmmcCommands(program, rom);
+
+  const auto raw = std::make_shared<CommandArguments>();
+  CLI::App* const command = AddRomCommand(
+      program, rom, raw, "command", "Send a raw SCSI command; asks unless it reads", SendCommand);
+  command->add_option("bytes", raw->bytes, "Hexadecimal; zeros fill the 16 bytes up")->required();
+  auto* const in =
+      command->add_option("--in", raw->bytesToRead, "Bytes to read")->check(CLI::Range(1, 65536));
+  command->add_option("--out", raw->fileToSend, "File whose bytes are sent")->excludes(in);
+}
+
+}  // namespace zemctl

@@ -1,0 +1,46 @@
+// zemctl rom make-enhanced-area
+#include "tools/zemctl/frame/bytes.h"
+#include "tools/zemctl/frame/confirm.h"
+#include "tools/zemctl/rom_boot/burn_run.h"
+#include "tools/zemctl/rom_boot/rom_arguments.h"
+
+namespace zemctl {
+namespace {
+
+struct EnhancedAreaArguments {
+  RomSelection selection;
+  EnhancedArea area;
+  bool dryRun = false;
+};
+
+int MakeEnhancedArea(const Options& options, const EnhancedAreaArguments& arguments,
+                     Report& report) {
+  const Cdb cdb = EnhancedAreaCdb(arguments.area);
+  if (arguments.dryRun) {
+    report["commands"] = Report::array({CommandRow("enhanced area", "", 0, cdb)});
+    return kDone;
+  }
+  Confirm(options, "The eMMC will get an enhanced area (" + HexNumber(arguments.area.first, 8) +
+                       ", " + HexNumber(arguments.area.second, 8) +
+                       "), which may erase it and may be for good");
+  const RomSession session = RomSession::Open(arguments.selection);
+  session.MakeEnhancedArea(arguments.area);
+  report["found"] = NameOf(session.kind());
+  report["command"] = HexText(cdb);
+  report["accepted"] = true;
+  return kDone;
+}
+
+}  // namespace
+
+void AddRomEmmcCommands(Program& program, CLI::App* rom) {
+  const auto arguments = std::make_shared<EnhancedAreaArguments>();
+  CLI::App* const command = AddRomCommand(program, rom, arguments, "make-enhanced-area",
+                                          "Make the enhanced area of an eMMC", MakeEnhancedArea);
+  constexpr const char* kPassedOn = "Number that goes to the boot code as it is";
+  command->add_option("first", arguments->area.first, kPassedOn)->required();
+  command->add_option("second", arguments->area.second, kPassedOn)->required();
+  AddDryRun(command, arguments->dryRun);
+}
+
+}  // namespace zemctl

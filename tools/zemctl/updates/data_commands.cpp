@@ -1,0 +1,209 @@
+// zemctl data send, data read, flash read
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "tools/zemctl/camera/rehearsal.h"
+#include "tools/zemctl/frame/bytes.h"
+#include "tools/zemctl/frame/confirm.h"
+#include "tools/zemctl/frame/files.h"
+#include "tools/zemctl/frame/program.h"
+#include "tools/zemctl/frame/progress.h"
+#include "tools/zemctl/frame/results.h"
+#include "tools/zemctl/updates/camera_memory.h"
+#include "tools/zemctl/updates/image_procedure.h"
+#include "tools/zemctl/updates/transfer_watch.h"
+
+namespace zemctl {
+namespace {
+
+// Bytes that a read has room for unless --max says otherwise.
+constexpr std::uint32_t kRoom = 0x100000;
+
+struct DataArguments {
+  std::string file;
+  ImageParameters parameters;
+  std::uint32_t room = kRoom;
+  std::uint32_t address = 0;
+  std::uint32_t size = 0;
+  bool verify = false;
+  bool dryRun = false;
+};
+
+using Bytes = std::vector<unsigned char>;
+
+struct SendProgress {
+  DataWatch watch;
+  Progress& progress;
+
+  static void OnValue(std::uint32_t value, std::uint64_t user) {
+    auto& self = *reinterpret_cast<SendProgress*>(user);
+    self.watch.OnValue(value);
+    self.progress.Update(self.watch.sentPercent());
+  }
+};
+
+int Send(const Options& options, const DataArguments& arguments, Report& report) {
+  Bytes data = ReadInputFile(arguments.file);
+  if (const auto why = Unfit(kSendData, data.size())) {
+    throw ToolFailure(kBadFile, arguments.file + " " + *why, "Nothing was sent.");
+  }
+  const auto length = static_cast<std::uint32_t>(data.size());
+  data.resize(data.size() + kLongestChunk);
+  report["function"] = kSendData.function;
+  report["file"] = arguments.file;
+  report["bytes"] = length;
+  if (arguments.dryRun) {
+    report["dry run"] = true;
+    ReportRehearsal(Rehearse({},
+                             [&](void* handle) {
+                               return kSendData.run(handle, data.data(), length, nullptr, 0,
+                                                    arguments.parameters);
+                             }),
+                    report);
+    return kDone;
+  }
+  const Session session(options.device);
+  Progress progress(options.json);
+  SendProgress send = {DataWatch(length), progress};
+  progress.Begin("send");
+  Check(kSendData.function,
+        kSendData.run(session.handle(), data.data(), length, SendProgress::OnValue,
+                      reinterpret_cast<std::uint64_t>(&send), arguments.parameters));
+  if (!send.watch.complete()) {
+    throw ToolFailure(
+        kTransferFailed,
+        "the camera stopped taking the data at " + std::to_string(send.watch.sentPercent()) + " %",
+        "The camera holds part of the data and has burned nothing. Next: run this "
+        "command once more.");
+  }
+  progress.Complete();
+  report["sent"] = true;
+  report["verified"] = "no: the camera acknowledged every transfer, no more is known";
+  return kDone;
+}
+
+struct ReadProgress {
+  Progress& progress;
+
+  static void OnPercentLeft(std::uint32_t value, std::uint64_t user) {
+    reinterpret_cast<ReadProgress*>(user)->progress.Update(value > 100 ? 0 : 100 - value);
+  }
+};
+
+void ConfirmOutput(const Options& options, const std::string& file) {
+  if (FileExists(file)) {
+    Confirm(options, file + " will be overwritten");
+  }
+}
+
+int ReadData(const Options& options, const DataArguments& arguments, Report& report) {
+  const Session session(options.device);
+  ConfirmOutput(options, arguments.file);
+  Progress progress(options.json);
+  ReadProgress read = {progress};
+  Bytes data(arguments.room);
+  std::uint32_t length = 0;
+  progress.Begin("read");
+  const ZemResult result =
+      ZEMAPI_ReadFWData(session.handle(), data.data(), arguments.room, &length,
+                        ReadProgress::OnPercentLeft, reinterpret_cast<std::uint64_t>(&read));
+  if (result == ZEM_E_BUFFER_TOO_SMALL) {
+    ResultText text = Describe(result);
+    text.meaning = "the camera has more than " + std::to_string(arguments.room) + " bytes ready";
+    text.advice = "Give more room with --max.";
+    throw CallFailure("ZEMAPI_ReadFWData", result, text);
+  }
+  Check("ZEMAPI_ReadFWData", result);
+  progress.Complete();
+  data.resize(length);
+  WriteOutputFile(arguments.file, data);
+  report["function"] = "ZEMAPI_ReadFWData";
+  report["bytes"] = length;
+  report["file"] = arguments.file;
+  report["verified"] = "no: a transfer that fails on the way reads as zeros";
+  return kDone;
+}
+
+int ReadFlashCommand(const Options& options, const DataArguments& arguments, Report& report) {
+  if (arguments.size == 0 || std::uint64_t{arguments.address} + arguments.size > 0x100000000ULL) {
+    throw UsageError("the flash is addressed with 32 bits, and at least one byte is read");
+  }
+  report["function"] = "ZEMAPI_ReadPartialFlashData";
+  report["address"] = HexNumber(arguments.address, 6);
+  report["bytes"] = arguments.size;
+  if (arguments.dryRun) {
+    report["dry run"] = true;
+    ReportRehearsal(Rehearse({},
+                             [&](void* handle) {
+                               Progress silent(true);
+                               ReadFlash(handle, arguments.address, arguments.size, silent);
+                               return ZEM_OK;
+                             }),
+                    report);
+    return kDone;
+  }
+  const Session session(options.device);
+  ConfirmOutput(options, arguments.file);
+  Progress progress(options.json);
+  progress.Begin("read", {0, arguments.verify ? 50U : 100U});
+  const Bytes flash = ReadFlash(session.handle(), arguments.address, arguments.size, progress);
+  if (arguments.verify) {
+    progress.Begin("verify", {50, 100});
+    const Bytes again = ReadFlash(session.handle(), arguments.address, arguments.size, progress);
+    if (const auto at = FirstDifference(flash, again)) {
+      throw ToolFailure(kNotVerified,
+                        "two reads of the flash differ, first at " +
+                            HexNumber(arguments.address + std::uint64_t{*at}, 6),
+                        "No file was written. Check the cable and run this command once more.");
+    }
+  }
+  progress.Complete();
+  WriteOutputFile(arguments.file, flash);
+  report["file"] = arguments.file;
+  report["verified"] =
+      arguments.verify ? "two reads are equal"
+                       : "no: every transfer succeeded, no more is known (--verify reads twice)";
+  return kDone;
+}
+
+}  // namespace
+
+void AddDataCommands(Program& program) {
+  const auto arguments = std::make_shared<DataArguments>();
+  const auto bind = [arguments](auto function) {
+    return [arguments, function](const Options& options, Report& report) {
+      return function(options, *arguments, report);
+    };
+  };
+  const auto addGroup = [&](const char* name, const char* description) {
+    CLI::App* const group = program.app().add_subcommand(name, description)->require_subcommand(1);
+    group->fallthrough();
+    return group;
+  };
+  const auto addDryRun = [arguments](CLI::App* command) {
+    command->add_flag("--dry-run", arguments->dryRun, "Show what would be sent, without a camera");
+  };
+  CLI::App* const data = addGroup("data", "Send data to the camera, or read what it has ready");
+  CLI::App* const send = program.AddCommand(data, "send", "Send a file", bind(Send));
+  send->add_option("file", arguments->file, "The file")->required();
+  send->add_option("--param2", arguments->parameters.param2, "Byte 2 of the announcement");
+  send->add_option("--param3", arguments->parameters.param3, "Byte 3 of the announcement");
+  addDryRun(send);
+  CLI::App* const read = program.AddCommand(data, "read", "Read what is ready", bind(ReadData));
+  read->add_option("file", arguments->file, "The file to write")->required();
+  read->add_option("--max", arguments->room, "Most bytes to take (1048576)")
+      ->check(CLI::Range(1U, 0x10000000U));
+
+  CLI::App* const flash = addGroup("flash", "Reach the camera's flash");
+  CLI::App* const readFlash =
+      program.AddCommand(flash, "read", "Read the flash back into a file", bind(ReadFlashCommand));
+  readFlash->add_option("address", arguments->address, "Decimal or 0x hexadecimal")->required();
+  readFlash->add_option("size", arguments->size, "Bytes")
+      ->required()
+      ->check(CLI::Range(1U, 0x10000000U));
+  readFlash->add_option("file", arguments->file, "The file to write")->required();
+  readFlash->add_flag("--verify", arguments->verify, "Read everything twice and compare");
+  addDryRun(readFlash);
+}
+
+}  // namespace zemctl

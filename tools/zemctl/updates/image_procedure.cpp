@@ -1,0 +1,83 @@
+#include "tools/zemctl/updates/image_procedure.h"
+
+#include <limits>
+
+namespace zemctl {
+namespace {
+
+// What two bytes of an announcement can say.
+constexpr std::uint32_t kLongestOf16Bits = 0xFFFF;
+
+constexpr std::uint32_t kSector = 512;
+
+}  // namespace
+
+const ImageProcedure kUpdate516x = {
+    "ZEMAPI_UpdateFW_516x",
+    "firmware",
+    std::numeric_limits<std::int32_t>::max() - kSector + 1,
+    true,
+    true,
+    [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+       std::uint64_t user, const ImageParameters& parameters) {
+      return ZEMAPI_UpdateFW_516x(handle, data, length, callback, user, parameters.param3);
+    }};
+
+const ImageProcedure kUpdate517x = {
+    "ZEMAPI_UpdateFW_517x",
+    "firmware",
+    std::numeric_limits<std::int32_t>::max(),
+    true,
+    false,
+    [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+       std::uint64_t user, const ImageParameters& /*parameters*/) {
+      return ZEMAPI_UpdateFW_517x(handle, data, length, callback, user);
+    }};
+
+const ImageProcedure kUpdateFlash = {
+    "ZEMAPI_UpdateFlash",
+    "flash area",
+    kLongestOf16Bits,
+    false,
+    false,
+    [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+       std::uint64_t user, const ImageParameters& parameters) {
+      return ZEMAPI_UpdateFlash(handle, data, length, callback, user, parameters.param2,
+                                parameters.param3);
+    }};
+
+const ImageProcedure kUpdateCalibration = {
+    "ZEMAPI_UpdateCaliData",
+    "calibration data",
+    std::numeric_limits<std::int32_t>::max(),
+    false,
+    false,
+    [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+       std::uint64_t user, const ImageParameters& /*parameters*/) {
+      return ZEMAPI_UpdateCaliData(handle, data, length, callback, user);
+    }};
+
+const ImageProcedure kSendData = {
+    "ZEMAPI_SendData",
+    "data",
+    kLongestOf16Bits,
+    false,
+    false,
+    [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+       std::uint64_t user, const ImageParameters& parameters) {
+      return ZEMAPI_SendData(handle, data, length, callback, user, parameters.param2,
+                             parameters.param3);
+    }};
+
+std::optional<std::string> Unfit(const ImageProcedure& procedure, std::uint64_t length) {
+  if (length == 0) {
+    return "is empty";
+  }
+  if (length > procedure.longest) {
+    return "has " + std::to_string(length) + " bytes, and " + procedure.function +
+           " can announce " + std::to_string(procedure.longest) + " at most";
+  }
+  return std::nullopt;
+}
+
+}  // namespace zemctl

@@ -1,0 +1,49 @@
+// One run of a procedure that sends and burns an image, with its progress on the terminal.
+#pragma once
+
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "tools/zemctl/frame/interrupt.h"
+#include "tools/zemctl/frame/progress.h"
+#include "tools/zemctl/updates/image_procedure.h"
+#include "tools/zemctl/updates/transfer_watch.h"
+
+namespace zemctl {
+
+class ImageRun {
+ public:
+  // `stopped` is called, on this thread and in the middle of the procedure, when the person has
+  // pressed Ctrl-C; it does not return.
+  ImageRun(const ImageProcedure& procedure, std::span<const unsigned char> image,
+           const ImageParameters& parameters, Progress& progress,
+           std::function<void(const ImageWatch&)> stopped);
+  ImageRun(const ImageRun&) = delete;
+  ImageRun& operator=(const ImageRun&) = delete;
+
+  // Phases "send" and "burn". Returns the procedure's result.
+  ZemResult Run(void* handle);
+
+  const ImageWatch& watch() const { return watch_; }
+
+ private:
+  void OnValue(std::uint32_t value);
+  void OnTimer();
+
+  // The one whose timer runs: a timer's function takes no value of ours.
+  static ImageRun* running;
+
+  const ImageProcedure& procedure_;
+  std::uint32_t length_;
+  // The image, and zeros behind it: some transfers read whole chunks of the caller's memory.
+  std::vector<unsigned char> padded_;
+  ImageParameters parameters_;
+  Progress& progress_;
+  std::function<void(const ImageWatch&)> stopped_;
+  ImageWatch watch_;
+  bool burning_ = false;
+  InterruptGuard interrupt_;
+};
+
+}  // namespace zemctl

@@ -1,0 +1,232 @@
+// zemctl update firmware, update calibration, update flash
+#include <CLI/CLI.hpp>
+#include <array>
+#include <memory>
+
+#include "tools/zemctl/camera/rehearsal.h"
+#include "tools/zemctl/camera/simulator_module.h"
+#include "tools/zemctl/frame/bytes.h"
+#include "tools/zemctl/frame/confirm.h"
+#include "tools/zemctl/frame/files.h"
+#include "tools/zemctl/frame/program.h"
+#include "tools/zemctl/frame/progress.h"
+#include "tools/zemctl/frame/results.h"
+#include "tools/zemctl/updates/camera_memory.h"
+#include "tools/zemctl/updates/image_procedure.h"
+#include "tools/zemctl/updates/image_run.h"
+#include "tools/zemctl/updates/update_outcome.h"
+
+namespace zemctl {
+namespace {
+
+constexpr Progress::Share kVerify = {90, 100};
+
+struct UpdateArguments {
+  std::string file;
+  std::string chip;
+  ImageParameters parameters;
+  std::optional<std::uint32_t> verifyAt;
+  bool dryRun = false;
+};
+
+using Bytes = std::vector<unsigned char>;
+
+Bytes ReadImage(const ImageProcedure& procedure, const UpdateArguments& arguments) {
+  Bytes image = ReadInputFile(arguments.file);
+  if (const auto why = Unfit(procedure, image.size())) {
+    throw ToolFailure(kBadFile, arguments.file + " " + *why, "Nothing was sent.");
+  }
+  if (arguments.verifyAt && *arguments.verifyAt + image.size() > 0x100000000ULL) {
+    throw UsageError("the image does not fit behind the address of --verify-at");
+  }
+  return image;
+}
+
+void ReportImage(const ImageProcedure& procedure, const UpdateArguments& arguments,
+                 const Bytes& image, Report& report) {
+  report["function"] = procedure.function;
+  report["file"] = arguments.file;
+  report["bytes"] = image.size();
+}
+
+void ReportDryRun(const ImageProcedure& procedure, const UpdateArguments& arguments,
+                  const Bytes& image, Report& report) {
+  const auto call = [&](void* handle) {
+    return procedure.run(
+        handle, image.data(), static_cast<std::uint32_t>(image.size()),
+        [](std::uint32_t, std::uint64_t) {}, 0, arguments.parameters);
+  };
+  const bool is517x = &procedure == &kUpdate517x;
+  const auto dataTransfers = [](const std::vector<RehearsedTransfer>& transfers) {
+    for (const RehearsedTransfer& transfer : transfers) {
+      if (transfer.isSet && transfer.block.empty()) {
+        return transfer;
+      }
+    }
+    return RehearsedTransfer{};
+  };
+  const auto fast = Rehearse({is517x, true}, call);
+  const RehearsedTransfer data = dataTransfers(fast);
+  const RehearsedTransfer slow = dataTransfers(Rehearse({is517x, false}, call));
+  report["padding"] =
+      std::to_string(std::uint64_t{data.count} * data.length - image.size()) + " zero bytes";
+  report["without the 512-byte control"] =
+      std::to_string(slow.count) + " transfers of " + std::to_string(slow.length) + " bytes";
+  report["dry run"] = true;
+  ReportRehearsal(fast, report);
+}
+
+std::optional<std::uint8_t> ReadTransferStatus(void* handle) {
+  std::array<unsigned char, 8> status = {};
+  ZemULong moved = 0;
+  constexpr unsigned short kStatusSelector = 5;
+  const ZemResult read = ZEMAPI_ZemExtGet(handle, kStatusSelector, status.data(),
+                                          static_cast<ZemULong>(status.size()), &moved);
+  return read >= 0 && moved > 0 ? std::optional(status[0]) : std::nullopt;
+}
+
+std::string Sentence(const CameraState& state) {
+  return "Camera: " + state.state + ". Next: " + state.next + ".";
+}
+
+[[noreturn]] void Stop(const Options& options, const ImageWatch& watch) {
+  const std::string sentence = Sentence(StateWhenStopped(watch));
+  if (options.json) {
+    Print(
+        stdout,
+        {{"error",
+          {{"meaning", "stopped by the user"}, {"advice", sentence}, {"exitCode", kInterrupted}}}},
+        true);
+  } else {
+    std::fprintf(stderr, "\nzemctl: stopped by the user.\n  %s\n", sentence.c_str());
+  }
+  SimulatorModule::StopRunning();
+  std::fflush(nullptr);
+  std::_Exit(kInterrupted);
+}
+
+void CheckOutcome(const ImageProcedure& procedure, ZemResult result, const ImageWatch& watch,
+                  void* handle) {
+  const bool wentWell = result >= 0 && watch.complete();
+  const auto state =
+      StateAfter(result, watch, wentWell ? std::nullopt : ReadTransferStatus(handle));
+  if (!state) {
+    return;
+  }
+  ResultText text = Describe(result);
+  if (result >= 0) {
+    text.meaning = "the image could not be sent in full";
+    text.exitCode = kTransferFailed;
+  }
+  text.advice = Sentence(*state);
+  throw CallFailure(procedure.function, result, text);
+}
+
+// The camera's judgement of its firmware.
+std::string VerifyCheckSum(void* handle) {
+  const ZemResult checked = ZEMAPI_GetCheckSumResult(handle);
+  if (checked == ZEM_E_DEVICE_REFUSED) {
+    throw ToolFailure(kNotVerified, "the camera says that the check sum of its firmware is wrong",
+                      "Leave the camera powered and run this command once more before it restarts, "
+                      "with an image for this camera.");
+  }
+  return checked >= 0 ? "its firmware check sum is right" : "it does not tell a check sum";
+}
+
+std::string VerifyReadBack(void* handle, std::uint32_t address, const Bytes& image,
+                           Progress& progress) {
+  const Bytes flash =
+      ReadFlash(handle, address, static_cast<std::uint32_t>(image.size()), progress);
+  if (const auto at = FirstDifference(image, flash)) {
+    throw ToolFailure(
+        kNotVerified,
+        "the flash differs from the image, first at " + HexNumber(address + std::uint64_t{*at}, 6),
+        "Check the address of --verify-at. If it is right, leave the camera powered "
+        "and run this command once more before it restarts.");
+  }
+  return std::to_string(image.size()) + " bytes read back from " + HexNumber(address, 6) +
+         " are equal";
+}
+
+int Update(const Options& options, const UpdateArguments& arguments,
+           const ImageProcedure& procedure, Report& report) {
+  const Bytes image = ReadImage(procedure, arguments);
+  ReportImage(procedure, arguments, image, report);
+  if (arguments.dryRun) {
+    ReportDryRun(procedure, arguments, image, report);
+    return kDone;
+  }
+  const Session session(options.device);
+  Confirm(options, std::string("The camera's ") + procedure.what + " will be overwritten with " +
+                       arguments.file + " (" + std::to_string(image.size()) + " bytes)");
+  if (procedure.isFirmware) {
+    std::array<unsigned char, 6> version = {};
+    const ZemResult read = ZEMAPI_GetFWVersion(session.handle(), version.data());
+    report["version before"] = read >= 0 ? HexText(version) : "not told";
+  }
+
+  Progress progress(options.json);
+  ImageRun run(procedure, image, arguments.parameters, progress,
+               [&options](const ImageWatch& watch) { Stop(options, watch); });
+  CheckOutcome(procedure, run.Run(session.handle()), run.watch(), session.handle());
+
+  progress.Begin("verify", kVerify);
+  std::string verified = "the camera reports the burn done";
+  if (procedure.isFirmware) {
+    verified += "; " + VerifyCheckSum(session.handle());
+  }
+  if (arguments.verifyAt) {
+    verified += "; " + VerifyReadBack(session.handle(), *arguments.verifyAt, image, progress);
+  } else {
+    verified += "; not read back (--verify-at ADDRESS does)";
+  }
+  progress.Complete();
+  report["burned"] = true;
+  report["verified"] = verified;
+  if (procedure.isFirmware) {
+    report["next"] = "restart the camera; \"zemctl info\" then shows the new version";
+  }
+  return kDone;
+}
+
+}  // namespace
+
+void AddUpdateCommands(Program& program) {
+  const auto arguments = std::make_shared<UpdateArguments>();
+  CLI::App* const update = program.app()
+                               .add_subcommand("update", "Burn an image into the running camera")
+                               ->require_subcommand(1);
+  update->fallthrough();
+  const auto add = [&](const char* name, const char* description, auto procedureOf) {
+    CLI::App* const command =
+        program.AddCommand(update, name, description,
+                           [arguments, procedureOf](const Options& options, Report& report) {
+                             return Update(options, *arguments, procedureOf(*arguments), report);
+                           });
+    command->add_option("file", arguments->file, "The image")->required();
+    command->add_option("--verify-at", arguments->verifyAt,
+                        "Read the flash back from this address and compare it with the image");
+    command->add_flag("--dry-run", arguments->dryRun, "Show what would be sent, without a camera");
+    return command;
+  };
+  CLI::App* const firmware = add(
+      "firmware", "Update the firmware", [](const UpdateArguments& given) -> const auto& {
+        return given.chip == "516x" ? kUpdate516x : kUpdate517x;
+      });
+  firmware->add_option("--chip", arguments->chip, "Chip series: 516x or 517x")
+      ->required()
+      ->check(CLI::IsMember({"516x", "517x"}));
+  firmware->add_option("--param", arguments->parameters.param3, "Byte 3 of the burn order (516x)");
+  add(
+      "calibration", "Write the calibration data",
+      [](const UpdateArguments&) -> const auto& { return kUpdateCalibration; });
+  CLI::App* const flash = add(
+      "flash", "Write an area of the flash",
+      [](const UpdateArguments&) -> const auto& { return kUpdateFlash; });
+  flash->add_option("--param2", arguments->parameters.param2, "Byte 2 of announcement and order")
+      ->required();
+  flash->add_option("--param3", arguments->parameters.param3, "Byte 3 of announcement and order")
+      ->required();
+}
+
+}  // namespace zemctl
