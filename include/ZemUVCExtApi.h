@@ -1228,8 +1228,10 @@ ZEM_API ZemResult ZEMUVCEXT_UpdateFW_Vision(const uint8_t* image, uint32_t lengt
  *
  * Unless a function says otherwise it returns ZEM_E_FAIL for a null session, for a file that cannot
  * be opened or is malformed (then before anything is sent), and when the device does not accept a
- * command. What fails on the way to the device leaves a line on the debugger channel. A command
- * that fails with the system's error 31 is tried up to six times, 500 ms apart.
+ * command; and, with a session, ZEM_E_REFUSED for an output that is null. A command that fails with
+ * the system's error 31 is tried up to six times, 500 ms apart, and one that fails for good leaves a
+ * line on the debugger channel. The inquiry that the search for a camera sends to each volume is
+ * neither repeated nor reported.
  *
  * One function of this family, ZEMROMAPI_SwitchModePCAM_DRAM, is for C++ callers only and stands at
  * the end of this header.
@@ -1365,7 +1367,7 @@ ZEM_API ZemResult ZEMROMAPI_ReadRegister(void* device, unsigned int address, uns
  * @param cdb    16 bytes
  * @param data   `length` bytes: receives what is read, and is untouched on failure; or is sent. May
  *               be null for a length of 0
- * @return 0 or ZEM_E_FAIL
+ * @return 0 or ZEM_E_FAIL; ZEM_E_REFUSED for a null `cdb` and for null data with a length
  */
 ZEM_API ZemResult ZEMROMAPI_ScsiCommand(void* device, int dataIn, unsigned int length,
                                         unsigned char* cdb, void* data);
@@ -1384,10 +1386,10 @@ ZEM_API ZemResult ZEMROMAPI_MkEmmcEhancedArea(void* device, unsigned int first,
 /* Storage and firmware packages. The functions below write, read or burn the selected storage. An
  * address in storage is a byte address. Data moves in whole sectors of 512 bytes and by commands of
  * at most 32,768 bytes; the rest of a last sector is what follows the data in its file, else zeros.
- * What would reach past the last 32-bit address is refused like a malformed file, as is a file of 2
- * GiB or more. A write that fails leaves the line "Failed to transfer data to device." and what has
- * been written; where a file has a header block, that is written last, so a camera never takes half
- * an image for a whole one. */
+ * What would reach past the last 32-bit address is refused like a malformed file, and so is a file
+ * that there is no memory for, where it is read whole. A write that fails leaves the line "Failed to
+ * transfer data to device." and what has been written; where a file has a header block, that is
+ * written last. */
 
 /**
  * Erases a region: writes 0xFF over it, whole sectors in the storage and `size` bytes in the dump
@@ -1459,7 +1461,8 @@ ZEM_API ZemResult ZEMROMAPI_DispackZemPcCamFw(void* device, const wchar_t* path)
  * @param path          the package; the file itself is not changed
  * @param bodyAddress   where the body goes, which is also put into the header that is written (at
  *                      offset 16, divided by 1 << the 32-bit shift at offset 8); 0xFFFFFFFF for the
- *                      address that the header says
+ *                      address that the header says, which must have 32 bits where there is a
+ *                      body
  * @param headerAddress where the header goes
  * @return 1 or ZEM_E_FAIL
  */
@@ -1487,7 +1490,8 @@ ZEM_API ZemResult ZEMROMAPI_PartialUpdateWithHeader(void* device, const wchar_t*
                                                     unsigned int* address);
 
 /**
- * Writes a file as it is, without erasing before.
+ * Writes a file as it is, without erasing before. It is read in pieces and may be as long as there
+ * are addresses.
  *
  * @param device  session
  * @param path    the file

@@ -35,10 +35,10 @@ struct TableEntry {
   std::uint16_t offset = 0;
   std::uint16_t length = 0;  // from kTableHeaderSize up
 
-  std::uint16_t payloadOffset() const {
+  std::uint16_t PayloadOffset() const {
     return static_cast<std::uint16_t>(offset + kTableHeaderSize);
   }
-  std::uint16_t payloadSize() const {
+  std::uint16_t PayloadSize() const {
     return static_cast<std::uint16_t>(length - kTableHeaderSize);
   }
 };

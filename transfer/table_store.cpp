@@ -37,10 +37,10 @@ HRESULT CopyPayload(ConstTableImage image, HRESULT found, const TableEntry& entr
   if (found != S_OK) {
     return found == kRefused ? S_OK : found;
   }
-  const auto payload = image.subspan(entry.payloadOffset(), entry.payloadSize());
+  const auto payload = image.subspan(entry.PayloadOffset(), entry.PayloadSize());
   std::copy(payload.begin(), payload.end(), out);
   if (size != nullptr) {
-    *size = entry.payloadSize();
+    *size = entry.PayloadSize();
   }
   return S_OK;
 }
@@ -51,9 +51,9 @@ HRESULT ReplacePayload(TableImage image, std::uint8_t id, const std::uint8_t* da
   if (const HRESULT found = FindTableEntry(image, id, entry); found != S_OK) {
     return found;
   }
-  std::copy_n(data, entry.payloadSize(), image.begin() + entry.payloadOffset());
+  std::copy_n(data, entry.PayloadSize(), image.begin() + entry.PayloadOffset());
   if (size != nullptr) {
-    *size = entry.payloadSize();
+    *size = entry.PayloadSize();
   }
   return S_OK;
 }
@@ -100,7 +100,7 @@ HRESULT GetTableSize(const std::uint8_t* handle, std::uint8_t id, std::uint16_t*
   if (handle == nullptr || FindTableEntry(ImageAt(handle), id, entry) != S_OK) {
     return kRefused;
   }
-  *size = entry.payloadSize();
+  *size = entry.PayloadSize();
   return S_OK;
 }
 

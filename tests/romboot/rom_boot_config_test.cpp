@@ -17,6 +17,7 @@ using zem::testing::InOrder;
 using zem::testing::Lines;
 using zem::testing::RomBootTest;
 using zem::testing::VolumePath;
+using zem::testing::Written;
 
 const Bytes kBootLoaderReply = {0xAA, 0x55, 0, 0, 'V', 'S', 'N', '2'};
 const Bytes kZemStorageReply = {0, 0, 0, 0, 0, 0, 0, 0, 0, 'Z', 'E', 'M'};
@@ -190,6 +191,16 @@ TEST_F(DumpFileTest, AFileThatCannotBeCreatedIsNoError) {
   EXPECT_EQ(ZEMROMAPI_CreateDumpFile(session(), PathOf("no/folder").c_str(), 4096), 0);
   EXPECT_EQ(config().dumpEnabled, 1U);
   EXPECT_EQ(ZEMROMAPI_Erase(session(), 0, 512), 0) << "nor later";
+}
+
+TEST_F(DumpFileTest, ADumpThatCannotBeWrittenIsNoFailure) {
+  ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), L"/dev/full", 0), 0);
+  EXPECT_EQ(ZEMROMAPI_Erase(session(), 0x1000, 512), 0);
+  unsigned int address = 0;
+  const std::wstring file = WriteFile("file", Bytes(100000, 0x22));
+  EXPECT_EQ(ZEMROMAPI_PartialUpdate(session(), file.c_str(), &address), 1);
+  EXPECT_EQ(TakeEvents(), InOrder({Written(0x1000, 1), Written(0, 64), Written(0x8000, 64),
+                                   Written(0x10000, 64), Written(0x18000, 4)}));
 }
 
 TEST_F(DumpFileTest, ANullSession) {

@@ -231,6 +231,103 @@ TEST_F(RecordedVolumeTest, FailureIsReportedInTheSystemsWords) {
   ZEMROMAPI_CloseDevice(&device);
 }
 
+// ---- The system's texts for its errors ----
+
+// What the DLL asked for and what it was given, all since the last reset.
+struct TextCalls {
+  struct Format {
+    DWORD flags;
+    LPCVOID source;
+    DWORD code;
+    DWORD language;
+    DWORD size;
+    va_list* arguments;
+  };
+  std::vector<Format> formats;
+  HLOCAL given = nullptr;
+  std::vector<HLOCAL> freed;
+  std::wstring text;  // what there is; none for no text
+} textCalls;
+
+DWORD WINAPI GiveText(DWORD flags, LPCVOID source, DWORD code, DWORD language, LPWSTR buffer,
+                      DWORD size, va_list* arguments) {
+  textCalls.formats.push_back({flags, source, code, language, size, arguments});
+  const std::wstring& text = textCalls.text;
+  if (text.empty()) {
+    return 0;
+  }
+  textCalls.given = LocalAlloc(LMEM_FIXED, (text.size() + 1) * sizeof(wchar_t));
+  std::memcpy(textCalls.given, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+  // With FORMAT_MESSAGE_ALLOCATE_BUFFER the buffer is the place of a pointer.
+  std::memcpy(static_cast<void*>(buffer), &textCalls.given, sizeof(textCalls.given));
+  return static_cast<DWORD>(text.size());
+}
+
+HLOCAL WINAPI RecordFree(HLOCAL memory) {
+  textCalls.freed.push_back(memory);
+  return LocalFree(memory);
+}
+
+class ErrorTextTest : public RecordedVolumeTest {
+ protected:
+  ErrorTextTest()
+      : format_(library_, "FormatMessageW", AsImport(GiveText)),
+        free_(library_, "LocalFree", AsImport(RecordFree)) {
+    textCalls = {};
+  }
+
+  // The one line of a command that fails with `error`, for which the system has `text`.
+  static std::wstring LineFor(DWORD error, const std::wstring& text) {
+    calls = {};
+    void* device = ZEMROMAPI_OpenDevice(1);
+    calls.error = error;
+    textCalls = {};
+    textCalls.text = text;
+    DebuggerCapture debugger;
+    EXPECT_EQ(ZEMROMAPI_LongJump(device), ZEM_E_FAIL);
+    const Lines lines = debugger.Take();
+    ZEMROMAPI_CloseDevice(&device);
+    EXPECT_EQ(lines.size(), 1U);
+    return lines.empty() ? std::wstring() : lines[0];
+  }
+
+ private:
+  ImportHook format_;
+  ImportHook free_;
+};
+
+TEST_F(ErrorTextTest, IsAskedForAsItStandsInTheSystemsLanguage) {
+  EXPECT_EQ(LineFor(0x45D, L"100 %1 of %n\r\n"),
+            L"SendScsiCmdIOut Failed, Erroe=0x45D 100 %1 of %n\r\n\r\n");
+  ASSERT_EQ(textCalls.formats.size(), 1U);
+  const TextCalls::Format& format = textCalls.formats[0];
+  EXPECT_EQ(format.flags, 0x1300U) << "allocate, from the system, ignore inserts";
+  EXPECT_EQ(format.source, nullptr);
+  EXPECT_EQ(format.code, 0x45DU);
+  EXPECT_EQ(format.language, 0x400U) << "neutral, the default one";
+  EXPECT_EQ(format.size, 0U);
+  EXPECT_EQ(format.arguments, nullptr);
+  EXPECT_EQ(textCalls.freed, std::vector<HLOCAL>{textCalls.given});
+}
+
+TEST_F(ErrorTextTest, OfUpTo1023CharactersIsKeptAndALongerOneLeftOutAndFreed) {
+  const std::wstring start = L"SendScsiCmdIOut Failed, Erroe=0x79 ";
+  EXPECT_EQ(LineFor(ERROR_SEM_TIMEOUT, std::wstring(1023, L'x')),
+            start + std::wstring(1023 - start.size(), L'x'))
+      << "the line itself is cut";
+  EXPECT_EQ(textCalls.freed, std::vector<HLOCAL>{textCalls.given});
+  for (const std::size_t size : {std::size_t{1024}, std::size_t{1025}, std::size_t{30000}}) {
+    EXPECT_EQ(LineFor(ERROR_SEM_TIMEOUT, std::wstring(size, L'x')), start + L"\r\n") << size;
+    EXPECT_EQ(textCalls.freed, std::vector<HLOCAL>{textCalls.given}) << size;
+  }
+}
+
+TEST_F(ErrorTextTest, ThatTheSystemDoesNotHaveIsEmptyAndNothingIsFreed) {
+  EXPECT_EQ(LineFor(ERROR_SEM_TIMEOUT, L""), L"SendScsiCmdIOut Failed, Erroe=0x79 \r\n");
+  EXPECT_EQ(textCalls.formats.size(), 1U);
+  EXPECT_TRUE(textCalls.freed.empty());
+}
+
 TEST_F(RecordedVolumeTest, Error31IsRetriedHalfASecondApart) {
   void* device = ZEMROMAPI_OpenDevice(1);
   calls.error = ERROR_GEN_FAILURE;
@@ -311,6 +408,45 @@ TEST_F(RecordedVolumeTest, DumpFileAtItsAddresses) {
   Bytes mirrored(8192, 0xFF);
   std::fill_n(mirrored.begin() + 0x1000, 100, static_cast<unsigned char>(0x22));
   EXPECT_EQ(dump.Read(), mirrored);
+  ZEMROMAPI_CloseDevice(&device);
+}
+
+// A sparse file of any size in the current folder for the length of a test.
+class LongFile {
+ public:
+  LongFile(const wchar_t* path, LONGLONG size) : path_(path) {
+    HANDLE const file =
+        CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    LARGE_INTEGER end = {};
+    end.QuadPart = size;
+    EXPECT_TRUE(SetFilePointerEx(file, end, nullptr, FILE_BEGIN) && SetEndOfFile(file));
+    CloseHandle(file);
+  }
+  ~LongFile() { DeleteFileW(path_); }
+  LongFile(const LongFile&) = delete;
+  LongFile& operator=(const LongFile&) = delete;
+
+ private:
+  const wchar_t* path_;
+};
+
+TEST_F(RecordedVolumeTest, FilesFrom2GiBOnGoAsFarAsTheLastAddress) {
+  void* device = ZEMROMAPI_OpenDevice(1);
+  calls.error = ERROR_SEM_TIMEOUT;
+  std::size_t controls = 2;
+  for (const LONGLONG size : {0x7FFFFFFFLL, 0x80000000LL, 0xFFFFF000LL}) {
+    const LongFile file(L"rom_boot_test.long", size);
+    unsigned int address = 0x1000;
+    EXPECT_EQ(ZEMROMAPI_PartialUpdate(device, L"rom_boot_test.long", &address), ZEM_E_FAIL);
+    EXPECT_EQ(calls.controls.size(), ++controls) << size << ": sent, and refused by the device";
+  }
+  // The lower 32 bits of the last two are those of a short file.
+  for (const LONGLONG size : {0xFFFFF001LL, 0x100000000LL, 0x100000200LL}) {
+    const LongFile file(L"rom_boot_test.long", size);
+    unsigned int address = 0x1000;
+    EXPECT_EQ(ZEMROMAPI_PartialUpdate(device, L"rom_boot_test.long", &address), ZEM_E_FAIL);
+    EXPECT_EQ(calls.controls.size(), controls) << size << ": nothing is sent";
+  }
   ZEMROMAPI_CloseDevice(&device);
 }
 
