@@ -1229,8 +1229,8 @@ ZEM_API ZemResult ZEMUVCEXT_UpdateFW_Vision(const uint8_t* image, uint32_t lengt
  * Unless a function says otherwise it returns ZEM_E_FAIL for a null session, for a file that cannot
  * be opened or is malformed (then before anything is sent), and when the device does not accept a
  * command; and, with a session, ZEM_E_REFUSED for an output that is null. A command that fails with
- * the system's error 31 is tried up to six times, 500 ms apart, and one that fails for good leaves a
- * line on the debugger channel. The inquiry that the search for a camera sends to each volume is
+ * the system's error 31 is tried up to six times, 500 ms apart, and one that fails for good leaves
+ * a line on the debugger channel. The inquiry that the search for a camera sends to each volume is
  * neither repeated nor reported.
  *
  * One function of this family, ZEMROMAPI_SwitchModePCAM_DRAM, is for C++ callers only and stands at
@@ -1387,8 +1387,8 @@ ZEM_API ZemResult ZEMROMAPI_MkEmmcEhancedArea(void* device, unsigned int first,
  * address in storage is a byte address. Data moves in whole sectors of 512 bytes and by commands of
  * at most 32,768 bytes; the rest of a last sector is what follows the data in its file, else zeros.
  * What would reach past the last 32-bit address is refused like a malformed file, and so is a file
- * that there is no memory for, where it is read whole. A write that fails leaves the line "Failed to
- * transfer data to device." and what has been written; where a file has a header block, that is
+ * that there is no memory for, where it is read whole. A write that fails leaves the line "Failed
+ * to transfer data to device." and what has been written; where a file has a header block, that is
  * written last. */
 
 /**

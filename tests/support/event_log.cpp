@@ -18,7 +18,7 @@ std::string NarrowAscii(std::wstring_view text) {
 
 std::string LineEvent(std::wstring_view text) { return "line " + NarrowAscii(text); }
 
-void ListenToSystem(std::function<void(std::string event)> write) {
+void ListenToSystem(const std::function<void(std::string event)>& write) {
   platform::simulated::System& system = platform::simulated::TheSystem();
   system.onDebuggerText = [write](const std::wstring& text) { write(LineEvent(text)); };
   system.onSleep = [write](std::uint32_t milliseconds) {

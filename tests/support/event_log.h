@@ -13,6 +13,6 @@ std::string LineEvent(std::wstring_view text);
 
 // Hands every debugger text, every sleep ("sleep 500") and every closing of a volume
 // ("close \\.\F:") to `write` as it happens, until the system is reset.
-void ListenToSystem(std::function<void(std::string event)> write);
+void ListenToSystem(const std::function<void(std::string event)>& write);
 
 }  // namespace zem::testing

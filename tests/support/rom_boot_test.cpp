@@ -116,7 +116,7 @@ Bytes RomBootTest::ReadFile(const std::wstring& path) {
 
 std::wstring RomBootTest::WriteLongFile(const std::string& name, const Bytes& start,
                                         std::uint64_t size) const {
-  const std::wstring path = WriteFile(name, start);
+  std::wstring path = WriteFile(name, start);
   std::filesystem::resize_file(path, size);
   return path;
 }
