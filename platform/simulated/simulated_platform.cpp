@@ -9,6 +9,7 @@
 #include <cstring>
 #include <cwchar>
 #include <filesystem>
+#include <iterator>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -153,7 +154,13 @@ std::FILE* OpenFile(const wchar_t* path, const wchar_t* mode) {
   if (refuse && refuse(path)) {
     return nullptr;
   }
-  return std::fopen(NarrowText(path).c_str(), NarrowText(mode).c_str());
+  // Every file of the library is binary: without the b another system would change the line ends.
+  static constexpr std::string_view kModes[] = {"rb", "wb", "r+b", "w+b", "a+b"};
+  const std::string narrowMode = NarrowText(mode);
+  if (std::find(std::begin(kModes), std::end(kModes), narrowMode) == std::end(kModes)) {
+    return nullptr;
+  }
+  return std::fopen(NarrowText(path).c_str(), narrowMode.c_str());
 }
 
 void WriteText(std::FILE* file, const wchar_t* text) {

@@ -3,7 +3,6 @@ docs/mutation.md."""
 
 import argparse
 import fcntl
-import json
 import os
 import queue
 import re
@@ -56,7 +55,7 @@ class Runner:
             str(path.relative_to(self._build.tree)) for patterns in ROOMS.values()
             for pattern in patterns for path in self._build.tree.glob(pattern)
             if path.suffix in (".cpp", ".h")))
-        self._limits = {}
+        self._verdicts = open(FOLDER / "verdicts.txt", "w", encoding="utf-8")
 
     def room_files(self, room):
         return [path for path in self.sources.text
@@ -97,6 +96,8 @@ class Runner:
             for future in wait(running, return_when=FIRST_COMPLETED).done:
                 verdict = future.result()
                 verdicts[running.pop(future)] = verdict
+                print(f"{verdict.kind:11} {describe(verdict.mutant)}  [{verdict.detail}]",
+                      file=self._verdicts, flush=True)
                 if verdict.kind == "survived":
                     print(f"survived    {describe(verdict.mutant)}", flush=True)
 
@@ -213,10 +214,6 @@ def run(arguments):
               f"{row['equivalent']} equivalent", flush=True)
         wrong += [f"listed as equivalent, but {killer} fails: {entry}"
                   for entry, killer in listed_but_killed(verdicts, known, runner)]
-    (FOLDER / "results.json").write_text(json.dumps(
-        [{"verdict": verdict.kind, "detail": verdict.detail, "mutant": describe(verdict.mutant)}
-         for verdicts in results.values() for verdict in verdicts], indent=1), encoding="utf-8")
-
     print_table(results)
     if wrong:
         print("\n" + "\n".join(wrong))
