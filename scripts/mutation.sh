@@ -3,7 +3,7 @@
 # tests notice. Takes an hour for all rooms; see docs/mutation.md.
 source "$(dirname "$0")/setup.sh"
 
-install_missing "${native_packages[@]}" lld python3
-cmake --preset native >build/configure-native.log || { cat build/configure-native.log; exit 1; }
-cmake --build --preset native --target zem_tests
+step "packages" install_missing "${native_packages[@]}" lld python3
+step "configure native" cmake --preset native
+step "build the tests" cmake --build --preset native --target zem_tests
 exec nice -n 10 python3 -B scripts/mutation/run.py "$@"

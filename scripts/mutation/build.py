@@ -69,7 +69,7 @@ class Build:
         for word in rest:
             if word in ("-o", "-MF", "-MT", "-MQ"):
                 next(rest)
-            elif word not in ("-c", "-g", "-MD", "-MMD", source):
+            elif word not in ("-c", "-MD", "-MMD", source) and not re.fullmatch(r"-g\d?", word):
                 kept.append(f"-I{self.tree}" if word == f"-I{root}" else word)
         return tuple(kept)
 
