@@ -29,8 +29,8 @@ leave() {
 trap leave EXIT
 
 # Packages come from where this machine takes its own.
-mirror=$(grep -rhoE 'https?://[^ ]*/debian/?( |$)' /etc/apt/sources.list /etc/apt/sources.list.d |
-  head -n 1 | tr -d ' ')
+mirror=$({ grep -rhosE 'https?://[^ ]*/debian/?( |$)' /etc/apt/sources.list /etc/apt/sources.list.d ||
+  true; } | head -n 1 | tr -d ' ')
 echo "bare root: $root"
 debootstrap --variant=minbase bookworm "$root" $mirror >"$root.log" 2>&1 ||
   { tail -n 20 "$root.log"; exit 1; }
