@@ -8,7 +8,7 @@ step "packages" install_missing "${windows_packages[@]}" "${native_packages[@]}"
 for preset in windows native fuzz; do
   step "configure $preset" cmake --preset $preset
 done
-step "configure the checks" cmake -S scripts/checks -B build/checks
+step "configure the checks" cmake -G Ninja -S scripts/checks -B build/checks
 
 rm -rf build/reports
 mkdir -p build/reports
