@@ -29,7 +29,7 @@
 
 namespace {
 
-constexpr std::size_t kImageSize = 64 * 1024 * 1024;
+constexpr std::size_t kImageSize = std::size_t{64} * 1024 * 1024;
 constexpr std::uint64_t kImageCommands = 2048;
 constexpr std::uint64_t kImageBytes = 67108864;
 constexpr std::uint64_t kHeaderBlock = 4096;
