@@ -14,14 +14,12 @@ constexpr ULONG kSizeOf = static_cast<ULONG>(std::tuple_size_v<Block>);
 
 template <class Block>
 HRESULT WriteBlock(std::uint16_t selector, Block block, IBaseFilter* filter) {
-  ULONG moved = 0;
-  return XuSetControl(VendorXu, selector, block.data(), kSizeOf<Block>, &moved, filter);
+  return XuSetControl(VendorXu, selector, block.data(), kSizeOf<Block>, nullptr, filter);
 }
 
 template <class Block>
 HRESULT ReadBlock(std::uint16_t selector, Block& block, IBaseFilter* filter) {
-  ULONG moved = 0;
-  return XuGetControl(VendorXu, selector, block.data(), kSizeOf<Block>, &moved, filter);
+  return XuGetControl(VendorXu, selector, block.data(), kSizeOf<Block>, nullptr, filter);
 }
 
 template <class Block>

@@ -77,18 +77,16 @@ HRESULT GetDeviceInfo(IBaseFilter* filter, std::uint8_t* info) {
 
 HRESULT GetSensorSN(IBaseFilter* filter, std::uint8_t* serial) {
   const HRESULT written = WriteBlock(kVcpChannel.commandSelector, kPrepareSensorSerial, filter);
-  ULONG moved = 0;
   // Deliberate: read whatever became of the command, and not looked at.
   static_cast<void>(XuGetControl(VendorXu, vendor_selector::kSensorSerial, serial,
-                                 kSensorSerialSize, &moved, filter));
+                                 kSensorSerialSize, nullptr, filter));
   return FAILED(written) ? kNoDevice : S_OK;
 }
 
 HRESULT GetSkypeXUVersion(IBaseFilter* filter, std::uint8_t* version) {
   std::uint8_t read = 0;
-  ULONG moved = 0;
   if (FAILED(
-          XuGetControl(SkypeXu, skype_selector::kVersion, &read, sizeof(read), &moved, filter))) {
+          XuGetControl(SkypeXu, skype_selector::kVersion, &read, sizeof(read), nullptr, filter))) {
     return kRefused;
   }
   // Deliberate: callers depend on this floor.

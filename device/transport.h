@@ -19,7 +19,7 @@ HRESULT XuSetControl(const GUID& unit, std::uint16_t selector, void* data, ULONG
                      ULONG* bytesReturned, IBaseFilter* filter);
 
 // Reads one control. Deliberately initialises COM for the calling thread on every call, and writes
-// no line.
+// no line. `bytesReturned` may be null.
 HRESULT XuGetControl(const GUID& unit, std::uint16_t selector, void* data, ULONG length,
                      ULONG* bytesReturned, IBaseFilter* filter);
 

@@ -4,7 +4,6 @@
 #include <array>
 
 #include "encoding/logged_controls.h"
-#include "platform/bytes.h"
 #include "platform/file_handle.h"
 
 namespace zem {
@@ -35,14 +34,11 @@ void AppendHeader(const FileHandle& file, const platform::LocalTime& time, const
 }
 
 std::uint32_t LoadNumber(const std::uint8_t* bytes, unsigned width) {
-  switch (width) {
-    case 1:
-      return *bytes;
-    case 2:
-      return LoadLe16(bytes);
-    default:
-      return LoadLe32(bytes);
+  std::uint32_t number = 0;
+  for (unsigned index = 0; index < width; ++index) {
+    number |= std::uint32_t{bytes[index]} << (8 * index);
   }
+  return number;
 }
 
 void AppendField(const FileHandle& file, const LoggedField& field, const LoggedBlock& block) {

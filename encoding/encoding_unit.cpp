@@ -14,9 +14,8 @@ constexpr std::uint16_t kStreamBlockSize = 51;
 // One transfer and its log entry; the transport's result.
 HRESULT LoggedTransfer(Direction direction, const GUID& unit, std::uint16_t selector, void* data,
                        std::uint16_t length, IBaseFilter* device) {
-  ULONG moved = 0;
   const auto transfer = direction == Direction::kSet ? XuSetControl : XuGetControl;
-  const HRESULT result = transfer(unit, selector, data, length, &moved, device);
+  const HRESULT result = transfer(unit, selector, data, length, nullptr, device);
   LogTransfer(direction, unit, selector, {static_cast<const std::uint8_t*>(data), length}, result);
   return result;
 }

@@ -39,8 +39,7 @@ struct RawList {
 };
 
 HRESULT ReadChunk(std::uint8_t* chunk, IBaseFilter* filter) {
-  ULONG moved = 0;
-  return XuGetControl(VendorXu, vendor_selector::kH264ListRead, chunk, kChunkSize, &moved, filter);
+  return XuGetControl(VendorXu, vendor_selector::kH264ListRead, chunk, kChunkSize, nullptr, filter);
 }
 
 // Reads the camera's own list; `raw` stays empty when the camera has none to give. Fails only when

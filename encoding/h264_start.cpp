@@ -24,15 +24,13 @@ enum class Switch : std::uint8_t { kOff = 1, kOn = 2 };
 constexpr std::uint8_t kLastCodeVersion = 19;
 
 HRESULT WriteSkypeByte(std::uint16_t selector, std::uint8_t byte, IBaseFilter* filter) {
-  ULONG moved = 0;
-  return XuSetControl(SkypeXu, selector, &byte, sizeof(byte), &moved, filter);
+  return XuSetControl(SkypeXu, selector, &byte, sizeof(byte), nullptr, filter);
 }
 
 Dialect DialectOf(IBaseFilter* filter) {
   std::uint8_t version = 0;
-  ULONG moved = 0;
   const HRESULT read =
-      XuGetControl(SkypeXu, skype_selector::kVersion, &version, sizeof(version), &moved, filter);
+      XuGetControl(SkypeXu, skype_selector::kVersion, &version, sizeof(version), nullptr, filter);
   return SUCCEEDED(read) && version <= kLastCodeVersion ? Dialect::kSkype : Dialect::kVendor;
 }
 
@@ -116,14 +114,13 @@ Configuration SubConfiguration(const Configuration& main, const H264FrameInfo& f
 // then, and looks at no result.
 void ProbeAndCommit(Configuration wanted, IBaseFilter* filter) {
   Configuration offered = {};
-  ULONG moved = 0;
-  if (SUCCEEDED(XuSetControl(H264Xu, h264_selector::kProbe, wanted.data(), wanted.size(), &moved,
+  if (SUCCEEDED(XuSetControl(H264Xu, h264_selector::kProbe, wanted.data(), wanted.size(), nullptr,
                              filter))) {
     static_cast<void>(XuGetControl(H264Xu, h264_selector::kProbe, offered.data(), offered.size(),
-                                   &moved, filter));
+                                   nullptr, filter));
   }
-  static_cast<void>(
-      XuSetControl(H264Xu, h264_selector::kCommit, offered.data(), offered.size(), &moved, filter));
+  static_cast<void>(XuSetControl(H264Xu, h264_selector::kCommit, offered.data(), offered.size(),
+                                 nullptr, filter));
 }
 
 HRESULT StartType2(const H264FrameInfo& format, IBaseFilter* filter) {

@@ -32,13 +32,11 @@ void Unpack(const WireFormat& wire, OrvaStreamFormat& format) {
 }
 
 HRESULT Read(std::uint16_t selector, void* data, ULONG length, IBaseFilter* filter) {
-  ULONG moved = 0;
-  return XuGetControl(OrvaXu, selector, data, length, &moved, filter);
+  return XuGetControl(OrvaXu, selector, data, length, nullptr, filter);
 }
 
 HRESULT Write(std::uint16_t selector, void* data, ULONG length, IBaseFilter* filter) {
-  ULONG moved = 0;
-  return XuSetControl(OrvaXu, selector, data, length, &moved, filter);
+  return XuSetControl(OrvaXu, selector, data, length, nullptr, filter);
 }
 
 HRESULT WriteFormat(std::uint16_t selector, const OrvaStreamFormat* format, IBaseFilter* filter) {

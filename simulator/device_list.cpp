@@ -67,8 +67,8 @@ class Moniker : public ComObject<IMoniker> {
     return QueryNone(object);
   }
 
-  HRESULT STDMETHODCALLTYPE BindToObject(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
-                                         REFIID /*iid*/, void** object) override {
+  HRESULT STDMETHODCALLTYPE BindToObject(IBindCtx* /*context*/, IMoniker* /*toLeft*/, REFIID iid,
+                                         void** object) override {
     const HRESULT entered = Enter(gate_, "BindToObject");
     if (FAILED(entered)) {
       return entered;
@@ -76,12 +76,15 @@ class Moniker : public ComObject<IMoniker> {
     if (object == nullptr) {
       return E_POINTER;
     }
+    if (!(iid == IID_IBaseFilter)) {
+      return QueryNone(object);
+    }
     *object = device_.bind();
     return GatedResult(entered, device_.bindResult);
   }
 
-  HRESULT STDMETHODCALLTYPE BindToStorage(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
-                                          REFIID /*iid*/, void** object) override {
+  HRESULT STDMETHODCALLTYPE BindToStorage(IBindCtx* /*context*/, IMoniker* /*toLeft*/, REFIID iid,
+                                          void** object) override {
     const HRESULT entered = Enter(gate_, "BindToStorage");
     if (FAILED(entered)) {
       return entered;
@@ -89,7 +92,11 @@ class Moniker : public ComObject<IMoniker> {
     if (object == nullptr) {
       return E_POINTER;
     }
-    *object = static_cast<IPropertyBag*>(new PropertyBag(device_, gate_));
+    if (!(iid == IID_IPropertyBag)) {
+      return QueryNone(object);
+    }
+    *object =
+        device_.hasNullBag ? nullptr : static_cast<IPropertyBag*>(new PropertyBag(device_, gate_));
     return entered;
   }
 

@@ -25,6 +25,8 @@ struct ListedDevice {
   HRESULT bindResult = S_OK;
   // Asked for its display name, the device succeeds without one.
   bool hasNullName = false;
+  // Asked for its properties, the device succeeds without any.
+  bool hasNullBag = false;
   // Read in place of the text of "DevicePath", and left as it is when it is cleared.
   std::optional<VARIANT> oddDevicePath = std::nullopt;
 };

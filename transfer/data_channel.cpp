@@ -52,8 +52,7 @@ void Pad(std::uint8_t* buffer, std::uint32_t length, const std::uint8_t* bytes,
 }
 
 HRESULT ReadChunk(const DataControl& control, std::uint8_t* bytes, IBaseFilter* filter) {
-  ULONG moved = 0;
-  return XuGetControl(VendorXu, control.selector, bytes, control.chunkLength, &moved, filter);
+  return XuGetControl(VendorXu, control.selector, bytes, control.chunkLength, nullptr, filter);
 }
 
 // How many bytes of a chunk that has been read go to the caller.
@@ -86,10 +85,9 @@ DataControl ProbeDataSpeed(IBaseFilter* filter) {
 }
 
 HRESULT WriteChunk(const DataControl& control, const std::uint8_t* bytes, IBaseFilter* filter) {
-  ULONG moved = 0;
   // A write does not change the bytes; the system's interface does not say so.
   return XuSetControl(VendorXu, control.selector, const_cast<std::uint8_t*>(bytes),
-                      control.chunkLength, &moved, filter);
+                      control.chunkLength, nullptr, filter);
 }
 
 HRESULT SendData(IBaseFilter* filter, Image data, Progress progress, std::uint8_t param2,

@@ -36,9 +36,8 @@ void SetHeader(NvmemBlock& block, std::uint32_t address, std::uint32_t count) {
 }
 
 HRESULT Send(const NvmemControl& control, NvmemBlock& block, IBaseFilter* filter) {
-  ULONG moved = 0;
   return XuSetControl(control.unit, control.selector, block.data(),
-                      static_cast<ULONG>(block.size()), &moved, filter);
+                      static_cast<ULONG>(block.size()), nullptr, filter);
 }
 
 // Writes one piece. Bytes of `block` behind the data go out as they are.
@@ -56,9 +55,8 @@ HRESULT ReadPiece(const NvmemControl& control, std::uint32_t address, std::uint3
   block = {};
   SetHeader(block, address, count | kReadRequest);
   static_cast<void>(Send(control, block, filter));
-  ULONG moved = 0;
   return XuGetControl(control.unit, control.selector, block.data(),
-                      static_cast<ULONG>(block.size()), &moved, filter);
+                      static_cast<ULONG>(block.size()), nullptr, filter);
 }
 
 }  // namespace

@@ -6,10 +6,9 @@
 namespace zem {
 
 HRESULT SetTirellaLed(IBaseFilter* filter, std::uint8_t value) {
-  ULONG moved = 0;
   // Deliberate: a camera without the LED is no failure to the caller.
   static_cast<void>(
-      XuSetControl(TirellaXu, tirella_selector::kLed, &value, sizeof(value), &moved, filter));
+      XuSetControl(TirellaXu, tirella_selector::kLed, &value, sizeof(value), nullptr, filter));
   return S_OK;
 }
 

@@ -180,6 +180,8 @@ def main():
     parser.add_argument("count", nargs="?", type=int, default=100, metavar="COUNT",
                         help="mutants of each room (100)")
     parser.add_argument("--seed", default="1", help="which mutants are drawn (1)")
+    parser.add_argument("--only", default="", metavar="TEXT",
+                        help="mutants whose line in the list of survivors has this text")
     parser.add_argument("--workers", type=int, default=os.cpu_count(), help="how many at a time")
     arguments = parser.parse_args()
 
@@ -207,7 +209,9 @@ def run(arguments):
     runner.prepare()
     results = {}
     for room in rooms:
-        verdicts = runner.judge_all(draw_order(sites[room], arguments.seed), arguments.count, known)
+        drawn = [mutant for mutant in draw_order(sites[room], arguments.seed)
+                 if arguments.only in describe(mutant)]
+        verdicts = runner.judge_all(drawn, arguments.count, known)
         results[room] = verdicts
         row = counts(verdicts)
         print(f"{room}: {row['killed']} killed, {row['survived']} survived, "

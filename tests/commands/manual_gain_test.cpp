@@ -62,6 +62,9 @@ TEST_F(ManualGainTest, OrderOfTheCalls) {
             (Lines{"QueryInterface(IAMVideoProcAmp)", "IAMVideoProcAmp::Get",
                    "QueryInterface(IAMVideoProcAmp)", "IAMVideoProcAmp::Set",
                    "QueryInterface(IKsTopologyInfo)"}));
+  const auto live = gate.liveObjects.end() - 30;
+  EXPECT_EQ(std::vector<int>(live, live + 5), (std::vector<int>{1, 2, 1, 2, 1}))
+      << "the interface is given back each time before anything else is asked";
 }
 
 TEST_F(ManualGainTest, NullHandle) {

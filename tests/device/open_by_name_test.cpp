@@ -231,6 +231,16 @@ TEST_F(OpenByDevicePathTest, DevicesWithoutBagOrPropertyArePassedOver) {
   }
 }
 
+TEST_F(OpenByDevicePathTest, ABagThatIsGrantedWithoutAPointerIsNone) {
+  ListNothing();
+  List(L"a", CameraWithVendorUnitAt(1, 2), L"path").hasNullBag = true;
+  void* handle = nullptr;
+  EXPECT_EQ(ZEMAPI_OpenDeviceByDevPath(L"path", &handle), ZEM_E_FAIL);
+  List(L"b", CameraWithVendorUnitAt(1, 2), L"path");
+  EXPECT_EQ(ZEMAPI_OpenDeviceByDevPath(L"path", &handle), 0) << "the device is passed over";
+  ZEMAPI_CloseDevice(&handle);
+}
+
 TEST_F(OpenByDevicePathTest, PathThatIsNoTextOrNullIsNone) {
   std::wstring text = L"path";
   constexpr VARTYPE kNumber = 3;

@@ -408,8 +408,12 @@ class RefusingCamera : public zem::testing::BareCamera {
     }
     return E_FAIL;
   }
+  HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
+    return static_cast<void>(BareCamera::get_NumNodes(count)), countResult;
+  }
   int asked = 0;
   void* leftBehind = nullptr;
+  HRESULT countResult = S_OK;
 };
 
 TEST(ProcessingNodePointerTest, PointerIsNotClearedFirst) {
@@ -420,6 +424,8 @@ TEST(ProcessingNodePointerTest, PointerIsNotClearedFirst) {
   void* node = &camera;
   EXPECT_EQ(ZEMAPI_Get_IVideoProcAmp_Interface(handle, &node), 0) << "no nodes";
   EXPECT_EQ(node, &camera);
+  camera.countResult = S_FALSE;
+  EXPECT_EQ(ZEMAPI_Get_IVideoProcAmp_Interface(handle, &node), 0) << "no nodes, positively";
   camera.nodeCount = 3;
   EXPECT_EQ(ZEMAPI_Get_IVideoProcAmp_Interface(handle, &node), E_FAIL);
   EXPECT_EQ(node, &camera);

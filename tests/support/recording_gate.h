@@ -36,11 +36,14 @@ class RecordingGate : public simulator::CallGate {
 
   HRESULT Enter(const char* call) override {
     calls.emplace_back(call);
+    liveObjects.push_back(simulator::liveComObjects);
     const bool isRefused = calls.size() - 1 == refused_ || refusedNames_.contains(call);
     return isRefused ? kRefusal : everything_;
   }
 
   std::vector<std::string> calls;
+  // How many COM objects there were at each call ever.
+  std::vector<int> liveObjects;
 
  private:
   std::size_t refused_ = static_cast<std::size_t>(-1);
