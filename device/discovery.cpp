@@ -32,14 +32,15 @@ class DeviceWalk {
 
   bool empty() const { return !devices_; }
 
-  // Fetches the next device: null once there is none left, a negative result when enumerating
-  // failed.
+  // Fetches the next device. kFail once there is none left, the enumeration's own failure if it has
+  // one.
   HRESULT Next(ComPtr<IMoniker>& device) {
     const HRESULT result = devices_->Next(1, device.Receive(), nullptr);
-    if (result != S_OK) {
-      device.Reset();
+    if (result == S_OK && device) {
+      return S_OK;
     }
-    return FAILED(result) ? result : S_OK;
+    device.Reset();
+    return FAILED(result) ? result : kFail;
   }
 
  private:
@@ -119,9 +120,6 @@ HRESULT FindDevice(IBaseFilter** filter, const GUID& category, Choose choose) {
     if (const HRESULT result = walk.Next(device); FAILED(result)) {
       return result;
     }
-    if (!device) {
-      return kFail;
-    }
     ComPtr<IBaseFilter> found;
     if (const std::optional<HRESULT> chosen = choose(device.get(), found)) {
       *filter = found.Detach();
@@ -164,9 +162,6 @@ HRESULT FindCaptureDevice(IBaseFilter** filter, unsigned vid, unsigned pid, int 
     ComPtr<IMoniker> device;
     if (const HRESULT result = walk.Next(device); FAILED(result)) {
       return result;
-    }
-    if (!device) {
-      return kFail;
     }
     NameBuffer name = {};
     if (!ReadDisplayName(device.get(), name) || !ContainsBeforeEnd(name.data(), pattern.data())) {
