@@ -8,7 +8,7 @@ namespace zem::simulator {
 
 using Block = std::array<std::uint8_t, 8>;
 
-inline constexpr std::uint8_t kAccepted = 0;
-inline constexpr std::uint8_t kRefused = 1;
+inline constexpr std::uint8_t kAcceptedStatus = 0;
+inline constexpr std::uint8_t kRefusedStatus = 1;
 
 }  // namespace zem::simulator

@@ -38,7 +38,7 @@ void DataChannel::Control(const Block& control) {
     case 0x10:
       return BeginFlashRead(control);
     default:
-      status_ = {kRefused};
+      status_ = {kRefusedStatus};
   }
 }
 
@@ -57,7 +57,7 @@ Block DataChannel::Status() {
 void DataChannel::BeginWrite(const Block& control) {
   if (settings_.busy || FindFlashArea(control[2], control[3]) == nullptr) {
     mode_ = Mode::kIdle;
-    status_ = {settings_.busy ? kBusy : kRefused};
+    status_ = {settings_.busy ? kBusy : kRefusedStatus};
     return;
   }
   mode_ = Mode::kReceiving;

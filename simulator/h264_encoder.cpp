@@ -44,17 +44,17 @@ std::optional<Block> H264Encoder::RunIspCommand(const Block& command) {
   switch (command[0]) {
     case 0x02:
       fps = LoadLe16(&command[1]);
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x04:
       ++keyFrames;
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x08:
       // Any other sub-code sets a quality, which is not the encoder's.
       if (command[1] != 0xFF) {
         return std::nullopt;
       }
       bitRate = LoadLe16(&command[2]);
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     default:
       return std::nullopt;
   }
@@ -67,22 +67,22 @@ std::optional<Block> H264Encoder::RunVcpCommand(const Block& command) {
         return std::nullopt;
       }
       listPosition_ = 0;
-      return Block{list_.empty() ? kRefused : kAccepted};
+      return Block{list_.empty() ? kRefusedStatus : kAcceptedStatus};
     case 0x0B:
       resolutionCode = command[1];
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x0C:
       running = command[1] == 0x02;
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x23:
       multicastStream = command[1];
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x24:
       multicastLayer = command[1];
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x25:
       multicastFormat = command;
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     default:
       return std::nullopt;
   }

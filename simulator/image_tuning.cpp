@@ -15,14 +15,14 @@ constexpr std::array<std::uint8_t, 5> kByteFeatures = {0x00, 0x05, 0x08, 0x0B, 0
 
 // A reply that carries `values` in its bytes 2 to 7.
 Block ReplyWith(const std::array<std::uint8_t, 6>& values) {
-  Block reply = {kAccepted};
+  Block reply = {kAcceptedStatus};
   std::copy(values.begin(), values.end(), reply.begin() + 2);
   return reply;
 }
 
 Block Keep(const Block& command, std::array<std::uint8_t, 6>& values) {
   std::copy(command.begin() + 2, command.end(), values.begin());
-  return Block{kAccepted};
+  return Block{kAcceptedStatus};
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ std::optional<Block> ImageTuning::RunIspCommand(const Block& command) {
       return Block{0, '2', '4', 'M', 'a', 'r', '0', '5'};
     case 0x10:
       recordingMode = command[1];
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x11:
       return RunGainCommand(command);
     case 0xFF:
@@ -55,16 +55,16 @@ std::optional<Block> ImageTuning::RunVcpCommand(const Block& command) {
   switch (command[0]) {
     case 0x07:
       maxQp = command[1];
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x08:
       minQp = command[1];
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x19:
       if (command[1] != 0x81) {
         return std::nullopt;
       }
       serialPrepared = true;
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     default:
       return std::nullopt;
   }
@@ -75,7 +75,7 @@ std::optional<Block> ImageTuning::RunGainCommand(const Block& command) {
     case 0x00:
     case 0x01:
       manualGain = command[1] == 0x00;
-      return Block{kAccepted};
+      return Block{kAcceptedStatus};
     case 0x02:
       return Keep(command, gains);
     case 0x03:
@@ -104,7 +104,7 @@ std::optional<Block> ImageTuning::RunFeatureCommand(const Block& command) {
     return std::nullopt;
   }
   features[feature] = command[2];
-  return Block{kAccepted};
+  return Block{kAcceptedStatus};
 }
 
 }  // namespace zem::simulator

@@ -37,7 +37,7 @@ typename Map::mapped_type ValueOrZero(const Map& map, Key key) {
 // What the extended commands mean is the firmware's; this one accepts all and echoes them.
 template <class Block>
 Block Echo(Block command) {
-  command[0] = kAccepted;
+  command[0] = kAcceptedStatus;
   return command;
 }
 
@@ -83,7 +83,7 @@ VendorUnit::VendorUnit(const VendorSettings& settings, std::shared_ptr<H264Encod
 
 void VendorUnit::CheckFirmware() {
   const auto image = ReadFirmwareImage(state.flash.BytesOf(AreaFor(FlashArea::Use::kFirmware)));
-  state.checkSumStatus = image && image->checkSumRight ? kAccepted : kWrongCheckSum;
+  state.checkSumStatus = image && image->checkSumRight ? kAcceptedStatus : kWrongCheckSum;
 }
 
 void VendorUnit::SaveMemory(KeptMemory& memory) const {
@@ -206,11 +206,11 @@ Block VendorUnit::RunIspCommand(const Block& command) {
     case 0x00:
       state.lensPosition = static_cast<std::uint32_t>(Word(command[4], command[5])) |
                            (static_cast<std::uint32_t>(Word(command[6], command[7])) << 16);
-      return {kAccepted};
+      return {kAcceptedStatus};
     case 0x0A:
       return RunRegisterCommand(command);
     case 0x0B: {
-      Block reply = {kAccepted};
+      Block reply = {kAcceptedStatus};
       std::copy(state.firmwareVersion.begin(), state.firmwareVersion.end(), reply.begin() + 2);
       return reply;
     }
@@ -237,10 +237,10 @@ Block VendorUnit::RunRegisterCommand(const Block& command) {
     if (space == 0) {
       state.flash.OnRegisterWrite(address, value, state.processorRegisters);
     }
-    return {kAccepted};
+    return {kAcceptedStatus};
   }
   const std::uint16_t value = ValueOrZero(*spaces[space], address);
-  return {kAccepted, 0, static_cast<std::uint8_t>(value & 0xFF),
+  return {kAcceptedStatus, 0, static_cast<std::uint8_t>(value & 0xFF),
           static_cast<std::uint8_t>(value >> 8)};
 }
 
@@ -257,7 +257,7 @@ Block VendorUnit::RunVcpCommand(const Block& command) {
         return {kUnknownCommand};
       }
       enterRomBoot();
-      return {kAccepted};
+      return {kAcceptedStatus};
     case 0xFF:
       return RunCodecCommand(command);
     default: {
@@ -278,7 +278,7 @@ Block VendorUnit::RunCodecCommand(const Block& command) {
   const std::uint16_t reg = Word(command[3], command[2]);
   if (command[1] == 0x00) {
     codecSelected_ = command[2] == 0x14;
-    return {kAccepted};
+    return {kAcceptedStatus};
   }
   if (!codecSelected_) {
     return {kUnknownCommand};
@@ -286,9 +286,9 @@ Block VendorUnit::RunCodecCommand(const Block& command) {
   switch (command[1]) {
     case 0x01:
       state.codecRegisters[reg] = command[4];
-      return {kAccepted};
+      return {kAcceptedStatus};
     case 0x02:
-      return {kAccepted, 0, ValueOrZero(state.codecRegisters, reg)};
+      return {kAcceptedStatus, 0, ValueOrZero(state.codecRegisters, reg)};
     default:
       return {kUnknownCommand};
   }
