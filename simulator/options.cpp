@@ -37,6 +37,15 @@ Number ReadNumber(const json& object, const char* key, Number missing) {
   return static_cast<Number>(number);
 }
 
+// The array at a key; an empty one where the key is missing.
+json ReadArray(const json& object, const char* key) {
+  json array = object.value(key, json::array());
+  if (!array.is_array()) {
+    throw std::invalid_argument("\"" + std::string(key) + "\" is not an array");
+  }
+  return array;
+}
+
 H264Format ReadFormat(const json& object) {
   RefuseUnknownKeys(object, {"type", "index", "width", "height", "subWidth", "subHeight",
                              "maxBitRate", "minBitRate", "maxFps", "minFps"});
@@ -56,7 +65,7 @@ H264Format ReadFormat(const json& object) {
 
 std::vector<H264Format> ReadFormats(const json& object) {
   std::vector<H264Format> formats;
-  for (const json& format : object.value("h264Formats", json::array())) {
+  for (const json& format : ReadArray(object, "h264Formats")) {
     formats.push_back(ReadFormat(format));
   }
   if (formats.size() > H264Encoder::kMostFormats) {
@@ -89,9 +98,9 @@ std::vector<std::uint8_t> ReadBytes(const json& object, const char* key) {
   return bytes;
 }
 
-std::vector<std::uint8_t> ReadTables(const json& tables) {
+std::vector<std::uint8_t> ReadTables(const json& object) {
   std::vector<Table> read;
-  for (const json& table : tables) {
+  for (const json& table : ReadArray(object, "tables")) {
     RefuseUnknownKeys(table, {"id", "data"});
     const auto id = table.at("id").get<std::int64_t>();
     if (id < 0 || id > 0xFF) {
@@ -108,7 +117,7 @@ std::vector<std::uint8_t> ReadNvmem(const json& object, std::vector<std::uint8_t
     throw std::invalid_argument("\"nvmem\" and \"tables\" exclude each other");
   }
   if (object.contains("tables")) {
-    return ReadTables(object.at("tables"));
+    return ReadTables(object);
   }
   if (!object.contains("nvmem")) {
     return missing;
@@ -229,12 +238,22 @@ BootLoaderOptions ReadBootLoader(const json& object) {
   bootLoader.absentOpens = ReadNumber(object, "absentOpens", bootLoader.absentOpens);
   if (object.contains("storages")) {
     bootLoader.storages.clear();
-    for (const json& storage : object.at("storages")) {
+    for (const json& storage : ReadArray(object, "storages")) {
       bootLoader.storages.push_back(ReadStorage(storage));
     }
   }
   bootLoader.faults = ReadFaults(object);
   return bootLoader;
+}
+
+void LoadState(Camera& camera, const std::string& path) {
+  const KeptMemory memory = ReadStateFile(path);
+  try {
+    camera.LoadMemory(memory);
+  } catch (const std::invalid_argument& error) {
+    throw std::invalid_argument("the state file \"" + path +
+                                "\" is another camera's: " + error.what());
+  }
 }
 
 }  // namespace
@@ -252,7 +271,7 @@ Options ParseOptions(std::string_view text) {
     RefuseUnknownKeys(root, {"cameras", "bootLoader"});
     if (root.contains("cameras")) {
       options.cameras.clear();
-      for (const json& camera : root.at("cameras")) {
+      for (const json& camera : ReadArray(root, "cameras")) {
         options.cameras.push_back(ReadCamera(camera));
       }
     }
@@ -315,7 +334,7 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
     camera->AddUnit(std::make_unique<TirellaUnit>());
   }
   if (!options.stateFile.empty()) {
-    camera->LoadMemory(ReadStateFile(options.stateFile));
+    LoadState(*camera, options.stateFile);
   }
   for (const Fault& fault : options.faults) {
     camera->AddFault(fault);
