@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The main job: builds the Windows DLL, the host tool and the simulated camera, and lets the tool find
-# the camera through the system's device enumerator, open it, and read it.
+# the camera, open it, and read it.
 source "$(dirname "$0")/scripts/setup.sh"
 
 step "packages" install_missing "${windows_packages[@]}"

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/simulated/simulated_platform.h"
 #include "simulator/system_results.h"
+#include "simulator/system_text.h"
 
 namespace zem::simulator {
 namespace {
@@ -35,18 +35,20 @@ class PropertyBag : public ComObject<IPropertyBag> {
     if (AnyNull(name, value)) {
       return E_POINTER;
     }
-    if (std::wstring_view(name) != L"DevicePath") {
-      return kNotFoundResult;
-    }
-    if (device_.oddDevicePath) {
+    const bool isPath = std::wstring_view(name) == L"DevicePath";
+    if (isPath && device_.oddDevicePath) {
       *value = *device_.oddDevicePath;
       return entered;
     }
-    if (!device_.devicePath) {
+    const bool isName = std::wstring_view(name) == L"FriendlyName";
+    const std::optional<std::wstring> text = isPath   ? device_.devicePath
+                                             : isName ? device_.friendlyName
+                                                      : std::nullopt;
+    if (!text) {
       return kNotFoundResult;
     }
     value->vt = VT_BSTR;
-    value->bstrVal = platform::simulated::AllocateTaskText(*device_.devicePath);
+    value->bstrVal = MakeVariantText(*text);
     return entered;
   }
 
@@ -109,8 +111,7 @@ class Moniker : public ComObject<IMoniker> {
     if (name == nullptr) {
       return E_POINTER;
     }
-    *name =
-        device_.hasNullName ? nullptr : platform::simulated::AllocateTaskText(device_.displayName);
+    *name = device_.hasNullName ? nullptr : MakeTaskText(device_.displayName);
     return entered;
   }
 

@@ -1,4 +1,5 @@
-// The simulated system's device enumerator, for hosts on systems that have none of their own.
+// The simulated system's device enumerator: for hosts on systems that have none of their own, and
+// for those that are to find simulated devices only.
 #pragma once
 
 #include <functional>
@@ -18,6 +19,8 @@ struct ListedDevice {
   GUID category = CLSID_VideoInputDeviceCategory;
   // Makes the filter, with one reference for the caller.
   std::function<IBaseFilter*()> bind;
+  // Text of the "FriendlyName" property; a device may have none.
+  std::optional<std::wstring> friendlyName = std::nullopt;
 
   // ---- What a device that is out of order does ----
 

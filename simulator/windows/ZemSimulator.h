@@ -1,6 +1,7 @@
 /*
- * ZemSimulator.dll: simulated cameras in the system's own list of video-input devices, for any host
- * in this process (ZemSimulatorStart) or in every process (regsvr32).
+ * ZemSimulator.dll: simulated cameras, for ZemUVCExtApi.dll and the program in this process
+ * (ZemSimulatorStartPrivate); or in the system's own list of video-input devices, for any host in
+ * this process (ZemSimulatorStart) or in every process (regsvr32).
  *
  * Call from one thread at a time.
  */
@@ -15,7 +16,18 @@ extern "C" {
 #define ZEM_SIMULATOR_MAX_CAMERAS 8
 
 /**
- * Puts simulated cameras into the system's list, in place of those of an earlier start.
+ * Lets ZemUVCExtApi.dll, which must be loaded, and this process's program find simulated cameras
+ * and no other devices, in place of what an earlier start simulated. Nothing is written to the
+ * system: no other process sees these cameras, and they end with this one, however it ends.
+ *
+ * @param options as for ZemSimulatorStart
+ * @return 0, or a negative HRESULT; ZemSimulatorLastError tells why
+ */
+long ZemSimulatorStartPrivate(const char* options);
+
+/**
+ * Puts simulated cameras into the system's list, in place of what an earlier start simulated. Every
+ * process sees them there; this one can open them.
  *
  * @param options JSON text as described in docs/simulator.md, or null or empty for one camera with
  *                the default ids
@@ -23,7 +35,7 @@ extern "C" {
  */
 long ZemSimulatorStart(const char* options);
 
-/** Takes the cameras out of the list again, and writes their state files. */
+/** Takes the cameras away again, and writes their state files. */
 void ZemSimulatorStop(void);
 
 /** Why the last start or stop failed; empty when it did not. As UTF-8 text; valid until the next

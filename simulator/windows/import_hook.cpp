@@ -35,12 +35,34 @@ ULONGLONG* FindSlot(HMODULE module, std::string_view name) {
   return nullptr;
 }
 
+// The loaded module of this name, the program for null; null when there is none.
+HeldModule HoldModule(const wchar_t* name) {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(0, name, &module);
+  return HeldModule(module);
+}
+
 }  // namespace
+
+HeldModule HoldLibrary() {
+  HeldModule library = HoldModule(L"ZemUVCExtApi.dll");
+  if (!library) {
+    throw std::runtime_error(
+        "this simulation is for ZemUVCExtApi.dll, which is not loaded in this process");
+  }
+  return library;
+}
+
+HeldModule HoldProgram() { return HoldModule(nullptr); }
+
+bool ImportHook::IsPossible(HMODULE module, const char* name) {
+  return FindSlot(module, name) != nullptr;
+}
 
 ImportHook::ImportHook(HMODULE module, const char* name, FARPROC replacement)
     : slot_(FindSlot(module, name)) {
   if (slot_ == nullptr) {
-    throw std::runtime_error(std::string("ZemUVCExtApi.dll does not import ") + name);
+    throw std::runtime_error(std::string("the module does not import ") + name);
   }
   original_ = *slot_;
   Write(reinterpret_cast<ULONGLONG>(replacement));

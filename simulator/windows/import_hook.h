@@ -3,7 +3,28 @@
 
 #include <windows.h>
 
+#include <memory>
+#include <type_traits>
+
 namespace zem::simulator {
+
+struct ReleaseModule {
+  void operator()(HMODULE module) const { FreeLibrary(module); }
+};
+// A module that stays loaded as long as this lives, so that there is a table to put right again.
+using HeldModule = std::unique_ptr<std::remove_pointer_t<HMODULE>, ReleaseModule>;
+
+// ZemUVCExtApi.dll, whose imports the simulator replaces. Throws std::runtime_error when it is not
+// loaded in this process.
+HeldModule HoldLibrary();
+
+// The program of this process.
+HeldModule HoldProgram();
+
+template <class Function>
+FARPROC AsImport(Function* function) {
+  return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(function));
+}
 
 class ImportHook {
  public:
@@ -14,6 +35,9 @@ class ImportHook {
   ~ImportHook();
   ImportHook(const ImportHook&) = delete;
   ImportHook& operator=(const ImportHook&) = delete;
+
+  // Whether `module` imports a function of this name.
+  static bool IsPossible(HMODULE module, const char* name);
 
  private:
   void Write(ULONGLONG function) const;

@@ -76,6 +76,10 @@ GUID CameraClassId(std::size_t index) { return ClassId(DeviceKind::kCamera, inde
 
 GUID MicrophoneClassId(std::size_t index) { return ClassId(DeviceKind::kMicrophone, index); }
 
+std::wstring DisplayName(const GUID& category, const std::wstring& instanceName) {
+  return L"@device:sw:" + TextOf(category) + L"\\" + instanceName;
+}
+
 HRESULT RegisterDevice(const GUID& classId, const GUID& category, const std::wstring& instanceName,
                        const std::wstring& friendlyName, const std::wstring& devicePath,
                        const std::wstring& modulePath) {

@@ -14,6 +14,9 @@ GUID CameraClassId(std::size_t index);
 // That of its microphone.
 GUID MicrophoneClassId(std::size_t index);
 
+// What the system's enumerator calls a device of `category`.
+std::wstring DisplayName(const GUID& category, const std::wstring& instanceName);
+
 // Lists a device: its COM class, served by the module at `modulePath`, and its entry in `category`
 // under `instanceName`, which becomes the last part of its display name.
 HRESULT RegisterDevice(const GUID& classId, const GUID& category, const std::wstring& instanceName,

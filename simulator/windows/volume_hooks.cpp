@@ -1,6 +1,6 @@
 #include "simulator/windows/volume_hooks.h"
 
-#include <stdexcept>
+#include <utility>
 
 namespace zem::simulator {
 namespace {
@@ -47,24 +47,13 @@ BOOL WINAPI CloseFileOrVolume(HANDLE handle) {
   return TRUE;
 }
 
-template <class Function>
-FARPROC AsImport(Function* function) {
-  return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(function));
-}
-
 }  // namespace
 
-VolumeHooks::VolumeHooks(std::shared_ptr<BootLoader> bootLoader) {
-  HMODULE library = nullptr;
-  if (GetModuleHandleExW(0, L"ZemUVCExtApi.dll", &library) == FALSE) {
-    throw std::runtime_error(
-        "a boot loader is simulated for ZemUVCExtApi.dll, which is not loaded in this process");
-  }
-  library_.reset(library);
+VolumeHooks::VolumeHooks(std::shared_ptr<BootLoader> bootLoader) : library_(HoldLibrary()) {
   volume = std::make_unique<Volume>(std::move(bootLoader));
-  create_.emplace(library, "CreateFileW", AsImport(OpenFileOrVolume));
-  control_.emplace(library, "DeviceIoControl", AsImport(ControlFileOrVolume));
-  close_.emplace(library, "CloseHandle", AsImport(CloseFileOrVolume));
+  create_.emplace(library_.get(), "CreateFileW", AsImport(OpenFileOrVolume));
+  control_.emplace(library_.get(), "DeviceIoControl", AsImport(ControlFileOrVolume));
+  close_.emplace(library_.get(), "CloseHandle", AsImport(CloseFileOrVolume));
 }
 
 // The volume stays as long as any import leads to it.

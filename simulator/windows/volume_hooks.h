@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <optional>
-#include <type_traits>
 
 #include "simulator/volume.h"
 #include "simulator/windows/import_hook.h"
@@ -21,12 +20,7 @@ class VolumeHooks {
   VolumeHooks& operator=(const VolumeHooks&) = delete;
 
  private:
-  struct Release {
-    void operator()(HMODULE library) const { FreeLibrary(library); }
-  };
-
-  // Held, so that there is a table to put right again.
-  std::unique_ptr<std::remove_pointer_t<HMODULE>, Release> library_;
+  HeldModule library_;
   std::optional<ImportHook> create_;
   std::optional<ImportHook> control_;
   std::optional<ImportHook> close_;

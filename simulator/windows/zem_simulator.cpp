@@ -13,6 +13,7 @@
 #include "simulator/com_microphone.h"
 #include "simulator/options.h"
 #include "simulator/windows/ZemSimulator.h"
+#include "simulator/windows/private_devices.h"
 #include "simulator/windows/registration.h"
 #include "simulator/windows/volume_hooks.h"
 #include "simulator/windows/wide_text.h"
@@ -21,6 +22,9 @@ namespace zem::simulator {
 namespace {
 
 HMODULE thisModule = nullptr;
+
+// Makes a device's filter, with one reference for the caller.
+using MakeFilter = std::function<IBaseFilter*()>;
 
 struct RunningCamera {
   CameraOptions options;
@@ -32,6 +36,10 @@ struct RunningCamera {
 
 struct Simulator {
   std::vector<RunningCamera> cameras;
+  // Where they are listed: in this process only, or in the registry. Neither holds for the default
+  // camera of a process that found it by itself.
+  std::optional<PrivateDevices> privateDevices;
+  bool inRegistry = false;
   // That of the first camera, if it has one.
   std::shared_ptr<BootLoader> bootLoader;
   std::optional<VolumeHooks> volume;
@@ -65,9 +73,46 @@ RunningCamera Prepare(const CameraOptions& options, std::size_t index) {
           InstanceName(options, kAudioInterface, index)};
 }
 
+MakeFilter FilterMaker(std::shared_ptr<Camera> camera) {
+  return [camera = std::move(camera)] { return MakeCameraFilter(camera, nullptr); };
+}
+
+MakeFilter FilterMaker(std::shared_ptr<Microphone> microphone) {
+  return [microphone = std::move(microphone)] { return MakeMicrophoneFilter(microphone, nullptr); };
+}
+
+struct Device {
+  GUID classId;
+  GUID category;
+  std::wstring instanceName;
+  std::string name;
+  MakeFilter make;
+};
+
+HRESULT List(const Device& device) {
+  const std::wstring friendlyName = Widen(device.name);
+  const std::wstring devicePath = L"\\\\?\\" + device.instanceName;
+  if (!TheSimulator().privateDevices) {
+    return RegisterDevice(device.classId, device.category, device.instanceName, friendlyName,
+                          devicePath, ModulePath());
+  }
+  PrivateDevices::List({DisplayName(device.category, device.instanceName), devicePath,
+                        device.category, device.make, friendlyName});
+  return S_OK;
+}
+
+void UnlistOne(const GUID& category, const std::wstring& instanceName) {
+  const Simulator& simulator = TheSimulator();
+  if (simulator.privateDevices) {
+    PrivateDevices::Unlist(DisplayName(category, instanceName));
+  } else if (simulator.inRegistry) {
+    UnlistDevice(category, instanceName);
+  }
+}
+
 void Unlist(const std::wstring& cameraName, const std::wstring& microphoneName) {
-  UnlistDevice(CLSID_VideoInputDeviceCategory, cameraName);
-  UnlistDevice(CLSID_AudioInputDeviceCategory, microphoneName);
+  UnlistOne(CLSID_VideoInputDeviceCategory, cameraName);
+  UnlistOne(CLSID_AudioInputDeviceCategory, microphoneName);
 }
 
 HRESULT ListMicrophone(std::size_t index) {
@@ -76,9 +121,8 @@ HRESULT ListMicrophone(std::size_t index) {
     return S_OK;
   }
   running.microphone = std::make_shared<Microphone>(Microphone{running.options.mixer});
-  return RegisterDevice(MicrophoneClassId(index), CLSID_AudioInputDeviceCategory,
-                        running.microphoneName, Widen(running.options.name + " Microphone"),
-                        L"\\\\?\\" + running.microphoneName, ModulePath());
+  return List({MicrophoneClassId(index), CLSID_AudioInputDeviceCategory, running.microphoneName,
+               running.options.name + " Microphone", FilterMaker(running.microphone)});
 }
 
 // Puts a camera into the system's list as a new one, as if it had just been plugged in. Throws when
@@ -96,9 +140,8 @@ HRESULT ListCamera(std::size_t index) {
   }
   running.camera = MakeCamera(running.options, std::move(enterRomBoot));
   SaveState(running.options, *running.camera);
-  const HRESULT result =
-      RegisterDevice(CameraClassId(index), CLSID_VideoInputDeviceCategory, instanceName,
-                     Widen(running.options.name), L"\\\\?\\" + instanceName, ModulePath());
+  const HRESULT result = List({CameraClassId(index), CLSID_VideoInputDeviceCategory, instanceName,
+                               running.options.name, FilterMaker(running.camera)});
   if (FAILED(result)) {
     return result;
   }
@@ -133,9 +176,17 @@ std::vector<RunningCamera> Unlist() {
   std::vector<RunningCamera> cameras = std::exchange(simulator.cameras, {});
   for (std::size_t index = 0; index < cameras.size(); ++index) {
     Unlist(cameras[index].instanceName, cameras[index].microphoneName);
-    UnregisterClass(CameraClassId(index));
-    UnregisterClass(MicrophoneClassId(index));
+    if (cameras[index].camera) {
+      // A handle to it may be open still, and the next start's cameras may have its name.
+      cameras[index].camera->SetUnplugObserver(nullptr);
+    }
+    if (simulator.inRegistry) {
+      UnregisterClass(CameraClassId(index));
+      UnregisterClass(MicrophoneClassId(index));
+    }
   }
+  simulator.privateDevices.reset();
+  simulator.inRegistry = false;
   return cameras;
 }
 
@@ -147,13 +198,19 @@ void Stop() {
   }
 }
 
-void Start(const char* text) {
+enum class Listing { kRegistry, kPrivate };
+
+void Start(const char* text, Listing listing) {
   const Options options = ParseOptions(text != nullptr ? text : "");
   if (options.cameras.size() > ZEM_SIMULATOR_MAX_CAMERAS) {
     throw std::invalid_argument("more cameras than can be simulated at once");
   }
   Stop();
   Simulator& simulator = TheSimulator();
+  if (listing == Listing::kPrivate) {
+    simulator.privateDevices.emplace();
+  }
+  simulator.inRegistry = listing == Listing::kRegistry;
   if (options.bootLoader) {
     simulator.bootLoader = std::make_shared<BootLoader>(*options.bootLoader);
     simulator.bootLoader->SetStageObserver(FollowStage);
@@ -170,9 +227,6 @@ void Start(const char* text) {
     }
   }
 }
-
-// Makes a device's filter, with one reference for the caller.
-using MakeFilter = std::function<IBaseFilter*()>;
 
 class FilterFactory : public ComObject<IClassFactory> {
  public:
@@ -207,15 +261,25 @@ MakeFilter FindFilter(REFCLSID classId) {
   const auto& cameras = TheSimulator().cameras;
   for (std::size_t index = 0; index < cameras.size(); ++index) {
     if (CameraClassId(index) == classId && cameras[index].camera) {
-      return [camera = cameras[index].camera] { return MakeCameraFilter(camera, nullptr); };
+      return FilterMaker(cameras[index].camera);
     }
     if (MicrophoneClassId(index) == classId && cameras[index].microphone) {
-      return [microphone = cameras[index].microphone] {
-        return MakeMicrophoneFilter(microphone, nullptr);
-      };
+      return FilterMaker(cameras[index].microphone);
     }
   }
   return nullptr;
+}
+
+long StartOrExplain(const char* options, Listing listing) {
+  try {
+    TheSimulator().lastError.clear();
+    Start(options, listing);
+    return S_OK;
+  } catch (const std::exception& error) {
+    TheSimulator().lastError = error.what();
+    Unlist();
+    return E_FAIL;
+  }
 }
 
 }  // namespace
@@ -225,16 +289,12 @@ using zem::simulator::TheSimulator;
 
 extern "C" {
 
+long ZemSimulatorStartPrivate(const char* options) {
+  return zem::simulator::StartOrExplain(options, zem::simulator::Listing::kPrivate);
+}
+
 long ZemSimulatorStart(const char* options) {
-  try {
-    TheSimulator().lastError.clear();
-    zem::simulator::Start(options);
-    return S_OK;
-  } catch (const std::exception& error) {
-    TheSimulator().lastError = error.what();
-    zem::simulator::Unlist();
-    return E_FAIL;
-  }
+  return zem::simulator::StartOrExplain(options, zem::simulator::Listing::kRegistry);
 }
 
 void ZemSimulatorStop(void) {
@@ -260,6 +320,9 @@ HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID iid, LPVOID* object) {
     return E_POINTER;
   }
   *object = nullptr;
+  if (TheSimulator().privateDevices) {
+    return CLASS_E_CLASSNOTAVAILABLE;  // a camera that the system lists is none of them
+  }
   auto& cameras = TheSimulator().cameras;
   if (cameras.empty()) {
     // A process that found the registered camera by itself: it gets the default one.
@@ -278,18 +341,19 @@ HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID iid, LPVOID* object) {
 }
 
 HRESULT WINAPI DllCanUnloadNow(void) {
-  const bool idle = zem::simulator::liveComObjects == 0 && TheSimulator().cameras.empty();
+  const bool idle = zem::simulator::liveComObjects == 0 && TheSimulator().cameras.empty() &&
+                    !TheSimulator().privateDevices;
   return idle ? S_OK : S_FALSE;
 }
 
 HRESULT WINAPI DllRegisterServer(void) { return ZemSimulatorStart(nullptr); }
 
 HRESULT WINAPI DllUnregisterServer(void) {
-  // The camera that DllRegisterServer listed, in whichever process that was.
-  if (TheSimulator().cameras.empty()) {
-    TheSimulator().cameras.push_back(zem::simulator::Prepare({}, 0));
-  }
   ZemSimulatorStop();
+  // The camera that DllRegisterServer listed, in whichever process that was.
+  TheSimulator().cameras.push_back(zem::simulator::Prepare({}, 0));
+  TheSimulator().inRegistry = true;
+  zem::simulator::Unlist();
   return S_OK;
 }
 

@@ -1,4 +1,5 @@
-// The simulator's COM objects refuse null pointers, as a real system's do.
+// The simulator's COM objects refuse null pointers, as a real system's do; and what they answer
+// that the library does not ask for.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -6,6 +7,7 @@
 #include <vector>
 
 #include "platform/com_ptr.h"
+#include "platform/platform.h"
 #include "simulator/camera.h"
 #include "simulator/com_camera.h"
 #include "simulator/com_microphone.h"
@@ -83,6 +85,35 @@ TEST_F(ComObjectsTest, Microphone) {
       [&] { return filter->QueryInterface(zem::IID_IAMAudioInputMixer, nullptr); },
       [&] { return mixer->get_MixLevel(nullptr); },
   });
+}
+
+TEST_F(ComObjectsTest, ListedDeviceHasTheTextsThatItWasGiven) {
+  const auto read = [](const ListedDevice& listed, const wchar_t* name) -> std::wstring {
+    const auto system =
+        ComPtr<ICreateDevEnum>::Adopt(zem::simulator::MakeDeviceEnumerator({listed}, nullptr));
+    ComPtr<IEnumMoniker> devices;
+    system->CreateClassEnumerator(zem::CLSID_VideoInputDeviceCategory, devices.Receive(), 0);
+    ComPtr<IMoniker> moniker;
+    devices->Next(1, moniker.Receive(), nullptr);
+    ComPtr<IPropertyBag> bag;
+    moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag, bag.ReceiveVoid());
+    VARIANT value = {};
+    if (bag->Read(name, &value, nullptr) != S_OK) {
+      return L"(none)";
+    }
+    EXPECT_EQ(value.vt, VT_BSTR);
+    const std::wstring text = value.bstrVal;
+    zem::platform::ClearVariant(&value);
+    return text;
+  };
+  ListedDevice device;
+  EXPECT_EQ(read(device, L"FriendlyName"), L"(none)");
+  EXPECT_EQ(read(device, L"DevicePath"), L"(none)");
+  device.devicePath = L"path";
+  device.friendlyName = L"name";
+  EXPECT_EQ(read(device, L"FriendlyName"), L"name");
+  EXPECT_EQ(read(device, L"DevicePath"), L"path");
+  EXPECT_EQ(read(device, L"CLSID"), L"(none)");
 }
 
 TEST_F(ComObjectsTest, DeviceList) {

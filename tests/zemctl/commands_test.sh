@@ -36,7 +36,5 @@ expect 7 'the command could not be written to the camera' $sim --simulator-fault
 expect 5 'the camera refused the command (ZEM_E_DEVICE_REFUSED, 0x80000001)' $sim \
   --simulator-fault refuse@2=5 reg get isp 0
 expect 5 '"exitCode": 5' $sim --json --simulator-fault refuse@2=5 reg get isp 0
-expect 2 'is not a fault' $sim --simulator-fault nonsense list
-expect 2 'unknown simulator option' $sim --simulator-options '{"camera":[]}' list
 expect 2 'subcommand is required' $sim
 expect 0 'Exit codes' --help

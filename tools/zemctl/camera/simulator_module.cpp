@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "simulator/options.h"
 #include "simulator/windows/ZemSimulator.h"
 #include "tools/zemctl/frame/results.h"
 
@@ -20,13 +21,30 @@ Function* FindFunction(void* module, const char* name) {
   return reinterpret_cast<Function*>(reinterpret_cast<void*>(found));
 }
 
+constexpr const char* kOptionsName = "--simulator-options: ";
+
+std::size_t CountCameras(const std::string& options) {
+  try {
+    return zem::simulator::ParseOptions(options).cameras.size();
+  } catch (const std::invalid_argument& error) {
+    throw UsageError(std::string(kOptionsName) + error.what());
+  }
+}
+
+// The options with what is given beside them. Throws UsageError for any of it that is malformed.
 std::string Complete(const std::string& options, const std::vector<std::string>& faults,
                      const std::string& state) {
   using nlohmann::json;
-  json root = options.empty() ? json::object() : json::parse(options, nullptr, false);
-  if (root.is_discarded()) {
-    throw UsageError("--simulator-options is not JSON");
+  for (const std::string& fault : faults) {
+    if (!zem::simulator::ParseFault(fault)) {
+      throw UsageError("--simulator-fault: \"" + fault + "\" is not a fault");
+    }
   }
+  if (CountCameras(options) == 0 && !(faults.empty() && state.empty())) {
+    throw UsageError(std::string(faults.empty() ? "--state" : "--simulator-fault") +
+                     " is for the first camera, and --simulator-options has none");
+  }
+  json root = options.empty() ? json::object() : json::parse(options);
   for (const std::string& fault : faults) {
     root["cameras"][0]["faults"].push_back(fault);
   }
@@ -34,6 +52,19 @@ std::string Complete(const std::string& options, const std::vector<std::string>&
     root["cameras"][0]["state"] = state;
   }
   return root.dump();
+}
+
+// For options that are well-formed and do not start the simulator all the same, most often because
+// of a file that they name.
+[[noreturn]] void Refuse(const std::string& options, const std::string& state,
+                         const std::string& reason) {
+  if (!state.empty() && reason.starts_with("the state file \"" + state + "\"")) {
+    throw UsageError("--state: " + reason);
+  }
+  if (!options.empty()) {
+    throw UsageError(kOptionsName + reason);
+  }
+  throw std::runtime_error("the simulator did not start: " + reason);
 }
 
 }  // namespace
@@ -47,10 +78,11 @@ SimulatorModule::SimulatorModule(const std::string& options, const std::vector<s
   if (module_ == nullptr) {
     throw std::runtime_error("ZemSimulator.dll cannot be loaded; it belongs beside zemctl.exe");
   }
-  if (FindFunction<decltype(ZemSimulatorStart)>(module_, "ZemSimulatorStart")(text.c_str()) < 0) {
-    const char* const reason =
-        FindFunction<decltype(ZemSimulatorLastError)>(module_, "ZemSimulatorLastError")();
-    throw UsageError(std::string("the simulator did not start: ") + reason);
+  const auto start =
+      FindFunction<decltype(ZemSimulatorStartPrivate)>(module_, "ZemSimulatorStartPrivate");
+  if (start(text.c_str()) < 0) {
+    Refuse(options, state,
+           FindFunction<decltype(ZemSimulatorLastError)>(module_, "ZemSimulatorLastError")());
   }
   running_ = this;
 }

@@ -9,8 +9,9 @@ namespace zemctl {
 class SimulatorModule {
  public:
   // Starts the simulated cameras of `options` (JSON, or empty for one camera). The first of them
-  // gets `faults` and, unless it is empty, the state file `state`. Throws std::runtime_error when
-  // that fails.
+  // gets `faults` and, unless it is empty, the state file `state`. Until they are stopped the
+  // library and this program find no other devices. Throws UsageError with the name of the option
+  // that is malformed, std::runtime_error when the start fails otherwise.
   SimulatorModule(const std::string& options, const std::vector<std::string>& faults,
                   const std::string& state);
   ~SimulatorModule();
