@@ -34,6 +34,24 @@ ROOMS = {
 GOAL = 97  # of 100 that are not equivalent
 
 
+def files_of(room, tree):
+    """The sources of a room, relative to the tree that they are in."""
+    return sorted(str(path.relative_to(tree)) for pattern in ROOMS[room]
+                  for path in tree.glob(pattern) if path.suffix in (".cpp", ".h"))
+
+
+def sites_of_rooms(sources, tree):
+    return {room: [site for path in files_of(room, tree) for site in sources.sites(path)]
+            for room in ROOMS}
+
+
+def stale_entries(known, sites):
+    """Entries of the list that match none of the mutants there are."""
+    mutants = [mutant for room in sites.values() for site in room for group in site
+               for mutant in group]
+    return equivalents.stale(known, mutants)
+
+
 class Verdict:
     def __init__(self, mutant, kind, detail=""):
         self.mutant = mutant
@@ -51,15 +69,10 @@ class Runner:
             self._folders.put(folder)
         self._pool = ThreadPoolExecutor(workers)
         self._build = Build(ROOT, ROOT / "build" / "native", FOLDER)
-        self.sources = Sources(self._build.tree, sorted(
-            str(path.relative_to(self._build.tree)) for patterns in ROOMS.values()
-            for pattern in patterns for path in self._build.tree.glob(pattern)
-            if path.suffix in (".cpp", ".h")))
+        self.tree = self._build.tree
+        self.sources = Sources(self.tree, [path for room in ROOMS
+                                           for path in files_of(room, self.tree)])
         self._verdicts = open(FOLDER / "verdicts.txt", "w", encoding="utf-8")
-
-    def room_files(self, room):
-        return [path for path in self.sources.text
-                if any(Path(path).match(pattern) for pattern in ROOMS[room])]
 
     def prepare(self):
         """Builds the unchanged program and sees its tests pass."""
@@ -181,7 +194,7 @@ def main():
                         help="mutants of each room (100)")
     parser.add_argument("--seed", default="1", help="which mutants are drawn (1)")
     parser.add_argument("--only", default="", metavar="TEXT",
-                        help="mutants whose line in the list of survivors has this text")
+                        help="those whose line in the list of survivors has this text")
     parser.add_argument("--workers", type=int, default=os.cpu_count(), help="how many at a time")
     arguments = parser.parse_args()
 
@@ -198,12 +211,8 @@ def run(arguments):
     runner = Runner(arguments.workers)
     known = equivalents.parse(KNOWN.read_text(encoding="utf-8"))
     rooms = list(ROOMS) if arguments.room == "all" else [arguments.room]
-    sites = {room: [site for path in runner.room_files(room) for site in runner.sources.sites(path)]
-             for room in ROOMS}
-    every_mutant = [mutant for room in ROOMS for site in sites[room] for group in site
-                    for mutant in group]
-    wrong = [f"stale entry, matches no mutant: {entry}"
-             for entry in equivalents.stale(known, every_mutant)]
+    sites = sites_of_rooms(runner.sources, runner.tree)
+    wrong = [f"stale entry, matches no mutant: {entry}" for entry in stale_entries(known, sites)]
 
     print(f"seed {arguments.seed}, {arguments.count} mutants of each room", flush=True)
     runner.prepare()

@@ -1,7 +1,9 @@
 // WAV files byte by byte, and what happens when they cannot be written.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <system_error>
 #include <vector>
 
 #include "include/ZemUVCExtApi.h"
@@ -101,6 +103,21 @@ TEST_F(WavFileTest, AnExistingWavFileIsReplaced) {
   folder_.Write("wav", Bytes(1000, 0xFF));
   EXPECT_EQ(Pack(1, 8000, 8), 1);
   EXPECT_EQ(folder_.Read("wav").size(), 46U);
+}
+
+TEST_F(WavFileTest, TheRawFileIsClosedBeforeTheOtherIsOpened) {
+  folder_.Write("raw", {1, 2, 3});
+  std::vector<bool> isRawOpen;
+  zem::platform::simulated::TheSystem().refuseFile = [&](const std::wstring& /*path*/) {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    isRawOpen.push_back(std::any_of(begin(files), end(files), [this](const auto& file) {
+      std::error_code ignored;
+      return std::filesystem::read_symlink(file, ignored) == folder_.path() / "raw";
+    }));
+    return false;
+  };
+  EXPECT_EQ(Pack(1, 16000, 16), 1);
+  EXPECT_EQ(isRawOpen, (std::vector<bool>{false, false}));
 }
 
 TEST_F(WavFileTest, AFullDiskIsNotNoticed) {

@@ -9,8 +9,9 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(ROOT / "scripts" / "mutation"))
 
 import equivalents  # noqa: E402
+import run  # noqa: E402
 from families import Families  # noqa: E402
-from mutants import draw_order, enumerate_mutants, number_groups, text_mutations  # noqa: E402
+from mutants import Sources, draw_order, enumerate_mutants, number_groups, text_mutations  # noqa: E402
 from tokens import tokenize  # noqa: E402
 
 
@@ -179,6 +180,12 @@ class EquivalentsTest(unittest.TestCase):
         entries = equivalents.parse("a: b => c\na: d => e\n  Why.\nf: g => h\n  Else.\n")
         self.assertEqual([(str(entry), entry.reason) for entry in entries],
                          [("a: b => c", "Why."), ("a: d => e", "Why."), ("f: g => h", "Else.")])
+
+    def test_each_entry_of_the_list_is_a_mutant_that_there_is(self):
+        known = equivalents.parse(run.KNOWN.read_text(encoding="utf-8"))
+        self.assertTrue(known)
+        sources = Sources(ROOT, [path for room in run.ROOMS for path in run.files_of(room, ROOT)])
+        self.assertEqual(run.stale_entries(known, run.sites_of_rooms(sources, ROOT)), [])
 
     def test_an_entry_needs_a_reason_and_a_change(self):
         for text in ("a/b.cpp: c => d\n", "a/b.cpp: c\n    Why.\n"):
