@@ -18,7 +18,9 @@ expect 0 '  24     1     1920x1080  384x216      2500        100         30     
 expect 0 '  2      1280x720  MJPG' $sim h264 list
 expect 0 '"source": "default"' $sim --json h264 list
 expect 0 '"size": "1600x1200"' $sim --json h264 list
-expect 0 'source: default' $sim --simulator-fault fail@1 h264 list
+expect 0 "this is the library's built-in default list; the camera's own was not told" $sim h264 list
+expect 7 "this is the library's built-in default list; the camera's own was not read: set vendor 4" \
+  $sim --simulator-fault fail@1 h264 list
 
 # One that does. The entry of type 0 is skipped.
 expect 0 'source: camera' $sim --simulator-options "$own" h264 list

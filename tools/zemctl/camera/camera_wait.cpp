@@ -13,13 +13,14 @@ namespace {
 
 constexpr unsigned kListPauseMilliseconds = 500;
 
+}  // namespace
+
 std::string ReadVersion(const Session& session) {
   std::array<unsigned char, 6> version = {};
-  Check("ZEMAPI_GetFWVersion", ZEMAPI_GetFWVersion(session.handle(), version.data()));
+  session.Call("ZEMAPI_GetFWVersion",
+               [&](void* device) { return ZEMAPI_GetFWVersion(device, version.data()); });
   return HexText(version);
 }
-
-}  // namespace
 
 std::string WaitForCamera(const DeviceSelection& device, unsigned seconds) {
   const ULONGLONG end = GetTickCount64() + 1000ULL * seconds;

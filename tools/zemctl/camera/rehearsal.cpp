@@ -6,14 +6,12 @@
 #include "simulator/com_camera.h"
 #include "simulator/vendor_unit.h"
 #include "tools/zemctl/frame/bytes.h"
-#include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
 namespace {
 
 using zem::simulator::Camera;
 using zem::simulator::Outcome;
-using zem::simulator::Transfer;
 using zem::simulator::VendorSettings;
 using zem::simulator::VendorUnit;
 
@@ -54,7 +52,7 @@ class WillingUnit : public VendorUnit {
 
 void Note(const Transfer& transfer, std::vector<RehearsedTransfer>& transfers) {
   RehearsedTransfer noted = {
-      transfer.isSet, transfer.selector, static_cast<std::uint32_t>(transfer.length), 1, {}};
+      transfer.isSet, static_cast<std::uint16_t>(transfer.selector), transfer.length, 1, {}};
   if (transfer.isSet && transfer.length <= kLongestBlock) {
     noted.block = transfer.bytes;
   }
@@ -72,24 +70,17 @@ void Note(const Transfer& transfer, std::vector<RehearsedTransfer>& transfers) {
 }  // namespace
 
 std::vector<RehearsedTransfer> Rehearse(const RehearsedCamera& settings,
-                                        const std::function<ZemResult(void* handle)>& call) {
+                                        const std::function<void(const Session& session)>& call) {
   VendorSettings vendor;
   vendor.chip = settings.is517x ? VendorSettings::Chip::k517x : VendorSettings::Chip::k516x;
   vendor.data.highSpeed = settings.highSpeed;
   const auto camera = std::make_shared<Camera>();
   camera->AddUnit(std::make_unique<WillingUnit>(vendor));
   std::vector<RehearsedTransfer> transfers;
-  camera->SetObserver([&](const Transfer& transfer) { Note(transfer, transfers); });
-
-  IBaseFilter* const filter = zem::simulator::MakeCameraFilter(camera, nullptr);
-  // Closing gives one back, and opening this way takes none.
-  static_cast<void>(CoInitialize(nullptr));
-  void* handle = nullptr;
-  const ZemResult opened = ZEMAPI_OpenDeviceBySourceFilter(filter, &handle);
-  filter->Release();
-  Check("ZEMAPI_OpenDeviceBySourceFilter", opened);
-  static_cast<void>(call(handle));
-  ZEMAPI_CloseDevice(&handle);
+  const Session session(
+      zem::ComPtr<IBaseFilter>::Adopt(zem::simulator::MakeCameraFilter(camera, nullptr)));
+  session.SetObserver([&](const Transfer& transfer) { Note(transfer, transfers); });
+  call(session);
   return transfers;
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "include/ZemUVCExtApi.h"
+#include "tools/zemctl/camera/session.h"
 #include "tools/zemctl/frame/report.h"
 
 namespace zemctl {
@@ -26,10 +26,10 @@ struct RehearsedCamera {
   bool highSpeed = true;
 };
 
-// Runs `call` with a handle to a camera that is idle, accepts everything and answers register reads
-// as the chip series does, up to the burn order, which fails: no wait for a burn follows.
+// Runs `call` with a session on a camera that is idle, accepts everything and answers register
+// reads as the chip series does, up to the burn order, which fails: no wait for a burn follows.
 std::vector<RehearsedTransfer> Rehearse(const RehearsedCamera& camera,
-                                        const std::function<ZemResult(void* handle)>& call);
+                                        const std::function<void(const Session& session)>& call);
 
 // The transfers as the table "transfers", and how often data is moved.
 void ReportRehearsal(const std::vector<RehearsedTransfer>& transfers, Report& report);

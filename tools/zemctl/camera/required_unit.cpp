@@ -10,13 +10,16 @@ namespace zemctl {
 void RequireUnit(const Session& session, const std::string& name) {
   const auto* const unit = std::find_if(kUnits.begin(), kUnits.end(),
                                         [&](const NamedUnit& each) { return each.name == name; });
-  const ZemResult present = ZEMAPI_UvcCheckXuGuid(session.handle(), &unit->id);
-  Check("ZEMAPI_UvcCheckXuGuid", present);
-  if (present != ZEM_OK) {
-    throw CallFailure("ZEMAPI_UvcCheckXuGuid", present,
-                      {"unit absent", "the camera has no " + name + " extension unit",
-                       "\"zemctl info\" tells which units it has.", kUnitAbsent});
-  }
+  session.Call(
+      "ZEMAPI_UvcCheckXuGuid",
+      [unit](void* device) { return ZEMAPI_UvcCheckXuGuid(device, &unit->id); },
+      [&name](ZemResult present) -> std::optional<ResultText> {
+        if (present <= 0) {
+          return std::nullopt;
+        }
+        return ResultText{"unit absent", "the camera has no " + name + " extension unit",
+                          "\"zemctl info\" tells which units it has.", kUnitAbsent};
+      });
 }
 
 }  // namespace zemctl

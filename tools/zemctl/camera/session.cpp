@@ -1,27 +1,51 @@
 #include "tools/zemctl/camera/session.h"
 
+#include <windows.h>
+// The header below leans on windows.h.
 #include <objbase.h>
 
+#include <utility>
+
 #include "include/ZemUVCExtApi.h"
+#include "tools/zemctl/camera/judgement.h"
+#include "tools/zemctl/camera/system_devices.h"
+#include "tools/zemctl/camera/watched_camera.h"
 #include "tools/zemctl/frame/bytes.h"
-#include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
 namespace {
 
-// The ids that stand in for the one that was not given.
-constexpr unsigned kDefaultVendorId = 0x5A45;
-constexpr unsigned kDefaultProductId = 0x8C00;
-
-void CheckOpened(const char* function, ZemResult result) {
-  if (result == 1) {
-    throw CallFailure(
-        function, result,
-        {"device lacks the vendor unit",
-         "the device has no vendor extension unit and was closed again",
-         "Choose another device; \"zemctl list\" tells which ones have the unit.", kUnitAbsent});
+// A transfer that was lost says more than a result, but for a result that says the same of its own
+// call.
+void Judge(const char* function, const CallOutcome& outcome, const Session::Words& words) {
+  std::optional<ResultText> text = words ? words(outcome.result) : std::nullopt;
+  const bool isKnown = text || outcome.result == ZEM_E_NO_DEVICE;
+  if (!text && outcome.result < 0) {
+    text = Describe(outcome.result);
   }
-  Check(function, result);
+  if (outcome.loss && !(isKnown && text->exitCode == kTransferFailed)) {
+    text = DescribeLoss(outcome.result, *outcome.loss);
+  }
+  if (text) {
+    throw CallFailure(function, outcome.result, *text);
+  }
+}
+
+// The library's export that finds a camera in the same way.
+const char* OpeningFunction(const DeviceSelection& selection) {
+  if (!selection.displayName.empty()) {
+    return "ZEMAPI_OpenDeviceByPath";
+  }
+  if (!selection.devicePath.empty()) {
+    return "ZEMAPI_OpenDeviceByDevPath";
+  }
+  return selection.vendorId || selection.productId ? "ZEMAPI_OpenDeviceEx" : "ZEMAPI_OpenDevice";
+}
+
+zem::ComPtr<IBaseFilter> Find(const DeviceSelection& selection) {
+  zem::ComPtr<IBaseFilter> camera;
+  Check(OpeningFunction(selection), FindCamera(selection, camera));
+  return camera;
 }
 
 }  // namespace
@@ -30,23 +54,69 @@ ComThread::ComThread() { static_cast<void>(CoInitialize(nullptr)); }
 
 ComThread::~ComThread() { CoUninitialize(); }
 
-Session::Session(const DeviceSelection& selection) {
-  if (!selection.displayName.empty()) {
-    CheckOpened("ZEMAPI_OpenDeviceByPath",
-                ZEMAPI_OpenDeviceByPath(Widen(selection.displayName).c_str(), &handle_));
-  } else if (!selection.devicePath.empty()) {
-    CheckOpened("ZEMAPI_OpenDeviceByDevPath",
-                ZEMAPI_OpenDeviceByDevPath(Widen(selection.devicePath).c_str(), &handle_));
-  } else if (selection.vendorId || selection.productId) {
-    CheckOpened("ZEMAPI_OpenDeviceEx",
-                ZEMAPI_OpenDeviceEx(selection.index, &handle_,
-                                    selection.vendorId.value_or(kDefaultVendorId),
-                                    selection.productId.value_or(kDefaultProductId)));
-  } else {
-    CheckOpened("ZEMAPI_OpenDevice", ZEMAPI_OpenDevice(selection.index, &handle_));
+Session::Session(const DeviceSelection& selection) : Session(Find(selection)) {
+  if (selection.displayName.empty() && selection.devicePath.empty()) {
+    return;
+  }
+  // A device that was named may be any.
+  const GUID vendorUnit = ZEM_VENDOR_XU;
+  if (ZEMAPI_UvcCheckXuGuid(handle_, &vendorUnit) != ZEM_OK) {
+    throw CallFailure(
+        OpeningFunction(selection), 1,
+        {"device lacks the vendor unit", "the device has no vendor extension unit",
+         "Choose another device; \"zemctl list\" tells which ones have the unit.", kUnitAbsent});
+  }
+}
+
+Session::Session(zem::ComPtr<IBaseFilter> camera)
+    : record_(std::make_shared<TransferRecord>([] { return std::uint64_t{GetTickCount64()}; })),
+      object_(Watch(std::move(camera), record_)) {
+  // Closing gives one back, and opening this way takes none.
+  static_cast<void>(CoInitialize(nullptr));
+  const ZemResult opened = ZEMAPI_OpenDeviceBySourceFilter(object_.get(), &handle_);
+  if (opened < 0) {
+    CoUninitialize();
+    throw CallFailure("ZEMAPI_OpenDeviceBySourceFilter", opened);
   }
 }
 
 Session::~Session() { ZEMAPI_CloseDevice(&handle_); }
+
+ZemResult Session::Call(const char* function, const Function& call, const Words& words) const {
+  const CallOutcome outcome = Observe(function, call);
+  Judge(function, outcome, words);
+  return outcome.result;
+}
+
+ZemResult Session::CallOnObject(const char* function, const Function& call,
+                                const Words& words) const {
+  const CallOutcome outcome = Observe(function, call, object_.get());
+  Judge(function, outcome, words);
+  return outcome.result;
+}
+
+CallOutcome Session::Observe(const char* function, const Function& call) const {
+  return Observe(function, call, handle_);
+}
+
+CallOutcome Session::Observe(const char* function, const Function& call, void* device) const {
+  record_->BeginCall();
+  const ZemResult result = call(device);
+  return {result, FindLoss(function, record_->transfers())};
+}
+
+ResultText DescribeLoss(ZemResult result, const Transfer& loss) {
+  const std::string what = NameOf(loss) + " failed: " + FailureOf(loss);
+  const std::string consequence = loss.isSet || !loss.isAddressed
+                                      ? "what it should have done was not done"
+                                      : "what it should have brought is not known";
+  std::string advice = "Run this command once more; if it fails again, check the cable.";
+  if (MeansGone(loss.result)) {
+    advice = "Check that the camera is attached (zemctl list), then run this command once more.";
+  } else if (IsUnknownControl(loss.result)) {
+    advice = "\"zemctl info\" tells which units the camera has.";
+  }
+  return {Describe(result).name, what + "; " + consequence, advice, kTransferFailed};
+}
 
 }  // namespace zemctl

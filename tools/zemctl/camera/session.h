@@ -1,8 +1,15 @@
 // The camera that a command works on.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "platform/com_ptr.h"
+#include "tools/zemctl/camera/transfer_record.h"
+#include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
 
@@ -23,19 +30,52 @@ class ComThread {
   ComThread& operator=(const ComThread&) = delete;
 };
 
-// An opened camera, closed when it goes out of scope.
+// What a call of the library came to, and the first of its transfers that failed and should not
+// have.
+struct CallOutcome {
+  ZemResult result = ZEM_OK;
+  std::optional<Transfer> loss;
+};
+
+// An opened camera, closed when it goes out of scope. The tool calls the library through it, so
+// that it sees each transfer of each call.
 class Session {
  public:
   // Throws CallFailure when the camera cannot be opened.
   explicit Session(const DeviceSelection& selection);
+  explicit Session(zem::ComPtr<IBaseFilter> camera);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  void* handle() const { return handle_; }
+  // What the library is called with: the handle, or the device object where it takes that.
+  using Function = std::function<ZemResult(void* device)>;
+  // What a result means where the call knows better than Describe; nothing otherwise.
+  using Words = std::function<std::optional<ResultText>(ZemResult result)>;
+
+  // Calls the library. Throws CallFailure when the result is negative, or one that `words` knows,
+  // and when a transfer was lost although the call reports something else.
+  ZemResult Call(const char* function, const Function& call, const Words& words = nullptr) const;
+  ZemResult CallOnObject(const char* function, const Function& call,
+                         const Words& words = nullptr) const;
+
+  // As Call, for those that judge the outcome by themselves.
+  CallOutcome Observe(const char* function, const Function& call) const;
+
+  const TransferRecord& record() const { return *record_; }
+  void SetObserver(std::function<void(const Transfer&)> observer) const {
+    record_->SetObserver(std::move(observer));
+  }
 
  private:
+  CallOutcome Observe(const char* function, const Function& call, void* device) const;
+
+  std::shared_ptr<TransferRecord> record_;
+  zem::ComPtr<IBaseFilter> object_;
   void* handle_ = nullptr;
 };
+
+// The failure of a call that lost a transfer.
+ResultText DescribeLoss(ZemResult result, const Transfer& loss);
 
 }  // namespace zemctl

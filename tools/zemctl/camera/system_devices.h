@@ -4,6 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/com_ptr.h"
+#include "tools/zemctl/camera/session.h"
+
 namespace zemctl {
 
 enum class DeviceCategory { kVideoInput, kAudioInput };
@@ -16,5 +19,10 @@ struct SystemDevice {
 
 // In the system's order. Throws std::runtime_error when the system does not answer.
 std::vector<SystemDevice> ListSystemDevices(DeviceCategory category);
+
+// Binds the video-input device that was chosen, by the rules of the library's own opening
+// functions: the default camera's ids are those of zem_setting.ini beside this program. A negative
+// result is the library's for the same case.
+ZemResult FindCamera(const DeviceSelection& selection, zem::ComPtr<IBaseFilter>& camera);
 
 }  // namespace zemctl

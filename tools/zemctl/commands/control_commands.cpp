@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 
+#include "tools/zemctl/camera/answers.h"
 #include "tools/zemctl/frame/program.h"
 #include "tools/zemctl/frame/results.h"
 
@@ -89,26 +90,36 @@ struct Setting {
   ZemLong flags = 0;
 };
 
-ZemResult ReadRange(void* handle, const Control& control, Range& range) {
-  return control.family->getRange(handle, control.property, &range.minimum, &range.maximum,
-                                  &range.step, &range.defaultValue, &range.flags);
-}
-
-// A failure in words: a camera without the whole family is told from one without the control.
-void CheckControl(const char* function, const Control& control, ZemResult result) {
-  if (result == ZEM_E_DEVICE_REFUSED) {
-    throw CallFailure(function, result,
-                      {"ZEM_E_DEVICE_REFUSED",
-                       "the camera has no " + std::string(control.family->name) + " controls",
-                       "\"zemctl control list\" shows those it has.", kUnitAbsent});
+// A camera without the whole family is told from one without the control.
+std::optional<ResultText> FamilyAbsent(const Control& control, ZemResult result) {
+  if (result != ZEM_E_DEVICE_REFUSED) {
+    return std::nullopt;
   }
-  Check(function, result);
+  return ResultText{"ZEM_E_DEVICE_REFUSED",
+                    "the camera has no " + std::string(control.family->name) + " controls",
+                    "\"zemctl control list\" shows those it has.", kUnitAbsent};
 }
 
-Setting ReadSetting(void* handle, const Control& control) {
+void CallControl(const Session& session, const Control& control, const char* function,
+                 const Session::Function& call) {
+  session.Call(function, call,
+               [&control](ZemResult result) { return FamilyAbsent(control, result); });
+}
+
+Range ReadRange(const Session& session, const Control& control) {
+  Range range;
+  CallControl(session, control, control.family->rangeGetter, [&](void* device) {
+    return control.family->getRange(device, control.property, &range.minimum, &range.maximum,
+                                    &range.step, &range.defaultValue, &range.flags);
+  });
+  return range;
+}
+
+Setting ReadSetting(const Session& session, const Control& control) {
   Setting setting;
-  CheckControl(control.family->getter, control,
-               control.family->get(handle, control.property, &setting.value, &setting.flags));
+  CallControl(session, control, control.family->getter, [&](void* device) {
+    return control.family->get(device, control.property, &setting.value, &setting.flags);
+  });
   return setting;
 }
 
@@ -135,38 +146,51 @@ Report DescribeControl(const Control& control, const Setting& setting, const Ran
           {"modes", ModeText(range.flags)}};
 }
 
+// Whether the camera says that it lacks the control.
+bool IsAbsent(const CallFailure& failure) {
+  return failure.text().exitCode == kUnitAbsent || IsUnknownControl(failure.result());
+}
+
+Report UnreadControl(const Control& control, const CallFailure& failure) {
+  return {{"control", control.name},
+          {"family", control.family->name},
+          {"value", NotRead(failure)},
+          {"mode", ""},
+          {"minimum", ""},
+          {"maximum", ""},
+          {"step", ""},
+          {"default", ""},
+          {"modes", ""}};
+}
+
 int ListControls(const Options& options, Report& report) {
   const Session session(options.device);
   Report rows = Report::array();
-  std::optional<CallFailure> otherFailure;
+  ExitCode exitCode = kDone;
   for (const Control& control : kControls) {
-    Range range;
-    const ZemResult result = ReadRange(session.handle(), control, range);
-    if (result < 0) {
-      if (result != ZEM_E_DEVICE_REFUSED) {
-        otherFailure.emplace(control.family->rangeGetter, result);
+    try {
+      const Range range = ReadRange(session, control);
+      rows.push_back(DescribeControl(control, ReadSetting(session, control), range));
+    } catch (const CallFailure& failure) {
+      if (!IsAbsent(failure)) {
+        rows.push_back(UnreadControl(control, failure));
+        exitCode = kTransferFailed;
       }
-      continue;
     }
-    rows.push_back(DescribeControl(control, ReadSetting(session.handle(), control), range));
   }
-  // One control that fails is one that the camera lacks; all of them are a failure.
   if (rows.empty()) {
-    throw otherFailure
-        ? CallFailure(*otherFailure)
-        : CallFailure(
-              "control list", ZEM_E_DEVICE_REFUSED,
-              {"ZEM_E_DEVICE_REFUSED", "the camera has no standard controls",
-               "Vendor commands may do the same: see \"zemctl tune --help\".", kUnitAbsent});
+    throw CallFailure(
+        "control list", ZEM_E_DEVICE_REFUSED,
+        {"ZEM_E_DEVICE_REFUSED", "the camera has no standard controls",
+         "Vendor commands may do the same: see \"zemctl tune --help\".", kUnitAbsent});
   }
   report["controls"] = rows;
-  return kDone;
+  return exitCode;
 }
 
-int ShowControl(void* handle, const Control& control, Report& report) {
-  Range range;
-  CheckControl(control.family->rangeGetter, control, ReadRange(handle, control, range));
-  report = DescribeControl(control, ReadSetting(handle, control), range);
+int ShowControl(const Session& session, const Control& control, Report& report) {
+  const Range range = ReadRange(session, control);
+  report = DescribeControl(control, ReadSetting(session, control), range);
   return kDone;
 }
 
@@ -178,7 +202,7 @@ struct ControlArguments {
 int GetControl(const Options& options, const ControlArguments& arguments, Report& report) {
   const Control& control = FindControl(arguments.name);
   const Session session(options.device);
-  return ShowControl(session.handle(), control, report);
+  return ShowControl(session, control, report);
 }
 
 int SetControl(const Options& options, const ControlArguments& arguments, Report& report) {
@@ -190,13 +214,13 @@ int SetControl(const Options& options, const ControlArguments& arguments, Report
   }
   const Session session(options.device);
   if (automatic) {
-    setting = ReadSetting(session.handle(), control);
+    setting = ReadSetting(session, control);
   }
   setting.flags = automatic ? kAutomatic : kManual;
-  CheckControl(
-      control.family->setter, control,
-      control.family->set(session.handle(), control.property, setting.value, setting.flags));
-  return ShowControl(session.handle(), control, report);
+  CallControl(session, control, control.family->setter, [&](void* device) {
+    return control.family->set(device, control.property, setting.value, setting.flags);
+  });
+  return ShowControl(session, control, report);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // zemctl list, zemctl info
 #include <array>
 
+#include "tools/zemctl/camera/answers.h"
+#include "tools/zemctl/camera/camera_wait.h"
 #include "tools/zemctl/camera/extension_unit_names.h"
 #include "tools/zemctl/camera/system_devices.h"
 #include "tools/zemctl/frame/bytes.h"
@@ -12,13 +14,15 @@ namespace {
 
 // Whether the device with this display name has the vendor unit, asked by opening it.
 std::string VendorUnitOf(const SystemDevice& device) {
-  void* handle = nullptr;
-  const ZemResult opened = ZEMAPI_OpenDeviceByPath(device.displayName.c_str(), &handle);
-  ZEMAPI_CloseDevice(&handle);
-  if (opened < 0) {
-    return "unknown (" + Hex(opened) + ")";
+  DeviceSelection selection;
+  selection.displayName = Narrow(device.displayName);
+  try {
+    const Session session(selection);
+    return "yes";
+  } catch (const CallFailure& failure) {
+    return failure.text().exitCode == kUnitAbsent ? "no"
+                                                  : "unknown (" + Hex(failure.result()) + ")";
   }
-  return opened == 0 ? "yes" : "no";
 }
 
 int ListDevices(const Options& /*options*/, Report& report) {
@@ -38,40 +42,37 @@ int ListDevices(const Options& /*options*/, Report& report) {
   return kDone;
 }
 
-// A command's outcome as a field: what it brought, or why it brought nothing. A camera may answer
-// some questions and refuse others; only one that is gone ends the report.
-std::string Answer(const char* function, ZemResult result, const std::string& brought) {
-  if (result >= 0) {
-    return brought;
-  }
-  const CallFailure failure(function, result);
-  if (failure.text().exitCode == kTransferFailed) {
-    throw CallFailure(failure);
-  }
-  return failure.what();
+Report UnitRow(const Session& session, const NamedUnit& unit, Answers& answers) {
+  Report row = {{"unit", unit.name}, {"present", false}, {"guid", GuidText(unit.id)}};
+  answers.AddTo(row, "present", [&]() -> Report {
+    return session.Call("ZEMAPI_UvcCheckXuGuid", [&](void* device) {
+      return ZEMAPI_UvcCheckXuGuid(device, &unit.id);
+    }) == ZEM_OK;
+  });
+  return row;
 }
 
 int ShowDevice(const Options& options, Report& report) {
   const Session session(options.device);
-  std::array<unsigned char, 6> version = {};
-  const ZemResult versionRead = ZEMAPI_GetFWVersion(session.handle(), version.data());
-  report["firmware version"] = Answer("ZEMAPI_GetFWVersion", versionRead, HexText(version));
-
-  std::array<unsigned char, 8> info = {};
-  const ZemResult infoRead = ZEMAPI_GetDeviceInfo(session.handle(), info.data());
-  report["device information"] = Answer("ZEMAPI_GetDeviceInfo", infoRead, HexText(info));
-
-  report["firmware check sum"] =
-      Answer("ZEMAPI_GetCheckSumResult", ZEMAPI_GetCheckSumResult(session.handle()), "right");
-
+  Answers answers(report);
+  answers.Add("firmware version", [&]() -> Report { return ReadVersion(session); });
+  answers.Add("device information", [&]() -> Report {
+    std::array<unsigned char, 8> info = {};
+    session.Call("ZEMAPI_GetDeviceInfo",
+                 [&](void* device) { return ZEMAPI_GetDeviceInfo(device, info.data()); });
+    return HexText(info);
+  });
+  answers.Add("firmware check sum", [&]() -> Report {
+    session.Call("ZEMAPI_GetCheckSumResult",
+                 [](void* device) { return ZEMAPI_GetCheckSumResult(device); });
+    return "right";
+  });
   Report units = Report::array();
   for (const NamedUnit& unit : kUnits) {
-    const ZemResult present = ZEMAPI_UvcCheckXuGuid(session.handle(), &unit.id);
-    Check("ZEMAPI_UvcCheckXuGuid", present);
-    units.push_back({{"unit", unit.name}, {"present", present == 0}, {"guid", GuidText(unit.id)}});
+    units.push_back(UnitRow(session, unit, answers));
   }
   report["extension units"] = units;
-  return kDone;
+  return answers.exitCode();
 }
 
 }  // namespace

@@ -170,47 +170,45 @@ class Block {
   std::span<const Field> fields_;
 };
 
-// The device object that this family takes in place of a handle.
-class EncodingDevice {
+// A session whose calls take the device object in place of a handle, as this family's do.
+class EncodingSession : public Session {
  public:
-  explicit EncodingDevice(const DeviceSelection& selection) {
+  explicit EncodingSession(const DeviceSelection& selection) : Session(Checked(selection)) {}
+
+  void Move(const char* function, const Function& call) const {
+    CallOnObject(function, call, [](ZemResult result) -> std::optional<ResultText> {
+      if (result != ZEM_E_NO_DEVICE) {
+        return std::nullopt;
+      }
+      return ResultText{"ZEM_E_NO_DEVICE", "the control could not be reached",
+                        "Check that the camera is still attached and has the unit (zemctl info); "
+                        "the platform's own code stands in ZemWrenCmdLog.txt.",
+                        kTransferFailed};
+    });
+  }
+
+ private:
+  static const DeviceSelection& Checked(const DeviceSelection& selection) {
     if (selection.vendorId || selection.productId || !selection.displayName.empty() ||
         !selection.devicePath.empty()) {
       throw UsageError(
           "the encoding unit is reached on the default camera only; choose it with --index and "
           "zem_setting.ini");
     }
-    Check("WREN_OpenDevice", WREN_OpenDevice(selection.index, &device_));
+    return selection;
   }
-  ~EncodingDevice() { WREN_CloseDevice(&device_); }
-  EncodingDevice(const EncodingDevice&) = delete;
-  EncodingDevice& operator=(const EncodingDevice&) = delete;
-
-  void* get() const { return device_; }
-
- private:
-  void* device_ = nullptr;
 };
-
-void CheckTransfer(const char* function, ZemResult result) {
-  if (result == ZEM_E_NO_DEVICE) {
-    throw CallFailure(function, result,
-                      {"ZEM_E_NO_DEVICE", "the control could not be reached",
-                       "Check that the camera is still attached and has the unit (zemctl info); "
-                       "the platform's own code stands in ZemWrenCmdLog.txt.",
-                       kTransferFailed});
-  }
-  Check(function, result);
-}
 
 struct EncodingArguments {
   std::string control;
   std::vector<std::string> values;
 };
 
-void ShowControl(void* device, const EncodingControl& control, Block& block, Report& report) {
-  CheckTransfer("WREN_EuGet",
-                WREN_EuGet(device, control.selector, block.bytes().data(), control.length));
+void ShowControl(const EncodingSession& session, const EncodingControl& control, Block& block,
+                 Report& report) {
+  session.Move("WREN_EuGet", [&](void* device) {
+    return WREN_EuGet(device, control.selector, block.bytes().data(), control.length);
+  });
   report["control"] = control.name;
   report["selector"] = control.selector;
   block.Show(report);
@@ -219,8 +217,8 @@ void ShowControl(void* device, const EncodingControl& control, Block& block, Rep
 int GetEncoding(const Options& options, const EncodingArguments& arguments, Report& report) {
   const EncodingControl& control = FindEncodingControl(arguments.control);
   Block block(control.length, control.fields);
-  const EncodingDevice device(options.device);
-  ShowControl(device.get(), control, block, report);
+  const EncodingSession session(options.device);
+  ShowControl(session, control, block, report);
   return kDone;
 }
 
@@ -232,16 +230,18 @@ int SetEncoding(const Options& options, const EncodingArguments& arguments, Repo
   } else {
     Block(control.length, control.fields).Apply(arguments.values);
   }
-  const EncodingDevice device(options.device);
+  const EncodingSession session(options.device);
   if (!control.fields.empty()) {
     // Fields that are not named keep their value.
-    CheckTransfer("WREN_EuGet",
-                  WREN_EuGet(device.get(), control.selector, block.bytes().data(), control.length));
+    session.Move("WREN_EuGet", [&](void* device) {
+      return WREN_EuGet(device, control.selector, block.bytes().data(), control.length);
+    });
     block.Apply(arguments.values);
   }
-  CheckTransfer("WREN_EuSet",
-                WREN_EuSet(device.get(), control.selector, block.bytes().data(), control.length));
-  ShowControl(device.get(), control, block, report);
+  session.Move("WREN_EuSet", [&](void* device) {
+    return WREN_EuSet(device, control.selector, block.bytes().data(), control.length);
+  });
+  ShowControl(session, control, block, report);
   report["written"] = true;
   return kDone;
 }
@@ -264,12 +264,15 @@ int UseStreamBlock(const Options& options, const StreamBlock& stream,
                    const EncodingArguments& arguments, Report& report) {
   Block block(kStreamBlockSize, kStreamFields);
   Block(kStreamBlockSize, kStreamFields).Apply(arguments.values);
-  const EncodingDevice device(options.device);
-  CheckTransfer(stream.getter, stream.get(device.get(), block.bytes().data()));
+  const EncodingSession session(options.device);
+  session.Move(stream.getter,
+               [&](void* device) { return stream.get(device, block.bytes().data()); });
   if (!arguments.values.empty()) {
     block.Apply(arguments.values);
-    CheckTransfer(stream.setter, stream.set(device.get(), block.bytes().data()));
-    CheckTransfer(stream.getter, stream.get(device.get(), block.bytes().data()));
+    session.Move(stream.setter,
+                 [&](void* device) { return stream.set(device, block.bytes().data()); });
+    session.Move(stream.getter,
+                 [&](void* device) { return stream.get(device, block.bytes().data()); });
   }
   report["block"] = stream.name;
   block.Show(report);

@@ -26,15 +26,26 @@ struct H264Arguments {
 // The camera's formats, given back when it goes out of scope.
 class FormatList {
  public:
-  explicit FormatList(void* handle) {
-    length_ = ZEMAPI_GetH264FrameList(handle, &list_);
-    Check("ZEMAPI_GetH264FrameList", length_);
+  // Without a list of its own, or when that cannot be read, the library makes one up.
+  explicit FormatList(const Session& session)
+      : outcome_(session.Observe("ZEMAPI_GetH264FrameList", [this](void* device) {
+          return ZEMAPI_GetH264FrameList(device, &list_);
+        })) {
+    Check("ZEMAPI_GetH264FrameList", outcome_.result);
   }
   ~FormatList() { ZEMAPI_ReleaseH264FrameList(list_); }
   FormatList(const FormatList&) = delete;
   FormatList& operator=(const FormatList&) = delete;
 
-  bool isDefault() const { return length_ == kDefaultListLength; }
+  bool isDefault() const { return outcome_.result == kDefaultListLength; }
+  // What kept the camera's list from being read, if anything did.
+  const std::optional<Transfer>& loss() const { return outcome_.loss; }
+  void RequireWhole() const {
+    if (outcome_.loss) {
+      throw CallFailure("ZEMAPI_GetH264FrameList", outcome_.result,
+                        DescribeLoss(outcome_.result, *outcome_.loss));
+    }
+  }
   std::span<const H264FrameInfo> formats() const {
     const auto* const head = static_cast<const H264FrameList*>(list_);
     return {reinterpret_cast<const H264FrameInfo*>(head + 1), head->wCount};
@@ -42,7 +53,7 @@ class FormatList {
 
  private:
   void* list_ = nullptr;
-  ZemResult length_ = 0;
+  CallOutcome outcome_;
 };
 
 std::string Size(unsigned width, unsigned height) {
@@ -50,15 +61,15 @@ std::string Size(unsigned width, unsigned height) {
 }
 
 // The formats that carry H.264, up to the first index that has none.
-Report CarrierRows(void* handle) {
+Report CarrierRows(const Session& session) {
   Report rows = Report::array();
   for (unsigned short index = 0;; ++index) {
     unsigned short width = 0;
     unsigned short height = 0;
     GUID subtype = {};
-    const ZemResult result =
-        ZEMAPI_GetH264_UVC_PayloadFormat(handle, index, &width, &height, &subtype);
-    Check("ZEMAPI_GetH264_UVC_PayloadFormat", result);
+    const ZemResult result = session.Call("ZEMAPI_GetH264_UVC_PayloadFormat", [&](void* device) {
+      return ZEMAPI_GetH264_UVC_PayloadFormat(device, index, &width, &height, &subtype);
+    });
     if (result != ZEM_OK) {
       return rows;
     }
@@ -71,10 +82,24 @@ Report CarrierRows(void* handle) {
   }
 }
 
+// Where the formats come from, and why not from the camera.
+void ReportSource(const FormatList& list, Report& report) {
+  const std::string unread =
+      list.loss() ? "not read: " + NameOf(*list.loss()) + " failed: " + FailureOf(*list.loss())
+                  : "";
+  report["source"] = list.isDefault() ? "default" : "camera";
+  if (list.isDefault()) {
+    report["note"] = "this is the library's built-in default list; the camera's own was " +
+                     (unread.empty() ? "not told" : unread);
+  } else if (!unread.empty()) {
+    report["note"] = "the rest of the camera's list was " + unread;
+  }
+}
+
 int ListFormats(const Options& options, const H264Arguments& /*arguments*/, Report& report) {
   const Session session(options.device);
-  const FormatList list(session.handle());
-  report["source"] = list.isDefault() ? "default" : "camera";
+  const FormatList list(session);
+  ReportSource(list, report);
   Report rows = Report::array();
   for (const H264FrameInfo& format : list.formats()) {
     rows.push_back({{"index", format.wFrameIndex},
@@ -87,21 +112,20 @@ int ListFormats(const Options& options, const H264Arguments& /*arguments*/, Repo
                     {"min fps", format.wMinFps}});
   }
   report["formats"] = rows;
-  report["carriers"] = CarrierRows(session.handle());
-  return kDone;
+  report["carriers"] = CarrierRows(session);
+  return list.loss() ? kTransferFailed : kDone;
 }
 
 // A start or stop that came to nothing, told by a result that says more or less than it does
 // elsewhere.
-CallFailure NotTaken(const char* function, ZemResult result) {
-  return {function,
-          result,
-          {"not taken", "the camera did not take the resolution code or the H.264 switch",
-           "Check that the camera is still attached and encodes H.264.", kTransferFailed}};
+ResultText NotTaken() {
+  return {"not taken", "the camera did not take the resolution code or the H.264 switch",
+          "Check that the camera is still attached and encodes H.264.", kTransferFailed};
 }
 
 void StartIndex(const Session& session, unsigned short index, Report& report) {
-  const FormatList list(session.handle());
+  const FormatList list(session);
+  list.RequireWhole();
   for (const H264FrameInfo& format : list.formats()) {
     if (format.wFrameIndex != index) {
       continue;
@@ -110,10 +134,10 @@ void StartIndex(const Session& session, unsigned short index, Report& report) {
       // The library reports such a start as done, whatever the camera answers.
       RequireUnit(session, "h264");
     }
-    const ZemResult result = ZEMAPI_SetH264FrameIndex(session.handle(), index);
-    if (result < 0) {
-      throw NotTaken("ZEMAPI_SetH264FrameIndex", result);
-    }
+    session.Call(
+        "ZEMAPI_SetH264FrameIndex",
+        [index](void* device) { return ZEMAPI_SetH264FrameIndex(device, index); },
+        [](ZemResult result) { return result < 0 ? std::optional(NotTaken()) : std::nullopt; });
     report["index"] = index;
     report["type"] = format.wType;
     report["size"] = Size(format.wWidth, format.wHeight);
@@ -124,11 +148,10 @@ void StartIndex(const Session& session, unsigned short index, Report& report) {
 }
 
 void SetMode(const Session& session, unsigned width, unsigned height) {
-  // Success is 1 here.
-  const ZemResult result = ZEMAPI_SetH264Mode(session.handle(), width, height);
-  if (result != 1) {
-    throw NotTaken("ZEMAPI_SetH264Mode", result);
-  }
+  session.Call(
+      "ZEMAPI_SetH264Mode", [&](void* device) { return ZEMAPI_SetH264Mode(device, width, height); },
+      // Success is 1 here.
+      [](ZemResult result) { return result != 1 ? std::optional(NotTaken()) : std::nullopt; });
 }
 
 // A decimal number that takes up the whole text.
@@ -169,21 +192,23 @@ int StopEncoder(const Options& options, const H264Arguments& /*arguments*/, Repo
 
 int SetFps(const Options& options, const H264Arguments& arguments, Report& report) {
   const Session session(options.device);
-  Check("ZEMAPI_SetFps", ZEMAPI_SetFps(session.handle(), arguments.number));
+  session.Call("ZEMAPI_SetFps",
+               [&](void* device) { return ZEMAPI_SetFps(device, arguments.number); });
   report["fps"] = arguments.number;
   return kDone;
 }
 
 int SetBitRate(const Options& options, const H264Arguments& arguments, Report& report) {
   const Session session(options.device);
-  Check("ZEMAPI_SetBitRate", ZEMAPI_SetBitRate(session.handle(), arguments.number));
+  session.Call("ZEMAPI_SetBitRate",
+               [&](void* device) { return ZEMAPI_SetBitRate(device, arguments.number); });
   report["bit rate"] = arguments.number;
   return kDone;
 }
 
 int ForceKeyFrame(const Options& options, const H264Arguments& /*arguments*/, Report& report) {
   const Session session(options.device);
-  Check("ZEMAPI_ForceIFrame", ZEMAPI_ForceIFrame(session.handle()));
+  session.Call("ZEMAPI_ForceIFrame", [&](void* device) { return ZEMAPI_ForceIFrame(device); });
   report["key frame"] = "requested";
   return kDone;
 }

@@ -19,24 +19,26 @@ struct MulticastArguments {
 int SelectMulticastStream(const Options& options, const MulticastArguments& arguments,
                           Report& report) {
   const Session session(options.device);
-  Check("ZEMAPI_MulticastStreamID", ZEMAPI_MulticastStreamID(session.handle(), arguments.value));
+  session.Call("ZEMAPI_MulticastStreamID",
+               [&](void* device) { return ZEMAPI_MulticastStreamID(device, arguments.value); });
   report["stream"] = arguments.value;
   return kDone;
 }
 
 int SetMulticastLayer(const Options& options, const MulticastArguments& arguments, Report& report) {
   const Session session(options.device);
-  Check("ZEMAPI_MulticasToggleLayer",
-        ZEMAPI_MulticasToggleLayer(session.handle(), arguments.value));
+  session.Call("ZEMAPI_MulticasToggleLayer",
+               [&](void* device) { return ZEMAPI_MulticasToggleLayer(device, arguments.value); });
   report["layer"] = arguments.value;
   return kDone;
 }
 
 int CommitMulticast(const Options& options, const MulticastArguments& arguments, Report& report) {
   const Session session(options.device);
-  Check("ZEMAPI_MulticastCommit",
-        ZEMAPI_MulticastCommit(session.handle(), arguments.format, arguments.width,
-                               arguments.height, arguments.packedLow, arguments.packedHigh));
+  session.Call("ZEMAPI_MulticastCommit", [&](void* device) {
+    return ZEMAPI_MulticastCommit(device, arguments.format, arguments.width, arguments.height,
+                                  arguments.packedLow, arguments.packedHigh);
+  });
   report["format"] = arguments.format;
   report["width"] = arguments.width;
   report["height"] = arguments.height;

@@ -45,17 +45,19 @@ std::vector<unsigned char> ReadMemory(const Session& session, const NvmemArgumen
   std::uint32_t moved = 0;
   if (!arguments.isTirella()) {
     std::vector<unsigned char> bytes(arguments.length);
-    Check("ZEMAPI_ReadNVMEM",
-          ZEMAPI_ReadNVMEM(session.handle(), static_cast<std::uint16_t>(arguments.address),
-                           bytes.data(), arguments.length, &moved));
+    session.Call("ZEMAPI_ReadNVMEM", [&](void* device) {
+      return ZEMAPI_ReadNVMEM(device, static_cast<std::uint16_t>(arguments.address), bytes.data(),
+                              arguments.length, &moved);
+    });
     return bytes;
   }
   RequireUnit(session, "tirella");
   // Can be read from its beginning only.
   std::vector<unsigned char> bytes(arguments.address + arguments.length);
-  Check("ZEMAPI_TIRELLA_ReadNVMEM",
-        ZEMAPI_TIRELLA_ReadNVMEM(session.handle(), bytes.data(),
-                                 static_cast<std::uint32_t>(bytes.size()), &moved));
+  session.Call("ZEMAPI_TIRELLA_ReadNVMEM", [&](void* device) {
+    return ZEMAPI_TIRELLA_ReadNVMEM(device, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
+                                    &moved);
+  });
   bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(arguments.address));
   return bytes;
 }
@@ -98,12 +100,14 @@ int WriteNvmem(const Options& options, const NvmemArguments& arguments, Report& 
   const auto length = static_cast<std::uint32_t>(bytes.size());
   std::uint32_t written = 0;
   if (arguments.isTirella()) {
-    Check("ZEMAPI_TIRELLA_WriteNVMEM",
-          ZEMAPI_TIRELLA_WriteNVMEM(session.handle(), bytes.data(), length, &written));
+    session.Call("ZEMAPI_TIRELLA_WriteNVMEM", [&](void* device) {
+      return ZEMAPI_TIRELLA_WriteNVMEM(device, bytes.data(), length, &written);
+    });
   } else {
-    Check("ZEMAPI_WriteNVMEM",
-          ZEMAPI_WriteNVMEM(session.handle(), static_cast<std::uint16_t>(arguments.address),
-                            bytes.data(), length, &written));
+    session.Call("ZEMAPI_WriteNVMEM", [&](void* device) {
+      return ZEMAPI_WriteNVMEM(device, static_cast<std::uint16_t>(arguments.address), bytes.data(),
+                               length, &written);
+    });
   }
   NvmemArguments place = arguments;
   place.length = length;
@@ -122,8 +126,9 @@ int SetLed(const Options& options, const NvmemArguments& arguments, Report& repo
   const Session session(options.device);
   // The library does not report a unit that is absent.
   RequireUnit(session, "tirella");
-  Check("ZEMAPI_TIRELLA_LedCtrl",
-        ZEMAPI_TIRELLA_LedCtrl(session.handle(), static_cast<std::uint8_t>(arguments.ledValue)));
+  session.Call("ZEMAPI_TIRELLA_LedCtrl", [&](void* device) {
+    return ZEMAPI_TIRELLA_LedCtrl(device, static_cast<std::uint8_t>(arguments.ledValue));
+  });
   return kDone;
 }
 

@@ -41,7 +41,8 @@ int SendCommand(const Options& options, const RawArguments& arguments, Report& r
     std::vector<unsigned char> command = ParseBlock(arguments.bytes, channel.blockSize);
     std::vector<unsigned char> reply(channel.blockSize);
     const Session session(options.device);
-    Check(channel.function, channel.send(session.handle(), command.data(), reply.data()));
+    session.Call(channel.function,
+                 [&](void* device) { return channel.send(device, command.data(), reply.data()); });
     report["channel"] = channel.name;
     report["command"] = HexText(command);
     report["reply"] = HexText(reply);
@@ -68,9 +69,10 @@ int GetUnitControl(const Options& options, const RawArguments& arguments, Report
   std::vector<unsigned char> data(arguments.length);
   ZemULong moved = 0;
   const Session session(options.device);
-  Check("ZEMAPI_UvcExtGet",
-        ZEMAPI_UvcExtGet(session.handle(), &unit, arguments.selector, data.data(),
-                         static_cast<ZemULong>(data.size()), &moved));
+  session.Call("ZEMAPI_UvcExtGet", [&](void* device) {
+    return ZEMAPI_UvcExtGet(device, &unit, arguments.selector, data.data(),
+                            static_cast<ZemULong>(data.size()), &moved);
+  });
   report["unit"] = GuidText(unit);
   report["selector"] = arguments.selector;
   report["bytes moved"] = moved;
@@ -83,9 +85,10 @@ int SetUnitControl(const Options& options, const RawArguments& arguments, Report
   std::vector<unsigned char> data = ParseBytes(arguments.bytes);
   ZemULong moved = 0;
   const Session session(options.device);
-  Check("ZEMAPI_UvcExtSet",
-        ZEMAPI_UvcExtSet(session.handle(), &unit, arguments.selector, data.data(),
-                         static_cast<ZemULong>(data.size()), &moved));
+  session.Call("ZEMAPI_UvcExtSet", [&](void* device) {
+    return ZEMAPI_UvcExtSet(device, &unit, arguments.selector, data.data(),
+                            static_cast<ZemULong>(data.size()), &moved);
+  });
   report["unit"] = GuidText(unit);
   report["selector"] = arguments.selector;
   report["bytes moved"] = moved;
@@ -95,8 +98,8 @@ int SetUnitControl(const Options& options, const RawArguments& arguments, Report
 int CheckUnit(const Options& options, const RawArguments& arguments, Report& report) {
   const GUID unit = ParseUnit(arguments.unit);
   const Session session(options.device);
-  const ZemResult present = ZEMAPI_UvcCheckXuGuid(session.handle(), &unit);
-  Check("ZEMAPI_UvcCheckXuGuid", present);
+  const ZemResult present = session.Call(
+      "ZEMAPI_UvcCheckXuGuid", [&](void* device) { return ZEMAPI_UvcCheckXuGuid(device, &unit); });
   report["unit"] = GuidText(unit);
   report["present"] = present == 0;
   return present == 0 ? kDone : kUnitAbsent;

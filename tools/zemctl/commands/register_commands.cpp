@@ -93,7 +93,8 @@ int GetRegister(const Options& options, const RegisterArguments& arguments, Repo
   const Space& space = FindSpace(arguments);
   const Session session(options.device);
   std::uint16_t value = 0;
-  Check(space.getter, space.get(session.handle(), arguments.address, value));
+  session.Call(space.getter,
+               [&](void* device) { return space.get(device, arguments.address, value); });
   ShowRegister(arguments, space, value, report);
   return kDone;
 }
@@ -106,7 +107,8 @@ int SetRegister(const Options& options, const RegisterArguments& arguments, Repo
   }
   const Session session(options.device);
   const auto value = static_cast<std::uint16_t>(arguments.value);
-  Check(space.setter, space.set(session.handle(), arguments.address, value));
+  session.Call(space.setter,
+               [&](void* device) { return space.set(device, arguments.address, value); });
   ShowRegister(arguments, space, value, report);
   report["written"] = true;
   return kDone;

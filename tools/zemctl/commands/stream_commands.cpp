@@ -33,23 +33,26 @@ class StreamSession : public Session {
   }
 
   void Select(std::uint8_t stream) const {
-    Check("ORVAAPI_SetStreamID", ORVAAPI_SetStreamID(handle(), stream));
+    Call("ORVAAPI_SetStreamID", [&](void* device) { return ORVAAPI_SetStreamID(device, stream); });
   }
 
   void Move(OrvaStreamFormat& format, Operation operation) const {
-    Check("ORVAAPI_StreamFormatProbeCommit",
-          ORVAAPI_StreamFormatProbeCommit(handle(), &format, operation));
+    Call("ORVAAPI_StreamFormatProbeCommit",
+         [&](void* device) { return ORVAAPI_StreamFormatProbeCommit(device, &format, operation); });
   }
 };
 
 int ShowVersion(const Options& options, const StreamArguments& /*arguments*/, Report& report) {
   const StreamSession session(options);
   unsigned char version = 0;
-  Check("ORVAAPI_GetVersion", ORVAAPI_GetVersion(session.handle(), &version));
+  session.Call("ORVAAPI_GetVersion",
+               [&](void* device) { return ORVAAPI_GetVersion(device, &version); });
   unsigned short day = 0;
-  Check("ORVAAPI_FirmwareBuildDay", ORVAAPI_FirmwareBuildDay(session.handle(), &day));
+  session.Call("ORVAAPI_FirmwareBuildDay",
+               [&](void* device) { return ORVAAPI_FirmwareBuildDay(device, &day); });
   unsigned char endpoint = 0;
-  Check("ORVAAPI_GetEndpointSetting", ORVAAPI_GetEndpointSetting(session.handle(), &endpoint));
+  session.Call("ORVAAPI_GetEndpointSetting",
+               [&](void* device) { return ORVAAPI_GetEndpointSetting(device, &endpoint); });
   report["version"] = HexNumber(version, 2);
   report["firmware build day"] = HexNumber(day, 4);
   report["endpoint setting"] = HexNumber(endpoint, 2);
@@ -65,8 +68,8 @@ int SelectStream(const Options& options, const StreamArguments& arguments, Repor
 
 int SetLayer(const Options& options, const StreamArguments& arguments, Report& report) {
   const StreamSession session(options);
-  Check("ORVAAPI_ToggleLayerControl",
-        ORVAAPI_ToggleLayerControl(session.handle(), arguments.value));
+  session.Call("ORVAAPI_ToggleLayerControl",
+               [&](void* device) { return ORVAAPI_ToggleLayerControl(device, arguments.value); });
   report["layer"] = arguments.value;
   return kDone;
 }

@@ -32,16 +32,23 @@ struct TableArguments {
 // The camera's table store, read once.
 class TableStore {
  public:
-  explicit TableStore(const Session& session) : device_(session.handle()) {
-    const ZemResult result = ZEMAPI_OpenTableHandle(device_, &table_);
-    if (result == ZEM_E_REFUSED) {
-      throw CallFailure("ZEMAPI_OpenTableHandle", result,
-                        {"ZEM_E_REFUSED", "the camera has no table store",
-                         "Give it one with \"zemctl table init\".", kLibraryRefused});
-    }
-    Check("ZEMAPI_OpenTableHandle", result);
+  explicit TableStore(const Session& session) : session_(session) {
+    session.Call(
+        "ZEMAPI_OpenTableHandle",
+        [this](void* device) { return ZEMAPI_OpenTableHandle(device, &table_); },
+        [](ZemResult result) -> std::optional<ResultText> {
+          if (result != ZEM_E_REFUSED) {
+            return std::nullopt;
+          }
+          return ResultText{"ZEM_E_REFUSED", "the camera has no table store",
+                            "Give it one with \"zemctl table init\".", kLibraryRefused};
+        });
   }
-  ~TableStore() { ZEMAPI_CloseTableHandle(device_, &table_); }
+  ~TableStore() {
+    static_cast<void>(session_.Observe("ZEMAPI_CloseTableHandle", [this](void* device) {
+      return ZEMAPI_CloseTableHandle(device, &table_);
+    }));
+  }
   TableStore(const TableStore&) = delete;
   TableStore& operator=(const TableStore&) = delete;
 
@@ -50,14 +57,15 @@ class TableStore {
   std::vector<unsigned char> Image() const {
     std::vector<unsigned char> image(kImageSize);
     std::uint32_t size = 0;
-    Check("ZEMAPI_DumpWholeTable",
-          ZEMAPI_DumpWholeTable(device_, table_, image.data(), kImageSize, &size));
+    session_.Call("ZEMAPI_DumpWholeTable", [&](void* device) {
+      return ZEMAPI_DumpWholeTable(device, table_, image.data(), kImageSize, &size);
+    });
     image.resize(size);
     return image;
   }
 
  private:
-  void* device_;
+  const Session& session_;
   unsigned char* table_ = nullptr;
 };
 
@@ -153,9 +161,10 @@ int WriteTable(const Options& options, const TableArguments& arguments, Report& 
   }
   Confirm(options, "Table " + HexNumber(arguments.id, 2) + " of the camera is overwritten");
   std::uint32_t written = 0;
-  Check("ZEMAPI_WriteTable",
-        ZEMAPI_WriteTable(session.handle(), static_cast<std::uint8_t>(arguments.id), data.data(),
-                          static_cast<std::uint32_t>(data.size()), &written));
+  session.Call("ZEMAPI_WriteTable", [&](void* device) {
+    return ZEMAPI_WriteTable(device, static_cast<std::uint8_t>(arguments.id), data.data(),
+                             static_cast<std::uint32_t>(data.size()), &written);
+  });
   RequireSame(data, ReadTable(TableStore(session), arguments.id), "the table");
   report["written and compared"] = true;
   return kDone;
@@ -210,8 +219,10 @@ void AwaitIdle(const Session& session) {
   for (int poll = 0; poll < kPolls; ++poll) {
     std::array<unsigned char, 8> status = {};
     ZemULong moved = 0;
-    Check("ZEMAPI_ZemExtGet", ZEMAPI_ZemExtGet(session.handle(), kStatusSelector, status.data(),
-                                               static_cast<ZemULong>(status.size()), &moved));
+    session.Call("ZEMAPI_ZemExtGet", [&](void* device) {
+      return ZEMAPI_ZemExtGet(device, kStatusSelector, status.data(),
+                              static_cast<ZemULong>(status.size()), &moved);
+    });
     if (status[0] == 0) {
       return;
     }
@@ -233,9 +244,9 @@ int InitTables(const Options& options, const TableArguments& arguments, Report& 
   }
   const Session session(options.device);
   Confirm(options, "The camera's whole table store is overwritten");
-  Check("ZEMAPI_WriteInitialTable",
-        ZEMAPI_WriteInitialTable(session.handle(), image.data(),
-                                 static_cast<std::uint32_t>(image.size())));
+  session.Call("ZEMAPI_WriteInitialTable", [&](void* device) {
+    return ZEMAPI_WriteInitialTable(device, image.data(), static_cast<std::uint32_t>(image.size()));
+  });
   AwaitIdle(session);
   RequireSame(image, TableStore(session).Image(), "the table store");
   report["written and compared"] = true;

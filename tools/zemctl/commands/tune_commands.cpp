@@ -143,9 +143,9 @@ int Tune(const Options& options, const Feature& feature, const Numbers& values, 
   const Session session(options.device);
   report["feature"] = feature.name;
   if (isRead) {
-    Check(feature.getter, feature.get(session.handle(), report));
+    session.Call(feature.getter, [&](void* device) { return feature.get(device, report); });
   } else {
-    Check(feature.setter, feature.set(session.handle(), values));
+    session.Call(feature.setter, [&](void* device) { return feature.set(device, values); });
     report["values"] = values;
     report["written"] = true;
   }

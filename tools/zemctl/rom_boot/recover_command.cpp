@@ -27,7 +27,8 @@ RomSession FindCamera(const Options& options, const RecoverArguments& arguments)
       return std::move(*there);
     }
     const Session camera(options.device);
-    Check("ZEMAPI_ResetToRomboot", ZEMAPI_ResetToRomboot(camera.handle()));
+    camera.Call("ZEMAPI_ResetToRomboot",
+                [](void* device) { return ZEMAPI_ResetToRomboot(device); });
   }
   return RomSession::Open(arguments.selection);
 }

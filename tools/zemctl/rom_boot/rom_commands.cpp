@@ -58,7 +58,7 @@ int Enter(const Options& options, const EntryArguments& arguments, Report& repor
                    [&](const EntryWay& candidate) { return arguments.way == candidate.name; });
   {
     const Session camera(options.device);
-    Check(way->function, way->enter(camera.handle()));
+    camera.Call(way->function, [&](void* device) { return way->enter(device); });
   }
   const RomSession session = RomSession::Open(arguments.selection);
   ReportKind(session, report);

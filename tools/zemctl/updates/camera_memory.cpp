@@ -27,17 +27,18 @@ struct PieceProgress {
 
 }  // namespace
 
-std::vector<unsigned char> ReadFlash(void* handle, std::uint32_t address, std::uint32_t size,
-                                     Progress& progress) {
+std::vector<unsigned char> ReadFlash(const Session& session, std::uint32_t address,
+                                     std::uint32_t size, Progress& progress) {
   std::vector<unsigned char> bytes(size);
   for (std::uint32_t done = 0; done < size;) {
     const std::uint32_t piece = std::min(kPiece, size - done);
     const PieceProgress share = {progress, done, piece, size};
     std::uint32_t read = 0;
-    Check("ZEMAPI_ReadPartialFlashData",
-          ZEMAPI_ReadPartialFlashData(handle, address + done, piece, &bytes[done], &read,
-                                      PieceProgress::OnValue,
-                                      reinterpret_cast<std::uint64_t>(&share)));
+    session.Call("ZEMAPI_ReadPartialFlashData", [&](void* device) {
+      return ZEMAPI_ReadPartialFlashData(device, address + done, piece, &bytes[done], &read,
+                                         PieceProgress::OnValue,
+                                         reinterpret_cast<std::uint64_t>(&share));
+    });
     done += piece;
   }
   return bytes;

@@ -2,12 +2,17 @@
 
 #include <windows.h>
 
+#include <algorithm>
+
 namespace zemctl {
 namespace {
 
 // Shares of the whole: the rest is for what is verified afterwards.
 constexpr Progress::Share kSend = {0, 70};
 constexpr Progress::Share kBurn = {70, 90};
+
+// Number of times that the wait after the burn order reports.
+constexpr std::uint32_t kCountdown = 10;
 
 // How often it is looked whether the person wants to stop while the library waits.
 constexpr UINT kTimerMilliseconds = 100;
@@ -18,54 +23,60 @@ ImageRun* ImageRun::running = nullptr;
 
 ImageRun::ImageRun(const ImageProcedure& procedure, std::span<const unsigned char> image,
                    const ImageParameters& parameters, Progress& progress,
-                   std::function<void(const ImageWatch&)> stopped)
+                   std::function<void(const ImageTransfers&)> stopped)
     : procedure_(procedure),
       length_(static_cast<std::uint32_t>(image.size())),
       padded_(image.begin(), image.end()),
       parameters_(parameters),
       progress_(progress),
       stopped_(std::move(stopped)),
-      watch_(length_) {
+      image_(length_) {
   padded_.resize(padded_.size() + kLongestChunk);
 }
 
-ZemResult ImageRun::Run(void* handle) {
+CallOutcome ImageRun::Run(const Session& session) {
   progress_.Begin("send", kSend);
   // The library dispatches this thread's messages while it polls; a timer's is one.
   running = this;
   const UINT_PTR timer = SetTimer(nullptr, 0, kTimerMilliseconds,
                                   [](HWND /*window*/, UINT /*message*/, UINT_PTR /*timer*/,
                                      DWORD /*time*/) { running->OnTimer(); });
-  const ZemResult result = procedure_.run(
-      handle, padded_.data(), length_,
-      [](std::uint32_t value, std::uint64_t user) {
-        reinterpret_cast<ImageRun*>(user)->OnValue(value);
-      },
-      reinterpret_cast<std::uint64_t>(this), parameters_);
+  session.SetObserver([this](const Transfer& transfer) { image_.OnTransfer(transfer); });
+  const CallOutcome outcome = session.Observe(procedure_.function, [this](void* device) {
+    return procedure_.run(
+        device, padded_.data(), length_,
+        [](std::uint32_t value, std::uint64_t user) {
+          reinterpret_cast<ImageRun*>(user)->OnValue(value);
+        },
+        reinterpret_cast<std::uint64_t>(this), parameters_);
+  });
+  session.SetObserver(nullptr);
   KillTimer(nullptr, timer);
   running = nullptr;
-  return result;
+  return outcome;
 }
 
 void ImageRun::OnValue(std::uint32_t value) {
-  watch_.OnValue(value);
   if (interrupt_.requested()) {
-    stopped_(watch_);
+    stopped_(image_);
   }
   if (!burning_) {
-    progress_.Update(watch_.sentPercent());
+    progress_.Update(image_.sentPercent());
   }
-  if (!burning_ && (watch_.complete() || watch_.waiting())) {
+  if (!burning_ && (image_.complete() || image_.ordered())) {
     burning_ = true;
     progress_.Begin("burn", kBurn);
   }
-  progress_.Update(burning_ ? watch_.waitedPercent() : watch_.sentPercent());
+  if (image_.ordered()) {
+    // ZEMAPI_UpdateFW_517x counts its wait down.
+    progress_.Update((kCountdown - std::min(value, kCountdown)) * 100 / kCountdown);
+  }
 }
 
 void ImageRun::OnTimer() {
   // While the image is being sent its own progress is the place to stop.
   if (burning_ && interrupt_.requested()) {
-    stopped_(watch_);
+    stopped_(image_);
   }
 }
 

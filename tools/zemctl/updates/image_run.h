@@ -5,10 +5,11 @@
 #include <span>
 #include <vector>
 
+#include "tools/zemctl/camera/session.h"
 #include "tools/zemctl/frame/interrupt.h"
 #include "tools/zemctl/frame/progress.h"
 #include "tools/zemctl/updates/image_procedure.h"
-#include "tools/zemctl/updates/transfer_watch.h"
+#include "tools/zemctl/updates/image_transfers.h"
 
 namespace zemctl {
 
@@ -18,14 +19,14 @@ class ImageRun {
   // pressed Ctrl-C; it does not return.
   ImageRun(const ImageProcedure& procedure, std::span<const unsigned char> image,
            const ImageParameters& parameters, Progress& progress,
-           std::function<void(const ImageWatch&)> stopped);
+           std::function<void(const ImageTransfers&)> stopped);
   ImageRun(const ImageRun&) = delete;
   ImageRun& operator=(const ImageRun&) = delete;
 
-  // Phases "send" and "burn". Returns the procedure's result.
-  ZemResult Run(void* handle);
+  // Phases "send" and "burn".
+  CallOutcome Run(const Session& session);
 
-  const ImageWatch& watch() const { return watch_; }
+  const ImageTransfers& image() const { return image_; }
 
  private:
   void OnValue(std::uint32_t value);
@@ -40,8 +41,8 @@ class ImageRun {
   std::vector<unsigned char> padded_;
   ImageParameters parameters_;
   Progress& progress_;
-  std::function<void(const ImageWatch&)> stopped_;
-  ImageWatch watch_;
+  std::function<void(const ImageTransfers&)> stopped_;
+  ImageTransfers image_;
   bool burning_ = false;
   InterruptGuard interrupt_;
 };

@@ -3,6 +3,8 @@
 #include <array>
 #include <memory>
 
+#include "tools/zemctl/camera/answers.h"
+#include "tools/zemctl/camera/camera_wait.h"
 #include "tools/zemctl/camera/rehearsal.h"
 #include "tools/zemctl/camera/simulator_module.h"
 #include "tools/zemctl/frame/bytes.h"
@@ -51,10 +53,12 @@ void ReportImage(const ImageProcedure& procedure, const UpdateArguments& argumen
 
 void ReportDryRun(const ImageProcedure& procedure, const UpdateArguments& arguments,
                   const Bytes& image, Report& report) {
-  const auto call = [&](void* handle) {
-    return procedure.run(
-        handle, image.data(), static_cast<std::uint32_t>(image.size()),
-        [](std::uint32_t, std::uint64_t) {}, 0, arguments.parameters);
+  const auto call = [&](const Session& session) {
+    session.Observe(procedure.function, [&](void* device) {
+      return procedure.run(
+          device, image.data(), static_cast<std::uint32_t>(image.size()),
+          [](std::uint32_t, std::uint64_t) {}, 0, arguments.parameters);
+    });
   };
   const bool is517x = &procedure == &kUpdate517x;
   const auto dataTransfers = [](const std::vector<RehearsedTransfer>& transfers) {
@@ -76,21 +80,23 @@ void ReportDryRun(const ImageProcedure& procedure, const UpdateArguments& argume
   ReportRehearsal(fast, report);
 }
 
-std::optional<std::uint8_t> ReadTransferStatus(void* handle) {
+std::optional<std::uint8_t> ReadTransferStatus(const Session& session) {
   std::array<unsigned char, 8> status = {};
   ZemULong moved = 0;
   constexpr unsigned short kStatusSelector = 5;
-  const ZemResult read = ZEMAPI_ZemExtGet(handle, kStatusSelector, status.data(),
-                                          static_cast<ZemULong>(status.size()), &moved);
-  return read >= 0 && moved > 0 ? std::optional(status[0]) : std::nullopt;
+  const CallOutcome read = session.Observe("ZEMAPI_ZemExtGet", [&](void* device) {
+    return ZEMAPI_ZemExtGet(device, kStatusSelector, status.data(),
+                            static_cast<ZemULong>(status.size()), &moved);
+  });
+  return read.result >= 0 && !read.loss && moved > 0 ? std::optional(status[0]) : std::nullopt;
 }
 
 std::string Sentence(const CameraState& state) {
   return "Camera: " + state.state + ". Next: " + state.next + ".";
 }
 
-[[noreturn]] void Stop(const Options& options, const ImageWatch& watch) {
-  const std::string sentence = Sentence(StateWhenStopped(watch));
+[[noreturn]] void Stop(const Options& options, const ImageTransfers& image) {
+  const std::string sentence = Sentence(StateWhenStopped(image));
   if (options.json) {
     Print(
         stdout,
@@ -105,38 +111,83 @@ std::string Sentence(const CameraState& state) {
   std::_Exit(kInterrupted);
 }
 
-void CheckOutcome(const ImageProcedure& procedure, ZemResult result, const ImageWatch& watch,
-                  void* handle) {
-  const bool wentWell = result >= 0 && watch.complete();
-  const auto state =
-      StateAfter(result, watch, wentWell ? std::nullopt : ReadTransferStatus(handle));
+void CheckOutcome(const ImageProcedure& procedure, const CallOutcome& outcome,
+                  const ImageTransfers& image, const Session& session) {
+  const bool wentWell = outcome.result >= 0 && image.complete() && !outcome.loss;
+  const auto state = StateAfter(outcome.result, image, outcome.loss.has_value(),
+                                wentWell ? std::nullopt : ReadTransferStatus(session));
   if (!state) {
     return;
   }
-  ResultText text = Describe(result);
-  if (result >= 0) {
+  ResultText text = Describe(outcome.result);
+  if (outcome.result >= 0 && !image.complete()) {
     text.meaning = "the image could not be sent in full";
     text.exitCode = kTransferFailed;
+  } else if (outcome.loss && text.exitCode != kTransferFailed) {
+    text = DescribeLoss(outcome.result, *outcome.loss);
   }
   text.advice = Sentence(*state);
-  throw CallFailure(procedure.function, result, text);
+  throw CallFailure(procedure.function, outcome.result, text);
 }
+
+// Nothing has been sent yet: a camera that loses transfers now is not burned.
+std::string VersionBefore(const Session& session) {
+  try {
+    return ReadVersion(session);
+  } catch (const CallFailure& failure) {
+    if (failure.text().exitCode == kTransferFailed) {
+      ResultText text = failure.text();
+      text.advice = "Nothing was sent: the camera keeps what it had. " + text.advice;
+      throw CallFailure(failure.function(), failure.result(), text);
+    }
+    return "not told";
+  }
+}
+
+// What is known of a burn that the camera reports done.
+struct Proof {
+  std::string words = "the camera reports the burn done";
+  bool isProven = false;
+  ExitCode exitCode = kDone;
+
+  void Add(const std::string& more) { words += "; " + more; }
+};
 
 // The camera's judgement of its firmware.
-std::string VerifyCheckSum(void* handle) {
-  const ZemResult checked = ZEMAPI_GetCheckSumResult(handle);
-  if (checked == ZEM_E_DEVICE_REFUSED) {
-    throw ToolFailure(kNotVerified, "the camera says that the check sum of its firmware is wrong",
-                      "Leave the camera powered and run this command once more before it restarts, "
-                      "with an image for this camera.");
+void VerifyCheckSum(const Session& session, Proof& proof) {
+  try {
+    session.Call("ZEMAPI_GetCheckSumResult",
+                 [](void* device) { return ZEMAPI_GetCheckSumResult(device); });
+    proof.Add("its firmware check sum is right");
+  } catch (const CallFailure& failure) {
+    if (failure.text().exitCode == kTransferFailed) {
+      proof.Add("its firmware check sum was " + NotRead(failure));
+      proof.exitCode = kTransferFailed;
+    } else if (failure.result() == ZEM_E_DEVICE_REFUSED) {
+      throw ToolFailure(
+          kNotVerified, "the camera says that the check sum of its firmware is wrong",
+          "Leave the camera powered and run this command once more before it restarts, "
+          "with an image for this camera.");
+    } else {
+      proof.Add("it does not tell a check sum");
+    }
   }
-  return checked >= 0 ? "its firmware check sum is right" : "it does not tell a check sum";
 }
 
-std::string VerifyReadBack(void* handle, std::uint32_t address, const Bytes& image,
-                           Progress& progress) {
-  const Bytes flash =
-      ReadFlash(handle, address, static_cast<std::uint32_t>(image.size()), progress);
+void VerifyReadBack(const Session& session, std::uint32_t address, const Bytes& image,
+                    Progress& progress, Proof& proof) {
+  const auto size = static_cast<std::uint32_t>(image.size());
+  Bytes flash;
+  try {
+    flash = ReadFlash(session, address, size, progress);
+  } catch (const CallFailure& failure) {
+    ResultText text = failure.text();
+    text.advice =
+        "Camera: it reports the burn done; only reading back failed. Next: compare with \"zemctl "
+        "flash read " +
+        HexNumber(address, 6) + " " + std::to_string(size) + " FILE\".";
+    throw CallFailure(failure.function(), failure.result(), text);
+  }
   if (const auto at = FirstDifference(image, flash)) {
     throw ToolFailure(
         kNotVerified,
@@ -144,8 +195,24 @@ std::string VerifyReadBack(void* handle, std::uint32_t address, const Bytes& ima
         "Check the address of --verify-at. If it is right, leave the camera powered "
         "and run this command once more before it restarts.");
   }
-  return std::to_string(image.size()) + " bytes read back from " + HexNumber(address, 6) +
-         " are equal";
+  proof.Add(std::to_string(size) + " bytes read back from " + HexNumber(address, 6) + " are equal");
+  proof.isProven = true;
+}
+
+Proof Verify(const Session& session, const ImageProcedure& procedure,
+             const UpdateArguments& arguments, const Bytes& image, bool seenBurning,
+             Progress& progress) {
+  Proof proof;
+  proof.isProven = seenBurning;
+  if (procedure.isFirmware) {
+    VerifyCheckSum(session, proof);
+  }
+  if (arguments.verifyAt) {
+    VerifyReadBack(session, *arguments.verifyAt, image, progress, proof);
+  } else {
+    proof.Add("not read back (--verify-at ADDRESS does)");
+  }
+  return proof;
 }
 
 int Update(const Options& options, const UpdateArguments& arguments,
@@ -160,33 +227,30 @@ int Update(const Options& options, const UpdateArguments& arguments,
   Confirm(options, std::string("The camera's ") + procedure.what + " will be overwritten with " +
                        arguments.file + " (" + std::to_string(image.size()) + " bytes)");
   if (procedure.isFirmware) {
-    std::array<unsigned char, 6> version = {};
-    const ZemResult read = ZEMAPI_GetFWVersion(session.handle(), version.data());
-    report["version before"] = read >= 0 ? HexText(version) : "not told";
+    report["version before"] = VersionBefore(session);
   }
 
   Progress progress(options.json);
   ImageRun run(procedure, image, arguments.parameters, progress,
-               [&options](const ImageWatch& watch) { Stop(options, watch); });
-  CheckOutcome(procedure, run.Run(session.handle()), run.watch(), session.handle());
+               [&options](const ImageTransfers& sent) { Stop(options, sent); });
+  const CallOutcome outcome = run.Run(session);
+  CheckOutcome(procedure, outcome, run.image(), session);
 
   progress.Begin("verify", kVerify);
-  std::string verified = "the camera reports the burn done";
-  if (procedure.isFirmware) {
-    verified += "; " + VerifyCheckSum(session.handle());
-  }
-  if (arguments.verifyAt) {
-    verified += "; " + VerifyReadBack(session.handle(), *arguments.verifyAt, image, progress);
-  } else {
-    verified += "; not read back (--verify-at ADDRESS does)";
-  }
+  const Proof proof =
+      Verify(session, procedure, arguments, image, run.image().seenBurning(), progress);
   progress.Complete();
-  report["burned"] = true;
-  report["verified"] = verified;
+  if (proof.isProven) {
+    report["burned"] = true;
+  } else {
+    report["burned"] =
+        "reported, not proven: the camera was not seen burning, as if it had never been told to";
+  }
+  report["verified"] = proof.words;
   if (procedure.isFirmware) {
     report["next"] = "restart the camera; \"zemctl info\" then shows the new version";
   }
-  return kDone;
+  return proof.exitCode;
 }
 
 }  // namespace

@@ -15,8 +15,8 @@ constexpr const char* kLookAgain =
     "leave the camera powered; look with \"zemctl xu get vendor 5 8\" until byte 0 is 00 (done) or "
     "82 (failed)";
 
-CameraState AfterBurnOrder(const ImageWatch& watch, std::optional<std::uint8_t> status) {
-  if (!watch.complete()) {
+CameraState AfterBurnOrder(const ImageTransfers& image, std::optional<std::uint8_t> status) {
+  if (!image.complete()) {
     return {"part of the image was lost, and the camera was told to burn what it got",
             kRepeatAtOnce};
   }
@@ -54,13 +54,14 @@ CameraState BeforeTheImage(std::optional<std::uint8_t> status) {
 
 }  // namespace
 
-std::optional<CameraState> StateAfter(ZemResult result, const ImageWatch& watch,
+std::optional<CameraState> StateAfter(ZemResult result, const ImageTransfers& image, bool hasLoss,
                                       std::optional<std::uint8_t> status) {
   if (result >= 0) {
-    return watch.complete() ? std::nullopt : std::optional(AfterBurnOrder(watch, status));
+    return image.complete() && !hasLoss ? std::nullopt
+                                        : std::optional(AfterBurnOrder(image, status));
   }
   if (result == ZEM_E_DEVICE_REFUSED) {
-    return watch.begun() || watch.waiting() ? AfterBurnOrder(watch, status)
+    return image.begun() || image.ordered() ? AfterBurnOrder(image, status)
                                             : BeforeTheImage(status);
   }
   // Neither a failed announcement nor a failed order leaves anything behind, and the others refuse
@@ -69,8 +70,8 @@ std::optional<CameraState> StateAfter(ZemResult result, const ImageWatch& watch,
                      result == ZEM_E_NO_DEVICE ? kRepeatAttached : kRepeat};
 }
 
-CameraState StateWhenStopped(const ImageWatch& watch) {
-  if (!watch.complete() && !watch.waiting()) {
+CameraState StateWhenStopped(const ImageTransfers& image) {
+  if (!image.ordered()) {
     return {"no burn order was given: the camera keeps what it had", kRepeat};
   }
   return {"the camera was told to burn and goes on by itself", kLookAgain};

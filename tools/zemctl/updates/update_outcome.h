@@ -6,7 +6,7 @@
 #include <string>
 
 #include "include/ZemUVCExtApi.h"
-#include "tools/zemctl/updates/transfer_watch.h"
+#include "tools/zemctl/updates/image_transfers.h"
 
 namespace zemctl {
 
@@ -16,12 +16,13 @@ struct CameraState {
   std::string next;
 };
 
-// After a procedure that returned `result`: `watch` saw its progress, `status` is the camera's
-// transfer status read afterwards, if it could be read. Nothing when all went well.
-std::optional<CameraState> StateAfter(ZemResult result, const ImageWatch& watch,
+// After a procedure that returned `result`: `image` saw its transfers, of which one was lost or
+// not, `status` is the camera's transfer status read afterwards, if it could be read. Nothing when
+// all went well.
+std::optional<CameraState> StateAfter(ZemResult result, const ImageTransfers& image, bool hasLoss,
                                       std::optional<std::uint8_t> status);
 
 // When the person stops the tool in the middle of a procedure.
-CameraState StateWhenStopped(const ImageWatch& watch);
+CameraState StateWhenStopped(const ImageTransfers& image);
 
 }  // namespace zemctl
