@@ -14,7 +14,7 @@ never() {
 loses() {
   local fault=$1
   shift
-  expect 7 ' failed: ' $sim --simulator-fault "$fault" "$@"
+  expect 7 ': the camera ' $sim --simulator-fault "$fault" "$@"
   also 'once more'
   grep -qv '^zemctl: \|^  ' <(tr -d '\r' <$out) && { echo "more than a failure:"; cat $out; exit 1; }
   expect 7 '"exitCode": 7' $sim --json --simulator-fault "$fault" "$@"
@@ -27,7 +27,8 @@ expect 7 'get vendor 2 (reply to an ISP command, 8 bytes) failed: the camera is 
 also 'what it should have brought is not known (ZEM_OK, 0x00000000)'
 also 'Check that the camera is attached (zemctl list)'
 never 'value:'
-loses fail@2 command isp 0b
+expect 7 'Transfer: get vendor 2 (reply to an ISP command, 8 bytes): the camera did not carry it out' $sim \
+  --simulator-fault fail@2 command isp 0b
 loses unplug@2 tune sensor-sn
 loses fail@2 tune build-date
 loses fail@2 tune manual-gain 1

@@ -15,16 +15,19 @@
 namespace zemctl {
 namespace {
 
-// A transfer that was lost says more than a result, but for a result that says the same of its own
-// call.
+// A lost transfer counts more than any result but one that says that a transfer failed.
 void Judge(const char* function, const CallOutcome& outcome, const Session::Words& words) {
   std::optional<ResultText> text = words ? words(outcome.result) : std::nullopt;
-  const bool isKnown = text || outcome.result == ZEM_E_NO_DEVICE;
   if (!text && outcome.result < 0) {
     text = Describe(outcome.result);
   }
-  if (outcome.loss && !(isKnown && text->exitCode == kTransferFailed)) {
-    text = DescribeLoss(outcome.result, *outcome.loss);
+  if (outcome.loss) {
+    if (text && text->exitCode == kTransferFailed) {
+      text->advice = "Transfer: " + NameOf(*outcome.loss) + ": " + FailureOf(*outcome.loss) + ". " +
+                     text->advice;
+    } else {
+      text = DescribeLoss(outcome.result, *outcome.loss);
+    }
   }
   if (text) {
     throw CallFailure(function, outcome.result, *text);
