@@ -102,7 +102,7 @@ TEST_F(ComObjectsTest, ListedDeviceHasTheTextsThatItWasGiven) {
       return L"(none)";
     }
     EXPECT_EQ(value.vt, VT_BSTR);
-    const std::wstring text = value.bstrVal;
+    std::wstring text = value.bstrVal;
     zem::platform::ClearVariant(&value);
     return text;
   };
