@@ -42,7 +42,7 @@ CallOutcome ImageRun::Run(const Session& session) {
                                   [](HWND /*window*/, UINT /*message*/, UINT_PTR /*timer*/,
                                      DWORD /*time*/) { running->OnTimer(); });
   session.SetObserver([this](const Transfer& transfer) { image_.OnTransfer(transfer); });
-  const CallOutcome outcome = session.Observe(procedure_.function, [this](void* device) {
+  CallOutcome outcome = session.Observe(procedure_.function, [this](void* device) {
     return procedure_.run(
         device, padded_.data(), length_,
         [](std::uint32_t value, std::uint64_t user) {
