@@ -6,7 +6,7 @@ expect 3 'no video-input device is attached' list
 expect 3 'no camera matches (ZEM_E_FAIL, 0x80004005)' reg get isp 0
 expect 0 'ZEM Simulated Camera' $sim list
 expect 0 'firmware version:   01 02 03 04 05 06' $sim info
-expect 0 '"firmware version": "01 02 03 04 05 06"' $sim --json info
+expect 0 '"firmware_version": "01 02 03 04 05 06"' $sim --json info
 expect 0 'value:   0x5170' $sim reg get isp 0
 expect 0 'value:   0x0000' $sim reg get isp 0x123456
 expect 0 'written: yes' $sim reg set isp 0x123456 0xABCD
@@ -35,6 +35,6 @@ expect 8 'the device has no vendor extension unit' $sim \
 expect 7 'the command could not be written to the camera' $sim --simulator-fault unplug@1 reg get isp 0
 expect 5 'the camera refused the command (ZEM_E_DEVICE_REFUSED, 0x80000001)' $sim \
   --simulator-fault refuse@2=5 reg get isp 0
-expect 5 '"exitCode": 5' $sim --json --simulator-fault refuse@2=5 reg get isp 0
+expect 5 '"code": 5' $sim --json --simulator-fault refuse@2=5 reg get isp 0
 expect 2 'subcommand is required' $sim
 expect 0 'Exit codes' --help

@@ -56,7 +56,7 @@ expect 0 'fps: 30' $sim h264 fps 30
 expect 2 'rate' $sim h264 fps 65536
 expect 0 'bit rate: 2500' $sim h264 bitrate 2500
 expect 0 'key frame: requested' $sim h264 keyframe
-expect 0 '"key frame": "requested"' $sim --json h264 keyframe
+expect 0 '"key_frame": "requested"' $sim --json h264 keyframe
 expect 5 'the camera refused the command' $sim --simulator-fault refuse@2=5 h264 fps 30
 expect 7 'the command could not be written' $sim --simulator-fault unplug@1 h264 bitrate 1
 expect 2 'subcommand is required' $sim h264

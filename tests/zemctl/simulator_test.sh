@@ -96,4 +96,4 @@ echo nonsense >$work/state.json
 wrong "--state: the state file \"$work/state.json\" is not a camera's" --state $work/state.json
 echo '{"flash":{"size":1,"pages":{}}}' >$work/state.json
 wrong "--state: the state file \"$work/state.json\" is another camera's" --state $work/state.json
-expect 2 '"meaning": "--simulator-fault: ' --json $sim --simulator-fault nonsense list
+expect 2 '"message": "--simulator-fault: ' --json $sim --simulator-fault nonsense list

@@ -17,7 +17,7 @@ loses() {
   expect 7 ': the camera ' $sim --simulator-fault "$fault" "$@"
   grep -qE 'Check |once more' $out || { echo "no next step:"; cat $out; exit 1; }
   grep -qv '^zemctl: \|^  ' <(tr -d '\r' <$out) && { echo "more than a failure:"; cat $out; exit 1; }
-  expect 7 '"exitCode": 7' $sim --json --simulator-fault "$fault" "$@"
+  expect 7 '"code": 7' $sim --json --simulator-fault "$fault" "$@"
 }
 
 # A reply that could not be read is no register that is zero.
@@ -27,7 +27,7 @@ expect 7 'get vendor 2 (reply to an ISP command, 8 bytes) failed: the camera is 
 also 'what it should have brought is not known (ZEM_OK, 0x00000000)'
 also 'Check that the camera is attached (zemctl list)'
 never 'value:'
-expect 7 'Transfer: get vendor 2 (reply to an ISP command, 8 bytes): the camera did not carry it out' $sim \
+expect 7 'Camera: get vendor 2 (reply to an ISP command, 8 bytes): the camera did not carry it out' $sim \
   --simulator-fault fail@2 command isp 0b
 loses unplug@2 tune sensor-sn
 loses fail@2 tune build-date
@@ -58,7 +58,7 @@ also 'firmware check sum: right'
 also '  vendor        yes      {23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}'
 expect 7 'firmware check sum: not read: ' $sim --simulator-fault unplug@4 info
 also 'firmware version:   01 02 03 04 05 06'
-expect 7 '"device information": "not read: ' $sim --json --simulator-fault fail@3 info
+expect 7 '"device_information": null' $sim --json --simulator-fault fail@3 info
 expect 7 '  contrast                video   not read: ' $sim --simulator-fault fail@3 control list
 also '  brightness              video   128 '
 also '  hue                     video   0 '
@@ -86,7 +86,7 @@ update 0 'burned:         reported, not proven' drop@10
 never 'burned:         yes'
 update 10 'the flash differs from the image, first at 0x000000' drop@10 --verify-at 0
 # A camera that cannot even tell its version is not burned.
-update 7 'Nothing was sent: the camera keeps what it had' fail@2
+update 7 'Camera: nothing was sent, it keeps what it had. Next: ' fail@2
 # The answer to the announcement was lost, and all else went well.
 update 7 'get vendor 5 (reply to a VCP command, or status, 8 bytes) failed' fail@4
 also 'Camera: the camera has come to its end since: the image is burned'

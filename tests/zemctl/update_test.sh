@@ -113,7 +113,7 @@ run 5 'is busy or does not take this kind of image; nothing was sent' "$camera_5
   --param2 9 --param3 0 "$cali"
 run 5 'Camera: the burn failed' '{"cameras":[{"chip":"516x","burnPolls":2,"burnError":true}]}' update \
   firmware --chip 516x "$image"
-run 0 'firmware check sum: ZEMAPI_GetCheckSumResult' "$camera_516x" info
+run 0 'firmware check sum: wrong' "$camera_516x" info
 run 7 'no burn order went through' "$camera_516x" --simulator-fault fail@7 update firmware --chip 516x \
   "$image"
 run 7 'part of the image was lost' "$camera_516x" --simulator-fault fail@5 update calibration "$cali"
@@ -124,7 +124,7 @@ run 7 'the camera stopped taking the data at' "$camera_516x" --simulator-fault f
 run 7 'ZEMAPI_ReadPartialFlashData' "$camera_516x" --simulator-fault fail@4+6 flash read 0 1500 "$back"
 run 10 'two reads of the flash differ, first at 0x0002' "$camera_516x" --simulator-fault garbage@4 \
   flash read 0 1500 "$back" --verify
-run 5 '"exitCode": 5' '{"cameras":[{"chip":"516x","busy":true}]}' --json update calibration "$cali"
+run 5 '"code": 5' '{"cameras":[{"chip":"516x","busy":true}]}' --json update calibration "$cali"
 expect 3 'no camera matches' --yes update calibration "$cali"
 
 # ---- Ctrl-C ----

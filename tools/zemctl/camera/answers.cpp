@@ -2,21 +2,22 @@
 
 namespace zemctl {
 
-std::string NotRead(const CallFailure& failure) {
-  return std::string("not read: ") + failure.what();
-}
-
 void Answers::AddTo(Report& row, const std::string& field, const std::function<Report()>& ask) {
   try {
     row[field] = ask();
   } catch (const CallFailure& failure) {
-    if (failure.text().exitCode == kTransferFailed) {
-      row[field] = NotRead(failure);
-      exitCode_ = kTransferFailed;
-    } else {
-      row[field] = failure.what();
+    row[field] = Unread(failure.what());
+    if (!failure_) {
+      failure_ = failure.failure();
     }
   }
+}
+
+int Answers::Finish() const {
+  if (failure_) {
+    throw PartialFailure(*failure_);
+  }
+  return kDone;
 }
 
 }  // namespace zemctl

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "tools/zemctl/frame/report.h"
@@ -9,27 +10,23 @@
 
 namespace zemctl {
 
-// "not read: WHY"
-std::string NotRead(const CallFailure& failure);
-
 class Answers {
  public:
   explicit Answers(Report& report) : report_(report) {}
 
-  // Puts what `ask` brings into the field. Where it throws CallFailure, the field says what it was:
-  // that it could not be read, or that the camera refused to tell.
+  // Puts what `ask` brings into the field. Where it throws CallFailure, the field is unread.
   void Add(const std::string& field, const std::function<Report()>& ask) {
     AddTo(report_, field, ask);
   }
   // The same for a field of a row.
   void AddTo(Report& row, const std::string& field, const std::function<Report()>& ask);
 
-  // kTransferFailed when something could not be read.
-  ExitCode exitCode() const { return exitCode_; }
+  // Once all are there: returns kDone, or throws PartialFailure for the first that is unread.
+  int Finish() const;
 
  private:
   Report& report_;
-  ExitCode exitCode_ = kDone;
+  std::optional<Failure> failure_;
 };
 
 }  // namespace zemctl

@@ -23,8 +23,7 @@ void Judge(const char* function, const CallOutcome& outcome, const Session::Word
   }
   if (outcome.loss) {
     if (text && text->exitCode == kTransferFailed) {
-      text->advice = "Transfer: " + NameOf(*outcome.loss) + ": " + FailureOf(*outcome.loss) + ". " +
-                     text->advice;
+      text->cameraState = NameOf(*outcome.loss) + ": " + FailureOf(*outcome.loss);
     } else {
       text = DescribeLoss(outcome.result, *outcome.loss);
     }

@@ -3,7 +3,6 @@
 #include <memory>
 #include <optional>
 
-#include "tools/zemctl/camera/answers.h"
 #include "tools/zemctl/frame/program.h"
 #include "tools/zemctl/frame/results.h"
 
@@ -154,19 +153,19 @@ bool IsAbsent(const CallFailure& failure) {
 Report UnreadControl(const Control& control, const CallFailure& failure) {
   return {{"control", control.name},
           {"family", control.family->name},
-          {"value", NotRead(failure)},
-          {"mode", ""},
-          {"minimum", ""},
-          {"maximum", ""},
-          {"step", ""},
-          {"default", ""},
-          {"modes", ""}};
+          {"value", Unread(failure.what())},
+          {"mode", nullptr},
+          {"minimum", nullptr},
+          {"maximum", nullptr},
+          {"step", nullptr},
+          {"default", nullptr},
+          {"modes", nullptr}};
 }
 
 int ListControls(const Options& options, Report& report) {
   const Session session(options.device);
   Report rows = Report::array();
-  ExitCode exitCode = kDone;
+  std::optional<Failure> first;
   for (const Control& control : kControls) {
     try {
       const Range range = ReadRange(session, control);
@@ -174,7 +173,7 @@ int ListControls(const Options& options, Report& report) {
     } catch (const CallFailure& failure) {
       if (!IsAbsent(failure)) {
         rows.push_back(UnreadControl(control, failure));
-        exitCode = kTransferFailed;
+        first = first.value_or(failure.failure());
       }
     }
   }
@@ -185,7 +184,10 @@ int ListControls(const Options& options, Report& report) {
          "Vendor commands may do the same: see \"zemctl tune --help\".", kUnitAbsent});
   }
   report["controls"] = rows;
-  return exitCode;
+  if (first) {
+    throw PartialFailure(*first);
+  }
+  return kDone;
 }
 
 int ShowControl(const Session& session, const Control& control, Report& report) {

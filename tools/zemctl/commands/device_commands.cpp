@@ -13,15 +13,14 @@ namespace zemctl {
 namespace {
 
 // Whether the device with this display name has the vendor unit, asked by opening it.
-std::string VendorUnitOf(const SystemDevice& device) {
+Report VendorUnitOf(const SystemDevice& device) {
   DeviceSelection selection;
   selection.displayName = Narrow(device.displayName);
   try {
     const Session session(selection);
-    return "yes";
+    return true;
   } catch (const CallFailure& failure) {
-    return failure.text().exitCode == kUnitAbsent ? "no"
-                                                  : "unknown (" + Hex(failure.result()) + ")";
+    return failure.text().exitCode == kUnitAbsent ? Report(false) : Unread(failure.what());
   }
 }
 
@@ -63,8 +62,16 @@ int ShowDevice(const Options& options, Report& report) {
     return HexText(info);
   });
   answers.Add("firmware check sum", [&]() -> Report {
-    session.Call("ZEMAPI_GetCheckSumResult",
-                 [](void* device) { return ZEMAPI_GetCheckSumResult(device); });
+    try {
+      session.Call("ZEMAPI_GetCheckSumResult",
+                   [](void* device) { return ZEMAPI_GetCheckSumResult(device); });
+    } catch (const CallFailure& failure) {
+      // The camera says so by a refusal; any other one has another result.
+      if (failure.text().exitCode == kCameraRefused) {
+        return "wrong";
+      }
+      throw;
+    }
     return "right";
   });
   Report units = Report::array();
@@ -72,7 +79,7 @@ int ShowDevice(const Options& options, Report& report) {
     units.push_back(UnitRow(session, unit, answers));
   }
   report["extension units"] = units;
-  return answers.exitCode();
+  return answers.Finish();
 }
 
 }  // namespace

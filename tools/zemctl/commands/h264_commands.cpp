@@ -40,10 +40,14 @@ class FormatList {
   bool isDefault() const { return outcome_.result == kDefaultListLength; }
   // What kept the camera's list from being read, if anything did.
   const std::optional<Transfer>& loss() const { return outcome_.loss; }
+  // What that is told as.
+  CallFailure failure() const {
+    return {"ZEMAPI_GetH264FrameList", outcome_.result,
+            DescribeLoss(outcome_.result, *outcome_.loss)};
+  }
   void RequireWhole() const {
     if (outcome_.loss) {
-      throw CallFailure("ZEMAPI_GetH264FrameList", outcome_.result,
-                        DescribeLoss(outcome_.result, *outcome_.loss));
+      throw failure();
     }
   }
   std::span<const H264FrameInfo> formats() const {
@@ -113,7 +117,10 @@ int ListFormats(const Options& options, const H264Arguments& /*arguments*/, Repo
   }
   report["formats"] = rows;
   report["carriers"] = CarrierRows(session);
-  return list.loss() ? kTransferFailed : kDone;
+  if (list.loss()) {
+    throw PartialFailure(list.failure().failure());
+  }
+  return kDone;
 }
 
 // A start or stop that came to nothing, told by a result that says more or less than it does

@@ -95,6 +95,13 @@ Directory Search(unsigned char* table) {
   return directory;
 }
 
+CallFailure CorruptEntry() {
+  return {"ZEMAPI_ReadTableEx",
+          ZEM_E_FAIL,
+          {"ZEM_E_FAIL", "the table store has a corrupt entry",
+           "Replace it with \"zemctl table init\".", kLibraryRefused}};
+}
+
 int ListTables(const Options& options, const TableArguments& /*arguments*/, Report& report) {
   const Session session(options.device);
   const TableStore store(session);
@@ -102,7 +109,10 @@ int ListTables(const Options& options, const TableArguments& /*arguments*/, Repo
   report["bytes"] = store.Image().size();
   report["sound"] = directory.isSound;
   report["tables"] = directory.rows;
-  return directory.isSound ? kDone : kLibraryRefused;
+  if (!directory.isSound) {
+    throw PartialFailure(CorruptEntry().failure());
+  }
+  return kDone;
 }
 
 // Why a table that has no size cannot be read.
@@ -111,9 +121,7 @@ int ListTables(const Options& options, const TableArguments& /*arguments*/, Repo
   const ZemResult result = ZEMAPI_ReadTableEx(nullptr, store.table(), static_cast<std::uint8_t>(id),
                                               payload.data(), kImageSize, nullptr);
   if (result < 0) {
-    throw CallFailure("ZEMAPI_ReadTableEx", result,
-                      {"ZEM_E_FAIL", "the table store has a corrupt entry",
-                       "Replace it with \"zemctl table init\".", kLibraryRefused});
+    throw CorruptEntry();
   }
   throw CallFailure("ZEMAPI_GetTableSize", ZEM_E_REFUSED,
                     {"ZEM_E_REFUSED", "the table store has no table " + HexNumber(id, 2),

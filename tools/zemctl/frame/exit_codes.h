@@ -19,4 +19,37 @@ enum ExitCode {
   kInterrupted = 12,
 };
 
+// What a code means, in a few words.
+constexpr const char* MeaningOf(ExitCode code) {
+  switch (code) {
+    case kDone:
+      return "done";
+    case kInternalError:
+      return "unexpected error";
+    case kUsageError:
+      return "wrong command line";
+    case kNoCamera:
+      return "no camera matches";
+    case kLibraryRefused:
+      return "the library refused";
+    case kCameraRefused:
+      return "the camera refused the command";
+    case kBufferTooSmall:
+      return "a buffer is too small";
+    case kTransferFailed:
+      return "a transfer failed (camera gone, control unknown)";
+    case kUnitAbsent:
+      return "the camera lacks the extension unit";
+    case kBadFile:
+      return "a file is not what it should be";
+    case kNotVerified:
+      return "what was written is not what is there";
+    case kCancelled:
+      return "the question was not answered with yes";
+    case kInterrupted:
+      return "stopped by the user in the middle of an update";
+  }
+  return "";
+}
+
 }  // namespace zemctl

@@ -1,30 +1,37 @@
 #include "tools/zemctl/frame/program.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "tools/zemctl/camera/simulator_module.h"
+#include "tools/zemctl/frame/outcome.h"
 #include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
 namespace {
 
-constexpr const char* kFooter =
-    "Exit codes:\n"
-    "  0 done                         5 the camera refused the command\n"
-    "  1 unexpected error             6 a buffer is too small\n"
-    "  2 wrong command line           7 a transfer failed (camera gone, control unknown)\n"
-    "  3 no camera matches            8 the camera lacks the extension unit\n"
-    "  4 the library refused          9 a file is not what it should be\n"
-    "                                10 what was written is not what is there\n"
-    "                                11 the question was not answered with yes\n"
-    "                                12 stopped by the user in the middle of an update";
+std::string Footer() {
+  std::string text = "Exit codes:";
+  for (int code = kDone; code <= kInterrupted; ++code) {
+    text += (code < 10 ? "\n   " : "\n  ") + std::to_string(code) + " " +
+            MeaningOf(static_cast<ExitCode>(code));
+  }
+  return text;
+}
+
+Failure WrongCommandLine(const std::string& message, const std::string& command) {
+  return {
+      kUsageError, message, "Run \"zemctl " + command + (command.empty() ? "" : " ") + "--help\".",
+      "",          "",      "",
+      ""};
+}
 
 }  // namespace
 
 Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi.dll.", "zemctl") {
   app_.require_subcommand(1);
   app_.fallthrough();
-  app_.footer(kFooter);
+  app_.footer(Footer());
   DeviceSelection& device = options_.device;
   const std::string group = "Which camera";
   app_.add_option("--index", device.index, "Position among the cameras with the same USB ids")
@@ -81,57 +88,75 @@ CLI::App* Program::AddCommand(CLI::App* parent, const std::string& name,
 
 int Program::Run(std::vector<std::string> arguments) {
   arguments.erase(arguments.begin());
+  // For a command line that cannot be understood.
+  options_.json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   std::reverse(arguments.begin(), arguments.end());
   try {
     app_.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    return app_.exit(error) == 0 ? kDone : kUsageError;
+    options_.command = GivenCommand();
+    return AnswerParseError(error);
   }
+  options_.command = GivenCommand();
+  Report report = Report::object();
   try {
-    return RunAction();
+    return RunAction(report);
+  } catch (const PartialFailure& partial) {
+    ShowFailure(options_, report, partial.failure());
+    return partial.failure().code;
   } catch (const CallFailure& failure) {
-    const ResultText& text = failure.text();
-    return PrintFailure(failure.what(), text.advice,
-                        {{"function", failure.function()},
-                         {"result", Hex(failure.result())},
-                         {"name", text.name},
-                         {"meaning", text.meaning}},
-                        text.exitCode);
+    return Fail(failure.failure());
   } catch (const ToolFailure& failure) {
-    return PrintFailure(failure.what(), failure.advice(), {{"meaning", failure.what()}},
-                        failure.exitCode());
+    return Fail(failure.failure());
   } catch (const UsageError& error) {
-    return PrintFailure(error.what(), "Run with --help.", {{"meaning", error.what()}}, kUsageError);
+    return Fail(WrongCommandLine(error.what(), options_.command));
   } catch (const std::exception& error) {
-    return PrintFailure(error.what(), "", {{"meaning", error.what()}}, kInternalError);
+    return Fail({kInternalError, error.what(), "", "", "", "", ""});
   }
 }
 
-int Program::RunAction() {
+std::string Program::GivenCommand() const {
+  std::string command;
+  const CLI::App* app = &app_;
+  while (!app->get_subcommands().empty()) {
+    app = app->get_subcommands().back();
+    command += (command.empty() ? "" : " ") + app->get_name();
+  }
+  return command;
+}
+
+int Program::AnswerParseError(const CLI::ParseError& error) {
+  if (error.get_exit_code() != 0) {
+    return Fail(WrongCommandLine(error.what(), options_.command));
+  }
+  const std::string help = app_.help();
+  if (options_.json) {
+    ShowReport(options_, {{"help", help}});
+  } else {
+    std::fputs(help.c_str(), stdout);
+  }
+  return kDone;
+}
+
+int Program::RunAction(Report& report) {
   std::optional<SimulatorModule> simulator;
   if (options_.simulator) {
     simulator.emplace(options_.simulatorOptions, options_.simulatorFaults, options_.simulatorState);
   }
   const ComThread com;
-  Report report = Report::object();
   const int exitCode = chosen_(options_, report);
-  Print(stdout, report, options_.json);
+  if (exitCode == kDone) {
+    ShowReport(options_, report);
+  } else {
+    const auto code = static_cast<ExitCode>(exitCode);
+    ShowFailure(options_, report, {code, MeaningOf(code), "", "", "", "", ""});
+  }
   return exitCode;
 }
 
-int Program::PrintFailure(const std::string& message, const std::string& advice, Report details,
-                          int exitCode) const {
-  if (options_.json) {
-    details["advice"] = advice;
-    details["exitCode"] = exitCode;
-    Print(stdout, {{"error", details}}, true);
-    return exitCode;
-  }
-  std::fprintf(stderr, "zemctl: %s.\n", message.c_str());
-  if (!advice.empty()) {
-    std::fprintf(stderr, "  %s\n", advice.c_str());
-  }
-  return exitCode;
+int Program::Fail(const Failure& failure) const {
+  ShowFailure(options_, failure);
+  return failure.code;
 }
 
 }  // namespace zemctl

@@ -13,6 +13,8 @@
 namespace zemctl {
 
 struct Options {
+  // The command that runs, such as "rom read"; empty until it is known.
+  std::string command;
   DeviceSelection device;
   bool json = false;
   bool yes = false;
@@ -31,8 +33,9 @@ class Program {
 
   const Options& options() const { return options_; }
 
-  // What is done once the command line has been understood: fills the report and returns the exit
-  // code, or throws CallFailure or UsageError.
+  // What is done once the command line has been understood: fills the report and returns kDone,
+  // or the code whose meaning says enough of what is wrong. Throws CallFailure, ToolFailure or
+  // UsageError, and the report counts for nothing; or PartialFailure, and it stands.
   using Action = std::function<int(const Options&, Report&)>;
 
   // Adds a command to `parent`; `action` runs when it is the one that was given.
@@ -42,9 +45,11 @@ class Program {
   CLI::App& app() { return app_; }
 
  private:
-  int RunAction();
-  int PrintFailure(const std::string& message, const std::string& advice, Report details,
-                   int exitCode) const;
+  // The command that was given, as far as it was understood: "reg get".
+  std::string GivenCommand() const;
+  int AnswerParseError(const CLI::ParseError& error);
+  int RunAction(Report& report);
+  int Fail(const Failure& failure) const;
 
   CLI::App app_;
   Options options_;

@@ -1,12 +1,25 @@
 #include "tools/zemctl/frame/report.h"
 
 #include <algorithm>
+#include <cctype>
 #include <vector>
 
 namespace zemctl {
 namespace {
 
+constexpr const char* kUnread = "not read";
+
+bool IsUnread(const Report& value) {
+  return value.is_object() && value.size() == 1 && value.contains(kUnread);
+}
+
 std::string TextOf(const Report& value) {
+  if (value.is_null()) {
+    return "";
+  }
+  if (IsUnread(value)) {
+    return std::string(kUnread) + ": " + value[kUnread].get<std::string>();
+  }
   if (value.is_string()) {
     return value.get<std::string>();
   }
@@ -53,13 +66,53 @@ void PrintTable(std::FILE* out, const Report& rows) {
   }
 }
 
+// "max kbit/s" is max_kbit_s.
+std::string KeyOf(const std::string& name) {
+  std::string key = name;
+  for (char& character : key) {
+    const auto code = static_cast<unsigned char>(character);
+    character = std::isalnum(code) != 0 ? static_cast<char>(std::tolower(code)) : '_';
+  }
+  return key;
+}
+
+Report JsonOf(const Report& value) {
+  if (value.is_array()) {
+    Report items = Report::array();
+    for (const Report& item : value) {
+      items.push_back(JsonOf(item));
+    }
+    return items;
+  }
+  if (!value.is_object()) {
+    return value;
+  }
+  Report members = Report::object();
+  Report unread = Report::object();
+  for (const auto& [name, member] : value.items()) {
+    if (IsUnread(member)) {
+      unread[KeyOf(name)] = member[kUnread];
+      members[KeyOf(name)] = nullptr;
+    } else {
+      members[KeyOf(name)] = JsonOf(member);
+    }
+  }
+  if (!unread.empty()) {
+    members["not_read"] = unread;
+  }
+  return members;
+}
+
 }  // namespace
 
-void Print(std::FILE* out, const Report& report, bool asJson) {
-  if (asJson) {
-    std::fprintf(out, "%s\n", report.dump(2, ' ', false, Report::error_handler_t::replace).c_str());
-    return;
-  }
+Report Unread(const std::string& why) { return {{kUnread, why}}; }
+
+void PrintJson(std::FILE* out, const Report& report) {
+  std::fprintf(out, "%s\n",
+               JsonOf(report).dump(2, ' ', false, Report::error_handler_t::replace).c_str());
+}
+
+void PrintText(std::FILE* out, const Report& report) {
   std::size_t width = 0;
   for (const auto& [name, value] : report.items()) {
     width = std::max(width, IsTable(value) ? 0 : name.size());

@@ -55,6 +55,11 @@ CallFailure::CallFailure(const std::string& function, ZemResult result, ResultTe
       result_(result),
       text_(std::move(text)) {}
 
+Failure CallFailure::failure() const {
+  return {text_.exitCode, text_.meaning, text_.advice, text_.cameraState,
+          function_,      Hex(result_),  text_.name};
+}
+
 void Check(const char* function, ZemResult result) {
   if (result < 0) {
     throw CallFailure(function, result);

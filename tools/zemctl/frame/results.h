@@ -15,12 +15,25 @@ struct ResultText {
   std::string meaning;  // one clause
   std::string advice;   // what to do next
   ExitCode exitCode;
+  std::string cameraState =
+      {};  // what state the camera is in, one clause; empty where none is told
 };
 
 ResultText Describe(ZemResult result);
 
 // "0x80000001"
 std::string Hex(ZemResult result);
+
+// Why a command did not do what it was asked for, in the parts in which it is told.
+struct Failure {
+  ExitCode code = kInternalError;
+  std::string message;      // one clause
+  std::string next;         // what to do next
+  std::string cameraState;  // as of ResultText
+  std::string function;     // what the library was asked; empty when it was not that
+  std::string result;       // what it said: "0x80000001",
+  std::string resultName;   // by its name
+};
 
 // A call of the library that failed, on its way to the terminal.
 class CallFailure : public std::runtime_error {
@@ -33,6 +46,7 @@ class CallFailure : public std::runtime_error {
   const std::string& function() const { return function_; }
   ZemResult result() const { return result_; }
   const ResultText& text() const { return text_; }
+  Failure failure() const;
 
  private:
   std::string function_;
@@ -47,15 +61,28 @@ void Check(const char* function, ZemResult result);
 // failed, a question answered with no.
 class ToolFailure : public std::runtime_error {
  public:
-  ToolFailure(ExitCode exitCode, const std::string& message, std::string advice)
-      : std::runtime_error(message), exitCode_(exitCode), advice_(std::move(advice)) {}
+  ToolFailure(ExitCode exitCode, const std::string& message, const std::string& advice,
+              const std::string& cameraState = "")
+      : std::runtime_error(message), failure_{exitCode, message, advice, cameraState, "", "", ""} {}
 
-  ExitCode exitCode() const { return exitCode_; }
-  const std::string& advice() const { return advice_; }
+  ExitCode exitCode() const { return failure_.code; }
+  const std::string& advice() const { return failure_.next; }
+  const Failure& failure() const { return failure_; }
 
  private:
-  ExitCode exitCode_;
-  std::string advice_;
+  Failure failure_;
+};
+
+// A failure beside which the report stands: what could be had is shown, and what failed.
+class PartialFailure : public std::runtime_error {
+ public:
+  explicit PartialFailure(const Failure& failure)
+      : std::runtime_error(failure.message), failure_(failure) {}
+
+  const Failure& failure() const { return failure_; }
+
+ private:
+  Failure failure_;
 };
 
 // Arguments that are wrong in a way that only the command can see.

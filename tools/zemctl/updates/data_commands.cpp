@@ -65,8 +65,7 @@ int Send(const Options& options, const DataArguments& arguments, Report& report)
     throw ToolFailure(
         kTransferFailed,
         "the camera stopped taking the data at " + std::to_string(image.sentPercent()) + " %",
-        "The camera holds part of the data and has burned nothing. Next: run this "
-        "command once more.");
+        "run this command once more.", "it holds part of the data and has burned nothing");
   }
   progress.Complete();
   report["sent"] = true;

@@ -3,13 +3,13 @@
 #include <array>
 #include <memory>
 
-#include "tools/zemctl/camera/answers.h"
 #include "tools/zemctl/camera/camera_wait.h"
 #include "tools/zemctl/camera/rehearsal.h"
 #include "tools/zemctl/camera/simulator_module.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/confirm.h"
 #include "tools/zemctl/frame/files.h"
+#include "tools/zemctl/frame/outcome.h"
 #include "tools/zemctl/frame/program.h"
 #include "tools/zemctl/frame/progress.h"
 #include "tools/zemctl/frame/results.h"
@@ -91,21 +91,12 @@ std::optional<std::uint8_t> ReadTransferStatus(const Session& session) {
   return read.result >= 0 && !read.loss && moved > 0 ? std::optional(status[0]) : std::nullopt;
 }
 
-std::string Sentence(const CameraState& state) {
-  return "Camera: " + state.state + ". Next: " + state.next + ".";
-}
-
 [[noreturn]] void Stop(const Options& options, const ImageTransfers& image) {
-  const std::string sentence = Sentence(StateWhenStopped(image));
-  if (options.json) {
-    Print(
-        stdout,
-        {{"error",
-          {{"meaning", "stopped by the user"}, {"advice", sentence}, {"exitCode", kInterrupted}}}},
-        true);
-  } else {
-    std::fprintf(stderr, "\nzemctl: stopped by the user.\n  %s\n", sentence.c_str());
-  }
+  const CameraState state = StateWhenStopped(image);
+  // Behind the line of the progress.
+  std::fputc('\n', stderr);
+  ShowFailure(options,
+              {kInterrupted, "stopped by the user", state.next + ".", state.state, "", "", ""});
   SimulatorModule::StopRunning();
   std::fflush(nullptr);
   std::_Exit(kInterrupted);
@@ -126,7 +117,8 @@ void CheckOutcome(const ImageProcedure& procedure, const CallOutcome& outcome,
   } else if (outcome.loss && text.exitCode != kTransferFailed) {
     text = DescribeLoss(outcome.result, *outcome.loss);
   }
-  text.advice = Sentence(*state);
+  text.cameraState = state->state;
+  text.advice = state->next + ".";
   throw CallFailure(procedure.function, outcome.result, text);
 }
 
@@ -137,7 +129,7 @@ std::string VersionBefore(const Session& session) {
   } catch (const CallFailure& failure) {
     if (failure.text().exitCode == kTransferFailed) {
       ResultText text = failure.text();
-      text.advice = "Nothing was sent: the camera keeps what it had. " + text.advice;
+      text.cameraState = "nothing was sent, it keeps what it had";
       throw CallFailure(failure.function(), failure.result(), text);
     }
     return "not told";
@@ -148,7 +140,7 @@ std::string VersionBefore(const Session& session) {
 struct Proof {
   std::string words = "the camera reports the burn done";
   bool isProven = false;
-  ExitCode exitCode = kDone;
+  std::optional<Failure> failure;  // to look at it
 
   void Add(const std::string& more) { words += "; " + more; }
 };
@@ -161,8 +153,9 @@ void VerifyCheckSum(const Session& session, Proof& proof) {
     proof.Add("its firmware check sum is right");
   } catch (const CallFailure& failure) {
     if (failure.text().exitCode == kTransferFailed) {
-      proof.Add("its firmware check sum was " + NotRead(failure));
-      proof.exitCode = kTransferFailed;
+      proof.Add(std::string("its firmware check sum was not read: ") + failure.what());
+      proof.failure = failure.failure();
+      proof.failure->cameraState = "it reports the burn done; only its check sum is not known";
     } else if (failure.result() == ZEM_E_DEVICE_REFUSED) {
       throw ToolFailure(
           kNotVerified, "the camera says that the check sum of its firmware is wrong",
@@ -182,10 +175,9 @@ void VerifyReadBack(const Session& session, std::uint32_t address, const Bytes& 
     flash = ReadFlash(session, address, size, progress);
   } catch (const CallFailure& failure) {
     ResultText text = failure.text();
-    text.advice =
-        "Camera: it reports the burn done; only reading back failed. Next: compare with \"zemctl "
-        "flash read " +
-        HexNumber(address, 6) + " " + std::to_string(size) + " FILE\".";
+    text.cameraState = "it reports the burn done; only reading back failed";
+    text.advice = "compare with \"zemctl flash read " + HexNumber(address, 6) + " " +
+                  std::to_string(size) + " FILE\".";
     throw CallFailure(failure.function(), failure.result(), text);
   }
   if (const auto at = FirstDifference(image, flash)) {
@@ -250,7 +242,10 @@ int Update(const Options& options, const UpdateArguments& arguments,
   if (procedure.isFirmware) {
     report["next"] = "restart the camera; \"zemctl info\" then shows the new version";
   }
-  return proof.exitCode;
+  if (proof.failure) {
+    throw PartialFailure(*proof.failure);
+  }
+  return kDone;
 }
 
 }  // namespace
