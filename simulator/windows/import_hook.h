@@ -39,6 +39,9 @@ class ImportHook {
   // Whether `module` imports a function of this name.
   static bool IsPossible(HMODULE module, const char* name);
 
+  // What the import led to before.
+  FARPROC original() const { return reinterpret_cast<FARPROC>(original_); }
+
  private:
   void Write(ULONGLONG function) const;
 

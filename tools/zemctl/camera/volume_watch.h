@@ -1,0 +1,61 @@
+// The volumes that the library opens: which of its calls go to one, and what each command was. The
+// file beside it that is named after the system brings the calls here.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "tools/zemctl/camera/scsi_record.h"
+
+namespace zemctl {
+
+// What stands in for the system's volumes, such as a replayed trace.
+class VolumeSource {
+ public:
+  VolumeSource() = default;
+  virtual ~VolumeSource() = default;
+  VolumeSource(const VolumeSource&) = delete;
+  VolumeSource& operator=(const VolumeSource&) = delete;
+
+  // Whether the volume can be opened now.
+  virtual bool IsThere(const std::string& drive) = 0;
+  // Carries a command out, drive, CDB, direction, length and data to be sent being given.
+  virtual void Execute(ScsiCommand& command) = 0;
+};
+
+class VolumeWatch {
+ public:
+  explicit VolumeWatch(ScsiRecord& record) : record_(record) {}
+
+  // "F:" for \\.\f: and the like; nothing for any other file.
+  static std::optional<std::string> DriveOf(std::wstring_view path);
+
+  // The library has opened the volume, which then is known by this handle, or closed it.
+  void Opened(const void* handle, const std::string& drive);
+  void Closed(const void* handle) { drives_.erase(handle); }
+  bool Knows(const void* handle) const { return drives_.contains(handle); }
+
+  // A pass-through request on a known handle. `send` hands it to the system and returns its error,
+  // or 0; it is not called once the gate is shut. The error of the request, or 0.
+  std::uint32_t Control(const void* handle, void* block,
+                        const std::function<std::uint32_t()>& send);
+
+  // The same for a source.
+  std::uint32_t Control(const void* handle, void* block, VolumeSource& source);
+
+  // Waits for the library, as long as it makes sense; `pause` lets so many milliseconds pass.
+  void Sleep(std::uint32_t milliseconds, const std::function<void(std::uint32_t)>& pause) const;
+
+  ScsiRecord& record() const { return record_; }
+
+ private:
+  ScsiRecord& record_;
+  std::map<const void*, std::string> drives_;
+};
+
+}  // namespace zemctl

@@ -1,0 +1,121 @@
+// The library's imports of the calls by which it reaches volumes on Windows.
+#include <windows.h>
+
+#include <cstdint>
+#include <memory>
+#include <set>
+
+#include "simulator/windows/import_hook.h"
+#include "tools/zemctl/camera/watched_volumes.h"
+
+namespace zemctl {
+namespace {
+
+using zem::simulator::AsImport;
+using zem::simulator::HeldModule;
+using zem::simulator::ImportHook;
+
+// The present watch, and what the imports led to before: the system, or simulated volumes.
+struct Watching {
+  VolumeWatch watch;
+  VolumeSource* source;
+  decltype(&CreateFileW) open;
+  decltype(&DeviceIoControl) control;
+  decltype(&CloseHandle) close;
+  decltype(&Sleep) sleep;
+  // Handles to a source's volumes are addresses in here.
+  std::set<std::unique_ptr<char>> handles;
+};
+Watching* watching = nullptr;
+
+HANDLE Refuse(DWORD error) {
+  SetLastError(error);
+  return INVALID_HANDLE_VALUE;
+}
+
+HANDLE WINAPI OpenWatched(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                          DWORD creation, DWORD flags, HANDLE pattern) {
+  const auto drive = path != nullptr ? VolumeWatch::DriveOf(path) : std::optional<std::string>();
+  if (!drive) {
+    return watching->open(path, access, share, security, creation, flags, pattern);
+  }
+  if (!watching->watch.record().MayOpen(*drive)) {
+    return Refuse(ERROR_FILE_NOT_FOUND);
+  }
+  HANDLE handle = INVALID_HANDLE_VALUE;
+  if (watching->source != nullptr) {
+    if (!watching->source->IsThere(*drive)) {
+      return Refuse(ERROR_FILE_NOT_FOUND);
+    }
+    handle = watching->handles.insert(std::make_unique<char>()).first->get();
+  } else {
+    handle = watching->open(path, access, share, security, creation, flags, pattern);
+  }
+  if (handle != INVALID_HANDLE_VALUE) {
+    watching->watch.Opened(handle, *drive);
+  }
+  return handle;
+}
+
+BOOL WINAPI ControlWatched(HANDLE handle, DWORD code, LPVOID input, DWORD inputSize, LPVOID output,
+                           DWORD outputSize, LPDWORD returned, LPOVERLAPPED overlapped) {
+  if (!watching->watch.Knows(handle) || input == nullptr) {
+    return watching->control(handle, code, input, inputSize, output, outputSize, returned,
+                             overlapped);
+  }
+  const std::uint32_t error =
+      watching->source != nullptr
+          ? watching->watch.Control(handle, input, *watching->source)
+          : watching->watch.Control(handle, input, [&] {
+              return watching->control(handle, code, input, inputSize, output, outputSize, returned,
+                                       overlapped) != FALSE
+                         ? std::uint32_t{0}
+                         : std::uint32_t{GetLastError()};
+            });
+  SetLastError(error);
+  return error == 0 ? TRUE : FALSE;
+}
+
+BOOL WINAPI CloseWatched(HANDLE handle) {
+  const bool isSource = watching->source != nullptr && watching->watch.Knows(handle);
+  watching->watch.Closed(handle);
+  return isSource ? TRUE : watching->close(handle);
+}
+
+void WINAPI SleepWatched(DWORD milliseconds) {
+  watching->watch.Sleep(milliseconds, [](std::uint32_t some) { watching->sleep(some); });
+}
+
+template <class Function>
+Function* Before(const ImportHook& hook) {
+  return reinterpret_cast<Function*>(reinterpret_cast<void*>(hook.original()));
+}
+
+}  // namespace
+
+struct WatchedVolumes::Hooks {
+  HeldModule library = zem::simulator::HoldLibrary();
+  ImportHook open{library.get(), "CreateFileW", AsImport(OpenWatched)};
+  ImportHook control{library.get(), "DeviceIoControl", AsImport(ControlWatched)};
+  ImportHook close{library.get(), "CloseHandle", AsImport(CloseWatched)};
+  ImportHook sleep{library.get(), "Sleep", AsImport(SleepWatched)};
+};
+
+WatchedVolumes::WatchedVolumes(ScsiRecord& record, VolumeSource* source)
+    : hooks_(std::make_unique<Hooks>()) {
+  watching = new Watching{VolumeWatch(record),
+                          source,
+                          Before<decltype(CreateFileW)>(hooks_->open),
+                          Before<decltype(DeviceIoControl)>(hooks_->control),
+                          Before<decltype(CloseHandle)>(hooks_->close),
+                          Before<decltype(Sleep)>(hooks_->sleep),
+                          {}};
+}
+
+WatchedVolumes::~WatchedVolumes() {
+  hooks_.reset();
+  delete watching;
+  watching = nullptr;
+}
+
+}  // namespace zemctl
