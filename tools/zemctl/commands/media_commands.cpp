@@ -70,7 +70,7 @@ const Layout kLayouts[] = {
 // Checks what the library wrote, since its own result says no more than yes or no.
 void ShowWritten(const char* function, std::int32_t written, const std::string& path,
                  std::size_t expected, Report& report) {
-  if (written != 1 || ReadInputFile(path).size() != expected) {
+  if (written != 1 || SizeOfFile(path) != expected) {
     throw ToolFailure(kBadFile, std::string(function) + ": " + path + " could not be written",
                       "Check the path and the space on the disk.");
   }
@@ -82,15 +82,16 @@ int WritePicture(const PictureArguments& arguments, Report& report) {
   const Layout& layout =
       *std::find_if(std::begin(kLayouts), std::end(kLayouts),
                     [&](const Layout& known) { return known.name == arguments.layout; });
-  const std::vector<unsigned char> frame = ReadInputFile(arguments.input);
+  const std::uint64_t size = SizeOfFile(arguments.input);
   const std::uint64_t pixels = std::uint64_t{arguments.width} * arguments.height;
   const std::uint64_t expected = layout.frameBytes(pixels);
-  if (frame.size() != expected) {
+  if (size != expected) {
     throw ToolFailure(kBadFile,
-                      arguments.input + " has " + std::to_string(frame.size()) +
+                      arguments.input + " has " + std::to_string(size) +
                           " bytes, but such a frame has " + std::to_string(expected),
                       "Check the layout, the width and the height. Nothing was written.");
   }
+  const std::vector<unsigned char> frame = ReadInputFile(arguments.input, size);
   const std::int32_t written = layout.convert(Widen(arguments.output).c_str(), frame.data(),
                                               arguments.width, arguments.height);
   ShowWritten(layout.function, written, arguments.output, static_cast<std::size_t>(pixels * 3 + 54),
@@ -102,7 +103,7 @@ int WritePicture(const PictureArguments& arguments, Report& report) {
 }
 
 int WriteSound(const SoundArguments& arguments, Report& report) {
-  const std::size_t size = ReadInputFile(arguments.input).size();
+  const std::uint64_t size = SizeOfFile(arguments.input);
   const unsigned frameBytes = arguments.channels * arguments.bitsPerSample / 8U;
   if (size == 0 || size % frameBytes != 0) {
     throw ToolFailure(kBadFile,

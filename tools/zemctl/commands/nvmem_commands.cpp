@@ -26,12 +26,13 @@ struct NvmemArguments {
   bool dryRun = false;
 
   bool isTirella() const { return unit == "tirella"; }
+  // Of the memory's addresses.
+  std::uint32_t end() const { return isTirella() ? kTirellaSize : kVendorAddresses; }
 };
 
 void RequireInside(const NvmemArguments& arguments, std::uint64_t length) {
-  const std::uint32_t end = arguments.isTirella() ? kTirellaSize : kVendorAddresses;
-  if (arguments.address + length > end) {
-    throw UsageError("the memory's addresses end at " + HexNumber(end - 1, 4));
+  if (arguments.address + length > arguments.end()) {
+    throw UsageError("the memory's addresses end at " + HexNumber(arguments.end() - 1, 4));
   }
 }
 
@@ -72,7 +73,7 @@ int ReadNvmem(const Options& options, const NvmemArguments& arguments, Report& r
 }
 
 std::vector<unsigned char> BytesToWrite(const NvmemArguments& arguments) {
-  std::vector<unsigned char> bytes = TakePayload(arguments.bytes, arguments.input);
+  std::vector<unsigned char> bytes = TakePayload(arguments.bytes, arguments.input, arguments.end());
   if (bytes.empty()) {
     throw ToolFailure(kBadFile, "there are no bytes to write", "Nothing was sent.");
   }

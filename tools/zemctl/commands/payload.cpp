@@ -7,11 +7,11 @@
 namespace zemctl {
 
 std::vector<unsigned char> TakePayload(const std::vector<std::string>& words,
-                                       const std::string& input) {
+                                       const std::string& input, std::uint64_t most) {
   if (input.empty() == words.empty()) {
     throw UsageError("give either bytes or --input");
   }
-  return input.empty() ? ParseBytes(words) : ReadInputFile(input);
+  return input.empty() ? ParseBytes(words) : ReadInputFile(input, most);
 }
 
 void ShowPayload(std::span<const unsigned char> bytes, const std::string& output, Report& report) {

@@ -152,7 +152,7 @@ int ShowTable(const Options& options, const TableArguments& arguments, Report& r
 }
 
 int WriteTable(const Options& options, const TableArguments& arguments, Report& report) {
-  const std::vector<unsigned char> data = TakePayload(arguments.bytes, arguments.input);
+  const std::vector<unsigned char> data = TakePayload(arguments.bytes, arguments.input, kImageSize);
   const Session session(options.device);
   const std::size_t size = ReadTable(TableStore(session), arguments.id).size();
   if (data.size() != size) {
@@ -189,13 +189,14 @@ int DumpTables(const Options& options, const TableArguments& arguments, Report& 
 // The image in a file, unless the camera would not take it for one or could not be searched with
 // it.
 std::vector<unsigned char> ReadImageFile(const std::string& path, Report& report) {
-  std::vector<unsigned char> image = ReadInputFile(path);
   const auto refuse = [&path](const std::string& why) {
     throw ToolFailure(kBadFile, path + " " + why, "Nothing was sent.");
   };
-  if (image.size() < kHeaderSize || image.size() > kImageSize) {
-    refuse("is no table store: it has " + std::to_string(image.size()) + " bytes");
+  const std::uint64_t size = SizeOfFile(path);
+  if (size < kHeaderSize || size > kImageSize) {
+    refuse("is no table store: it has " + std::to_string(size) + " bytes");
   }
+  std::vector<unsigned char> image = ReadInputFile(path, size);
   if (image[0] != kImageMark) {
     refuse("is no table store: it does not begin with 0xEE");
   }

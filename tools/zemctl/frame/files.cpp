@@ -1,7 +1,7 @@
 #include "tools/zemctl/frame/files.h"
 
-#include <array>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 #include "tools/zemctl/frame/bytes.h"
@@ -19,23 +19,32 @@ File Open(const std::string& path, const wchar_t* mode) {
   return File(_wfopen(Widen(path).c_str(), mode));
 }
 
-[[noreturn]] void Refuse(const std::string& path, const char* why, const char* advice) {
+[[noreturn]] void Refuse(const std::string& path, const std::string& why, const char* advice) {
   throw ToolFailure(kBadFile, path + " " + why, advice);
 }
 
 }  // namespace
 
-std::vector<unsigned char> ReadInputFile(const std::string& path) {
-  const File file = Open(path, L"rb");
-  if (!file) {
+std::uint64_t SizeOfFile(const std::string& path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(Widen(path), error);
+  if (error) {
     Refuse(path, "cannot be opened", "Check the path. Nothing was sent.");
   }
-  std::vector<unsigned char> bytes;
-  std::array<unsigned char, 65536> piece = {};
-  while (const std::size_t read = std::fread(piece.data(), 1, piece.size(), file.get())) {
-    bytes.insert(bytes.end(), piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(read));
+  return size;
+}
+
+std::vector<unsigned char> ReadInputFile(const std::string& path, std::uint64_t most) {
+  const std::uint64_t size = SizeOfFile(path);
+  if (size > most) {
+    Refuse(path,
+           "has " + std::to_string(size) + " bytes, more than the " + std::to_string(most) +
+               " that can be used",
+           "Nothing was sent.");
   }
-  if (std::ferror(file.get()) != 0) {
+  const File file = Open(path, L"rb");
+  std::vector<unsigned char> bytes(static_cast<std::size_t>(size));
+  if (!file || std::fread(bytes.data(), 1, bytes.size(), file.get()) != bytes.size()) {
     Refuse(path, "cannot be read", "Nothing was sent.");
   }
   return bytes;

@@ -13,9 +13,14 @@ namespace {
 // The body's address that leaves the header of a Linux package as it is.
 constexpr unsigned kAddressOfHeader = 0xFFFFFFFF;
 
+// Bytes that 32-bit addresses reach, and those before the data of an image or a package.
+constexpr std::uint64_t kMostStorage = 1ULL << 32;
+constexpr std::uint64_t kMostHeader = 18;
+
 struct Method {
   const char* name;
   bool takesAddress;
+  std::uint64_t longest;  // file that can be burned so, at address 0
   const char* function;
   BurnPlan (*plan)(const Bytes& file, const BurnRequest& request);
   ZemResult (*burn)(void* session, const wchar_t* path, const BurnRequest& request,
@@ -23,22 +28,22 @@ struct Method {
 };
 
 const std::array<Method, kBurnMethods.size()> kMethods = {{
-    {"image", true, "ZEMROMAPI_BurnFw",
+    {"image", true, kMostStorage + kMostHeader, "ZEMROMAPI_BurnFw",
      [](const Bytes& file, const BurnRequest& request) { return PlanImage(file, request.address); },
      [](void* session, const wchar_t* path, const BurnRequest&, unsigned* address) {
        return ZEMROMAPI_BurnFw(session, path, address);
      }},
-    {"package", false, "ZEMROMAPI_BurnPcCamFw",
+    {"package", false, kMostStorage + kMostHeader, "ZEMROMAPI_BurnPcCamFw",
      [](const Bytes& file, const BurnRequest&) { return PlanPackage(file); },
      [](void* session, const wchar_t* path, const BurnRequest&, unsigned* address) {
        return ZEMROMAPI_BurnPcCamFw(session, path, address);
      }},
-    {"package-v2", false, "ZEMROMAPI_BurnPcCamFwPnsV2",
+    {"package-v2", false, kMostStorage + kMostHeader, "ZEMROMAPI_BurnPcCamFwPnsV2",
      [](const Bytes& file, const BurnRequest&) { return PlanPackageV2(file); },
      [](void* session, const wchar_t* path, const BurnRequest&, unsigned* address) {
        return ZEMROMAPI_BurnPcCamFwPnsV2(session, path, address);
      }},
-    {"linux", true, "ZEMROMAPI_UpdateLinuxFwPkg",
+    {"linux", true, kMostStorage, "ZEMROMAPI_UpdateLinuxFwPkg",
      [](const Bytes& file, const BurnRequest& request) {
        return PlanLinux(file, request.address, request.bodyAddress);
      },
@@ -46,14 +51,14 @@ const std::array<Method, kBurnMethods.size()> kMethods = {{
        return ZEMROMAPI_UpdateLinuxFwPkg(
            session, path, request.bodyAddress.value_or(kAddressOfHeader), request.address);
      }},
-    {"partial", true, "ZEMROMAPI_PartialUpdate",
+    {"partial", true, kMostStorage, "ZEMROMAPI_PartialUpdate",
      [](const Bytes& file, const BurnRequest& request) {
        return PlanPartial(file, request.address);
      },
      [](void* session, const wchar_t* path, const BurnRequest&, unsigned* address) {
        return ZEMROMAPI_PartialUpdate(session, path, address);
      }},
-    {"partial-with-header", true, "ZEMROMAPI_PartialUpdateWithHeader",
+    {"partial-with-header", true, kMostStorage, "ZEMROMAPI_PartialUpdateWithHeader",
      [](const Bytes& file, const BurnRequest& request) {
        return PlanPartialWithHeader(file, request.address);
      },
@@ -85,7 +90,7 @@ BurnPlan PlanOf(const BurnRequest& request) {
   if (request.bodyAddress == kAddressOfHeader) {
     throw UsageError("no body begins at 0xFFFFFFFF");
   }
-  return ParseInputFile(request.path,
+  return ParseInputFile(request.path, method.longest - request.address,
                         [&](const Bytes& file) { return method.plan(file, request); });
 }
 

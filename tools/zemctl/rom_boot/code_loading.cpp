@@ -6,8 +6,16 @@
 #include "tools/zemctl/frame/files.h"
 
 namespace zemctl {
+namespace {
 
-std::uint32_t CodeSizeOf(const std::string& path) { return ParseInputFile(path, CodeSize); }
+// A code image: what the boot loader takes, and an 18-byte header.
+constexpr std::uint64_t kLongestCode = 0x7FFFFFFF + 18ULL;
+
+}  // namespace
+
+std::uint32_t CodeSizeOf(const std::string& path) {
+  return ParseInputFile(path, kLongestCode, CodeSize);
+}
 
 // The library reports success also when nothing came back, or the same boot loader: a new search
 // tells.

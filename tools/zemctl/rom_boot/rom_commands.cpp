@@ -138,7 +138,7 @@ int SendCommand(const Options& options, const CommandArguments& arguments, Repor
   if (reads) {
     data.resize(arguments.bytesToRead);
   } else if (!arguments.fileToSend.empty()) {
-    data = ReadInputFile(arguments.fileToSend);
+    data = ReadInputFile(arguments.fileToSend, 0xFFFFFFFF);
   }
   if (!reads) {
     Confirm(options, "The raw command " + HexText(cdb) + " with " + std::to_string(data.size()) +

@@ -16,6 +16,10 @@
 namespace zemctl {
 namespace {
 
+// What 32-bit addresses reach, in memory and in a package.
+constexpr std::uint64_t kMostMemory = 1ULL << 32;
+constexpr std::uint64_t kLongestPackage = 1ULL << 32;
+
 struct CodeArguments {
   RomSelection selection;
   std::string file;
@@ -61,8 +65,8 @@ int LoadMiniUvc(const Options& options, const CodeArguments& arguments, Report& 
 }
 
 int LoadMemory(const Options& /*options*/, const MemoryArguments& arguments, Report& report) {
-  const BurnPlan plan =
-      ParseInputFile(arguments.file, [](const Bytes& file) { return PlanPartial(file, 0); });
+  const BurnPlan plan = ParseInputFile(arguments.file, kMostMemory,
+                                       [](const Bytes& file) { return PlanPartial(file, 0); });
   const RomSession session = RomSession::Open(arguments.selection);
   if (arguments.address) {
     CheckRom("ZEMROMAPI_SetFwDownloadAddr",
@@ -83,7 +87,8 @@ int LoadMemory(const Options& /*options*/, const MemoryArguments& arguments, Rep
 
 // The library writes both files into the current folder.
 int Unpack(const Options& options, const PackageArguments& arguments, Report& report) {
-  const std::vector<PackageSection> sections = ParseInputFile(arguments.file, SectionsOf);
+  const std::vector<PackageSection> sections =
+      ParseInputFile(arguments.file, kLongestPackage, SectionsOf);
   std::array<wchar_t, MAX_PATH> package = {};
   GetFullPathNameW(Widen(arguments.file).c_str(), MAX_PATH, package.data(), nullptr);
   if (SetCurrentDirectoryW(Widen(arguments.folder).c_str()) == FALSE) {
@@ -100,7 +105,7 @@ int Unpack(const Options& options, const PackageArguments& arguments, Report& re
   CheckRom("ZEMROMAPI_DispackZemPcCamFw", ZEMROMAPI_DispackZemPcCamFw(nullptr, package.data()));
   for (const PackageSection& section : sections) {
     // 18 bytes of image header and a header block stand before the payload.
-    if (ReadInputFile(section.file).size() != 18 + 4096 + std::size_t{section.payloadSize}) {
+    if (SizeOfFile(section.file) != 18 + 4096 + std::uint64_t{section.payloadSize}) {
       throw ToolFailure(kBadFile, section.file + " was not written whole",
                         "Check that the folder can be written to.");
     }

@@ -32,10 +32,11 @@ struct DataArguments {
 using Bytes = std::vector<unsigned char>;
 
 int Send(const Options& options, const DataArguments& arguments, Report& report) {
-  Bytes data = ReadInputFile(arguments.file);
-  if (const auto why = Unfit(kSendData, data.size())) {
+  const std::uint64_t size = SizeOfFile(arguments.file);
+  if (const auto why = Unfit(kSendData, size)) {
     throw ToolFailure(kBadFile, arguments.file + " " + *why, "Nothing was sent.");
   }
+  Bytes data = ReadInputFile(arguments.file, size);
   const auto length = static_cast<std::uint32_t>(data.size());
   data.resize(data.size() + kLongestChunk);
   report["function"] = kSendData.function;

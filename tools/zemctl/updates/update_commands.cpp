@@ -34,14 +34,14 @@ struct UpdateArguments {
 using Bytes = std::vector<unsigned char>;
 
 Bytes ReadImage(const ImageProcedure& procedure, const UpdateArguments& arguments) {
-  Bytes image = ReadInputFile(arguments.file);
-  if (const auto why = Unfit(procedure, image.size())) {
+  const std::uint64_t size = SizeOfFile(arguments.file);
+  if (const auto why = Unfit(procedure, size)) {
     throw ToolFailure(kBadFile, arguments.file + " " + *why, "Nothing was sent.");
   }
-  if (arguments.verifyAt && *arguments.verifyAt + image.size() > 0x100000000ULL) {
+  if (arguments.verifyAt && *arguments.verifyAt + size > 0x100000000ULL) {
     throw UsageError("the image does not fit behind the address of --verify-at");
   }
-  return image;
+  return ReadInputFile(arguments.file, size);
 }
 
 void ReportImage(const ImageProcedure& procedure, const UpdateArguments& arguments,
