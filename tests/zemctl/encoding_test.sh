@@ -31,7 +31,7 @@ expect 2 'the block has no field "dwintervall"' $sim encoding probe dwintervall=
 expect 2 '"65536" is not a number of 2 bytes for wIndex' $sim encoding probe wIndex=65536
 expect 2 'dwQpPrime_I takes 3 numbers' $sim encoding set rate-control dwQpPrime_I=1,2,3,4
 expect 2 'is no control of the encoding unit' $sim encoding get nothing
-expect 2 'the encoding unit is reached on the default camera only' $sim --pid 0x8C00 encoding probe
+expect 0 'block:   probe' $sim --pid 0x8C00 encoding probe
 expect 7 'WREN_EuGet: the control could not be reached (ZEM_E_NO_DEVICE, 0x80000003)' $without \
   encoding get rate-control
 expect 7 'WREN_ProbeGet: the control could not be reached' $without \

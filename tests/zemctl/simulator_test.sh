@@ -40,8 +40,9 @@ for run in {1..20}; do
   status=0
   wait ${runs[run - 1]} || status=$?
   path=$(printf 'usb#vid_5a45&pid_%04x&mi_00#zem-simulator&0' $((0x1000 + run)))
-  if [ $status -ne 0 ] || [ "$(grep -c zem-simulator $work/list-"$run")" -ne 1 ] ||
-    ! grep -qE "^  Camera $run +yes .*$path" $work/list-"$run"; then
+  if [ $status -ne 0 ] || [ "$(grep -c '^  index:' $work/list-"$run")" -ne 1 ] ||
+    ! tr -d '\r' <$work/list-"$run" | grep -qF "  name:             Camera $run" ||
+    ! grep -qF "$path" $work/list-"$run"; then
     echo "run $run of twenty at once: status $status"
     cat $work/list-"$run"
     exit 1

@@ -26,7 +26,7 @@ std::string WaitForCamera(const DeviceSelection& device, unsigned seconds) {
   const ULONGLONG end = GetTickCount64() + 1000ULL * seconds;
   for (;;) {
     try {
-      return ReadVersion(Session(device));
+      return ReadVersion(Session(device, Use::kReading));
     } catch (const CallFailure& failure) {
       if (failure.text().exitCode != kNoCamera) {
         throw;

@@ -8,7 +8,6 @@
 
 #include "include/ZemUVCExtApi.h"
 #include "tools/zemctl/camera/judgement.h"
-#include "tools/zemctl/camera/system_devices.h"
 #include "tools/zemctl/camera/watched_camera.h"
 #include "tools/zemctl/frame/bytes.h"
 
@@ -35,6 +34,9 @@ void Judge(const char* function, const CallOutcome& outcome, const Session::Word
 
 // The library's export that finds a camera in the same way.
 const char* OpeningFunction(const DeviceSelection& selection) {
+  if (!selection.name.empty()) {
+    return "ZEMAPI_OpenDeviceBySourceFilter";
+  }
   if (!selection.displayName.empty()) {
     return "ZEMAPI_OpenDeviceByPath";
   }
@@ -44,8 +46,25 @@ const char* OpeningFunction(const DeviceSelection& selection) {
   return selection.vendorId || selection.productId ? "ZEMAPI_OpenDeviceEx" : "ZEMAPI_OpenDevice";
 }
 
-zem::ComPtr<IBaseFilter> Find(const DeviceSelection& selection) {
-  zem::ComPtr<IBaseFilter> camera;
+void RefuseDoubt(const DeviceSelection& selection) {
+  const std::vector<SystemDevice> candidates = ListMatches(selection);
+  if (selection.index || candidates.size() < 2) {
+    return;
+  }
+  std::string text =
+      std::to_string(candidates.size()) + " cameras fit, and none of them was chosen";
+  for (std::size_t index = 0; index < candidates.size(); ++index) {
+    text += "\n  --index " + std::to_string(index) + ": " + NameOf(candidates[index]);
+  }
+  throw ToolFailure(kNoCamera, text,
+                    "Nothing was sent. Choose with --index, --name, --path or --device-path.");
+}
+
+FoundCamera Find(const DeviceSelection& selection, Use use) {
+  if (use == Use::kWriting) {
+    RefuseDoubt(selection);
+  }
+  FoundCamera camera;
   Check(OpeningFunction(selection), FindCamera(selection, camera));
   return camera;
 }
@@ -56,8 +75,8 @@ ComThread::ComThread() { static_cast<void>(CoInitialize(nullptr)); }
 
 ComThread::~ComThread() { CoUninitialize(); }
 
-Session::Session(const DeviceSelection& selection) : Session(Find(selection)) {
-  if (selection.displayName.empty() && selection.devicePath.empty()) {
+Session::Session(const DeviceSelection& selection, Use use) : Session(Find(selection, use)) {
+  if (!selection.isNamed()) {
     return;
   }
   // A device that was named may be any.
@@ -70,9 +89,10 @@ Session::Session(const DeviceSelection& selection) : Session(Find(selection)) {
   }
 }
 
-Session::Session(zem::ComPtr<IBaseFilter> camera)
-    : record_(std::make_shared<TransferRecord>([] { return std::uint64_t{GetTickCount64()}; })),
-      object_(Watch(std::move(camera), record_)) {
+Session::Session(FoundCamera camera)
+    : device_(std::move(camera.device)),
+      record_(std::make_shared<TransferRecord>([] { return std::uint64_t{GetTickCount64()}; })),
+      object_(Watch(std::move(camera.object), record_)) {
   // Closing gives one back, and opening this way takes none.
   static_cast<void>(CoInitialize(nullptr));
   const ZemResult opened = ZEMAPI_OpenDeviceBySourceFilter(object_.get(), &handle_);

@@ -5,21 +5,18 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/com_ptr.h"
+#include "tools/zemctl/camera/system_devices.h"
 #include "tools/zemctl/camera/transfer_record.h"
 #include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
 
-struct DeviceSelection {
-  unsigned index = 0;
-  std::optional<unsigned> vendorId;
-  std::optional<unsigned> productId;
-  std::string displayName;
-  std::string devicePath;
-};
+// A camera that is written to must be the one that is meant: the selection has to leave no doubt.
+enum class Use { kReading, kWriting };
 
 // COM on this thread, for as long as it lives.
 class ComThread {
@@ -41,9 +38,10 @@ struct CallOutcome {
 // that it sees each transfer of each call.
 class Session {
  public:
-  // Throws CallFailure when the camera cannot be opened.
-  explicit Session(const DeviceSelection& selection);
-  explicit Session(zem::ComPtr<IBaseFilter> camera);
+  // Throws CallFailure when the camera cannot be opened, ToolFailure (kNoCamera) when it is to be
+  // written to and more than one fits.
+  Session(const DeviceSelection& selection, Use use);
+  explicit Session(zem::ComPtr<IBaseFilter> camera) : Session({{}, std::move(camera)}) {}
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -62,13 +60,20 @@ class Session {
   // As Call, for those that judge the outcome by themselves.
   CallOutcome Observe(const char* function, const Function& call) const;
 
+  // As the system lists it.
+  const SystemDevice& device() const { return device_; }
+
   const TransferRecord& record() const { return *record_; }
   void SetObserver(std::function<void(const Transfer&)> observer) const {
     record_->SetObserver(std::move(observer));
   }
 
  private:
+  explicit Session(FoundCamera camera);
+
   CallOutcome Observe(const char* function, const Function& call, void* device) const;
+
+  SystemDevice device_;
 
   std::shared_ptr<TransferRecord> record_;
   zem::ComPtr<IBaseFilter> object_;

@@ -1,6 +1,9 @@
 #include "tools/zemctl/camera/system_devices.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
+#include <cstdio>
 #include <cwchar>
 #include <functional>
 #include <stdexcept>
@@ -31,19 +34,55 @@ std::wstring ReadProperty(IPropertyBag* properties, const wchar_t* name) {
   return text;
 }
 
+// The number in four hexadecimal digits behind `mark`.
+std::optional<unsigned> IdBehind(std::string_view mark, std::string_view path) {
+  constexpr std::size_t kDigits = 4;
+  const std::size_t at = path.find(mark);
+  if (at == std::string_view::npos || path.size() < at + mark.size() + kDigits) {
+    return std::nullopt;
+  }
+  const std::string_view digits = path.substr(at + mark.size(), kDigits);
+  unsigned id = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + kDigits, id, 16);
+  return error == std::errc() && end == digits.data() + kDigits ? std::optional(id) : std::nullopt;
+}
+
+// A device path is \\?\usb#IDS#INSTANCE#{INTERFACE}: the system keeps where the device is plugged
+// in under its ids and instance. Where it does not, the instance differs from port to port.
+std::string PlaceOf(const std::wstring& devicePath) {
+  const std::size_t ids = devicePath.find(L'#');
+  const std::size_t instance = devicePath.find(L'#', ids + 1);
+  if (ids == std::wstring::npos || instance == std::wstring::npos) {
+    return "";
+  }
+  const std::size_t end = std::min(devicePath.find(L'#', instance + 1), devicePath.size());
+  const std::wstring instanceName = devicePath.substr(instance + 1, end - instance - 1);
+  const std::wstring key = L"SYSTEM\\CurrentControlSet\\Enum\\USB\\" +
+                           devicePath.substr(ids + 1, instance - ids - 1) + L"\\" + instanceName;
+  std::array<wchar_t, 256> place = {};
+  DWORD size = sizeof(place);
+  const LSTATUS read = RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"LocationInformation",
+                                    RRF_RT_REG_SZ, nullptr, place.data(), &size);
+  return Narrow(read == ERROR_SUCCESS ? place.data() : instanceName);
+}
+
 SystemDevice Describe(IMoniker* moniker) {
   SystemDevice device;
   wchar_t* displayName = nullptr;
   if (SUCCEEDED(moniker->GetDisplayName(nullptr, nullptr, &displayName))) {
-    device.displayName = displayName;
+    device.displayName = Narrow(displayName);
     CoTaskMemFree(displayName);
   }
   ComPtr<IPropertyBag> properties;
   if (SUCCEEDED(moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag,
                                        properties.ReceiveVoid()))) {
-    device.name = ReadProperty(properties.get(), L"FriendlyName");
-    device.devicePath = ReadProperty(properties.get(), L"DevicePath");
+    device.name = Narrow(ReadProperty(properties.get(), L"FriendlyName"));
+    const std::wstring devicePath = ReadProperty(properties.get(), L"DevicePath");
+    device.devicePath = Narrow(devicePath);
+    device.place = PlaceOf(devicePath);
   }
+  device.vendorId = IdBehind("vid_", device.displayName);
+  device.productId = IdBehind("pid_", device.displayName);
   return device;
 }
 
@@ -89,21 +128,45 @@ std::wstring IdPattern(const DeviceSelection& selection) {
   return pattern.data();
 }
 
-bool Matches(const SystemDevice& device, const DeviceSelection& selection,
-             const std::wstring& pattern) {
-  const std::wstring name = device.displayName.substr(0, kNameLength);
-  if (!selection.displayName.empty()) {
-    return zem::EqualIgnoringCase(name, Widen(selection.displayName).substr(0, kNameLength));
+// Decides which devices a selection fits.
+class Matcher {
+ public:
+  explicit Matcher(const DeviceSelection& selection)
+      : selection_(selection), pattern_(selection.isNamed() ? L"" : IdPattern(selection)) {}
+
+  bool Fits(const SystemDevice& device) const {
+    const std::wstring displayName = Widen(device.displayName).substr(0, kNameLength);
+    if (!selection_.displayName.empty()) {
+      return zem::EqualIgnoringCase(displayName,
+                                    Widen(selection_.displayName).substr(0, kNameLength));
+    }
+    if (!selection_.devicePath.empty()) {
+      return zem::EqualIgnoringCase(Widen(device.devicePath), Widen(selection_.devicePath));
+    }
+    if (!selection_.name.empty()) {
+      return zem::EqualIgnoringCase(Widen(device.name), Widen(selection_.name));
+    }
+    // The last position, where the pattern would end the name, does not count.
+    const std::size_t at = displayName.find(pattern_);
+    return at != std::wstring::npos && at + pattern_.size() < displayName.size();
   }
-  if (!selection.devicePath.empty()) {
-    return zem::EqualIgnoringCase(device.devicePath, Widen(selection.devicePath));
-  }
-  // The last position, where the pattern would end the name, does not count.
-  const std::size_t at = name.find(pattern);
-  return at != std::wstring::npos && at + pattern.size() < name.size();
-}
+
+ private:
+  const DeviceSelection& selection_;
+  std::wstring pattern_;
+};
 
 }  // namespace
+
+std::string NameOf(const SystemDevice& device) {
+  std::string text = '"' + device.name + '"';
+  if (device.vendorId && device.productId) {
+    std::array<char, 16> ids = {};
+    std::snprintf(ids.data(), ids.size(), " (%04x:%04x)", *device.vendorId, *device.productId);
+    text += ids.data();
+  }
+  return text + (device.place.empty() ? "" : " at " + device.place);
+}
 
 std::vector<SystemDevice> ListSystemDevices(DeviceCategory category) {
   std::vector<SystemDevice> devices;
@@ -114,17 +177,24 @@ std::vector<SystemDevice> ListSystemDevices(DeviceCategory category) {
   return devices;
 }
 
-ZemResult FindCamera(const DeviceSelection& selection, zem::ComPtr<IBaseFilter>& camera) {
-  const bool isNamed = !selection.displayName.empty() || !selection.devicePath.empty();
-  const std::wstring pattern = isNamed ? L"" : IdPattern(selection);
-  unsigned toSkip = isNamed ? 0 : selection.index;
+std::vector<SystemDevice> ListMatches(const DeviceSelection& selection) {
+  std::vector<SystemDevice> devices = ListSystemDevices(DeviceCategory::kVideoInput);
+  const Matcher matcher(selection);
+  std::erase_if(devices, [&](const SystemDevice& device) { return !matcher.Fits(device); });
+  return devices;
+}
+
+ZemResult FindCamera(const DeviceSelection& selection, FoundCamera& camera) {
+  const Matcher matcher(selection);
+  unsigned toSkip = selection.index.value_or(0);
   ZemResult result = ZEM_E_FAIL;
-  WalkSystemDevices(DeviceCategory::kVideoInput, [&](IMoniker* device) {
-    if (!Matches(Describe(device), selection, pattern)) {
+  WalkSystemDevices(DeviceCategory::kVideoInput, [&](IMoniker* moniker) {
+    SystemDevice device = Describe(moniker);
+    if (!matcher.Fits(device)) {
       return false;
     }
     ComPtr<IBaseFilter> found;
-    result = device->BindToObject(nullptr, nullptr, zem::IID_IBaseFilter, found.ReceiveVoid());
+    result = moniker->BindToObject(nullptr, nullptr, zem::IID_IBaseFilter, found.ReceiveVoid());
     if (result < 0 || !found) {
       result = result < 0 ? result : ZEM_E_FAIL;
       return true;
@@ -134,7 +204,7 @@ ZemResult FindCamera(const DeviceSelection& selection, zem::ComPtr<IBaseFilter>&
       result = ZEM_E_FAIL;
       return false;
     }
-    camera = std::move(found);
+    camera = {std::move(device), std::move(found)};
     return true;
   });
   return result;

@@ -29,7 +29,7 @@ std::vector<SystemDevice> ListMicrophones() {
 int List(const Options& /*options*/, Report& report) {
   Report rows = Report::array();
   for (const SystemDevice& microphone : ListMicrophones()) {
-    rows.push_back({{"name", Narrow(microphone.name)}, {"path", Narrow(microphone.displayName)}});
+    rows.push_back({{"name", microphone.name}, {"path", microphone.displayName}});
   }
   report["audio inputs"] = rows;
   return kDone;
@@ -58,11 +58,11 @@ class AudioInput {
 };
 
 int SetVolume(const Options& /*options*/, const AudioArguments& arguments, Report& report) {
-  const std::wstring name = arguments.microphone.empty() ? ListMicrophones().front().displayName
-                                                         : Widen(arguments.microphone);
-  const AudioInput input(name);
+  const std::string name =
+      arguments.microphone.empty() ? ListMicrophones().front().displayName : arguments.microphone;
+  const AudioInput input(Widen(name));
   Check("ZEMAPI_AudioSetVolume", ZEMAPI_AudioSetVolume(input.filter(), arguments.volume));
-  report["audio input"] = Narrow(name);
+  report["audio input"] = name;
   report["volume"] = arguments.volume;
   report["written"] = true;
   return kDone;

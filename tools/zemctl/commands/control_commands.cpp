@@ -163,7 +163,7 @@ Report UnreadControl(const Control& control, const CallFailure& failure) {
 }
 
 int ListControls(const Options& options, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   Report rows = Report::array();
   std::optional<Failure> first;
   for (const Control& control : kControls) {
@@ -203,7 +203,7 @@ struct ControlArguments {
 
 int GetControl(const Options& options, const ControlArguments& arguments, Report& report) {
   const Control& control = FindControl(arguments.name);
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   return ShowControl(session, control, report);
 }
 
@@ -214,7 +214,7 @@ int SetControl(const Options& options, const ControlArguments& arguments, Report
   if (!automatic && !CLI::detail::lexical_cast(arguments.value, setting.value)) {
     throw UsageError("\"" + arguments.value + "\" is neither a number nor auto");
   }
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   if (automatic) {
     setting = ReadSetting(session, control);
   }

@@ -1,5 +1,8 @@
 // zemctl list, zemctl info
 #include <array>
+#include <map>
+#include <optional>
+#include <utility>
 
 #include "tools/zemctl/camera/answers.h"
 #include "tools/zemctl/camera/camera_wait.h"
@@ -12,25 +15,52 @@
 namespace zemctl {
 namespace {
 
-// Whether the device with this display name has the vendor unit, asked by opening it.
-Report VendorUnitOf(const SystemDevice& device) {
+Report ReadSerial(const Session& session) {
+  std::array<unsigned char, 32> serial = {};
+  session.Call("ZEMAPI_GetSensorSN",
+               [&](void* device) { return ZEMAPI_GetSensorSN(device, serial.data()); });
+  return HexText(serial);
+}
+
+// What the device says of itself, if it is one that has the vendor unit.
+void AskDevice(const SystemDevice& device, Answers& answers, Report& row) {
   DeviceSelection selection;
-  selection.displayName = Narrow(device.displayName);
-  try {
-    const Session session(selection);
-    return true;
-  } catch (const CallFailure& failure) {
-    return failure.text().exitCode == kUnitAbsent ? Report(false) : Unread(failure.what());
+  selection.displayName = device.displayName;
+  std::optional<Session> session;
+  answers.AddTo(row, "vendor unit", [&]() -> Report {
+    try {
+      session.emplace(selection, Use::kReading);
+    } catch (const CallFailure& failure) {
+      if (failure.text().exitCode != kUnitAbsent) {
+        throw;
+      }
+    }
+    return session.has_value();
+  });
+  row["firmware version"] = nullptr;
+  row["serial number"] = nullptr;
+  if (session) {
+    answers.AddTo(row, "firmware version", [&]() -> Report { return ReadVersion(*session); });
+    answers.AddTo(row, "serial number", [&]() -> Report { return ReadSerial(*session); });
   }
 }
 
 int ListDevices(const Options& /*options*/, Report& report) {
   Report rows = Report::array();
+  Answers answers(report);
+  std::map<std::pair<unsigned, unsigned>, unsigned> counts;
   for (const SystemDevice& device : ListSystemDevices(DeviceCategory::kVideoInput)) {
-    rows.push_back({{"name", Narrow(device.name)},
-                    {"vendor unit", VendorUnitOf(device)},
-                    {"path", Narrow(device.displayName)},
-                    {"device path", Narrow(device.devicePath)}});
+    Report row = Report::object();
+    const bool hasIds = device.vendorId && device.productId;
+    row["index"] = hasIds ? Report(counts[{*device.vendorId, *device.productId}]++) : Report();
+    row["vendor id"] = hasIds ? Report(HexNumber(*device.vendorId, 4)) : Report();
+    row["product id"] = hasIds ? Report(HexNumber(*device.productId, 4)) : Report();
+    row["name"] = device.name;
+    row["place"] = device.place;
+    AskDevice(device, answers, row);
+    row["path"] = device.displayName;
+    row["device path"] = device.devicePath;
+    rows.push_back(row);
   }
   if (rows.empty()) {
     throw CallFailure("list", ZEM_E_FAIL,
@@ -38,7 +68,7 @@ int ListDevices(const Options& /*options*/, Report& report) {
                        "Plug a camera in, or try a simulated one with --simulator.", kNoCamera});
   }
   report["devices"] = rows;
-  return kDone;
+  return answers.Finish();
 }
 
 Report UnitRow(const Session& session, const NamedUnit& unit, Answers& answers) {
@@ -52,7 +82,7 @@ Report UnitRow(const Session& session, const NamedUnit& unit, Answers& answers) 
 }
 
 int ShowDevice(const Options& options, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   Answers answers(report);
   answers.Add("firmware version", [&]() -> Report { return ReadVersion(session); });
   answers.Add("device information", [&]() -> Report {

@@ -173,7 +173,7 @@ class Block {
 // A session whose calls take the device object in place of a handle, as this family's do.
 class EncodingSession : public Session {
  public:
-  explicit EncodingSession(const DeviceSelection& selection) : Session(Checked(selection)) {}
+  using Session::Session;
 
   void Move(const char* function, const Function& call) const {
     CallOnObject(function, call, [](ZemResult result) -> std::optional<ResultText> {
@@ -185,17 +185,6 @@ class EncodingSession : public Session {
                         "the platform's own code stands in ZemWrenCmdLog.txt.",
                         kTransferFailed};
     });
-  }
-
- private:
-  static const DeviceSelection& Checked(const DeviceSelection& selection) {
-    if (selection.vendorId || selection.productId || !selection.displayName.empty() ||
-        !selection.devicePath.empty()) {
-      throw UsageError(
-          "the encoding unit is reached on the default camera only; choose it with --index and "
-          "zem_setting.ini");
-    }
-    return selection;
   }
 };
 
@@ -217,7 +206,7 @@ void ShowControl(const EncodingSession& session, const EncodingControl& control,
 int GetEncoding(const Options& options, const EncodingArguments& arguments, Report& report) {
   const EncodingControl& control = FindEncodingControl(arguments.control);
   Block block(control.length, control.fields);
-  const EncodingSession session(options.device);
+  const EncodingSession session(options.device, Use::kReading);
   ShowControl(session, control, block, report);
   return kDone;
 }
@@ -230,7 +219,7 @@ int SetEncoding(const Options& options, const EncodingArguments& arguments, Repo
   } else {
     Block(control.length, control.fields).Apply(arguments.values);
   }
-  const EncodingSession session(options.device);
+  const EncodingSession session(options.device, Use::kWriting);
   if (!control.fields.empty()) {
     // Fields that are not named keep their value.
     session.Move("WREN_EuGet", [&](void* device) {
@@ -264,7 +253,8 @@ int UseStreamBlock(const Options& options, const StreamBlock& stream,
                    const EncodingArguments& arguments, Report& report) {
   Block block(kStreamBlockSize, kStreamFields);
   Block(kStreamBlockSize, kStreamFields).Apply(arguments.values);
-  const EncodingSession session(options.device);
+  const EncodingSession session(options.device,
+                                arguments.values.empty() ? Use::kReading : Use::kWriting);
   session.Move(stream.getter,
                [&](void* device) { return stream.get(device, block.bytes().data()); });
   if (!arguments.values.empty()) {

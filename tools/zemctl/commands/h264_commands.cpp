@@ -101,7 +101,7 @@ void ReportSource(const FormatList& list, Report& report) {
 }
 
 int ListFormats(const Options& options, const H264Arguments& /*arguments*/, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   const FormatList list(session);
   ReportSource(list, report);
   Report rows = Report::array();
@@ -176,11 +176,11 @@ int StartFormat(const Options& options, const H264Arguments& arguments, Report& 
   unsigned width = 0;
   unsigned height = 0;
   if (ParseWhole(text, index)) {
-    const Session session(options.device);
+    const Session session(options.device, Use::kWriting);
     StartIndex(session, index, report);
   } else if (by != std::string_view::npos && ParseWhole(text.substr(0, by), width) &&
              ParseWhole(text.substr(by + 1), height) && width != 0 && height != 0) {
-    const Session session(options.device);
+    const Session session(options.device, Use::kWriting);
     SetMode(session, width, height);
     report["size"] = Size(width, height);
   } else {
@@ -191,14 +191,14 @@ int StartFormat(const Options& options, const H264Arguments& arguments, Report& 
 }
 
 int StopEncoder(const Options& options, const H264Arguments& /*arguments*/, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   SetMode(session, 0, 0);
   report["stopped"] = true;
   return kDone;
 }
 
 int SetFps(const Options& options, const H264Arguments& arguments, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   session.Call("ZEMAPI_SetFps",
                [&](void* device) { return ZEMAPI_SetFps(device, arguments.number); });
   report["fps"] = arguments.number;
@@ -206,7 +206,7 @@ int SetFps(const Options& options, const H264Arguments& arguments, Report& repor
 }
 
 int SetBitRate(const Options& options, const H264Arguments& arguments, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   session.Call("ZEMAPI_SetBitRate",
                [&](void* device) { return ZEMAPI_SetBitRate(device, arguments.number); });
   report["bit rate"] = arguments.number;
@@ -214,7 +214,7 @@ int SetBitRate(const Options& options, const H264Arguments& arguments, Report& r
 }
 
 int ForceKeyFrame(const Options& options, const H264Arguments& /*arguments*/, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   session.Call("ZEMAPI_ForceIFrame", [&](void* device) { return ZEMAPI_ForceIFrame(device); });
   report["key frame"] = "requested";
   return kDone;

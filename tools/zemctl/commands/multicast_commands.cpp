@@ -18,7 +18,7 @@ struct MulticastArguments {
 
 int SelectMulticastStream(const Options& options, const MulticastArguments& arguments,
                           Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   session.Call("ZEMAPI_MulticastStreamID",
                [&](void* device) { return ZEMAPI_MulticastStreamID(device, arguments.value); });
   report["stream"] = arguments.value;
@@ -26,7 +26,7 @@ int SelectMulticastStream(const Options& options, const MulticastArguments& argu
 }
 
 int SetMulticastLayer(const Options& options, const MulticastArguments& arguments, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   session.Call("ZEMAPI_MulticasToggleLayer",
                [&](void* device) { return ZEMAPI_MulticasToggleLayer(device, arguments.value); });
   report["layer"] = arguments.value;
@@ -34,7 +34,7 @@ int SetMulticastLayer(const Options& options, const MulticastArguments& argument
 }
 
 int CommitMulticast(const Options& options, const MulticastArguments& arguments, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   session.Call("ZEMAPI_MulticastCommit", [&](void* device) {
     return ZEMAPI_MulticastCommit(device, arguments.format, arguments.width, arguments.height,
                                   arguments.packedLow, arguments.packedHigh);

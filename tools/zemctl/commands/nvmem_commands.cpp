@@ -65,7 +65,7 @@ std::vector<unsigned char> ReadMemory(const Session& session, const NvmemArgumen
 
 int ReadNvmem(const Options& options, const NvmemArguments& arguments, Report& report) {
   RequireInside(arguments, arguments.length);
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   const std::vector<unsigned char> bytes = ReadMemory(session, arguments);
   ShowPlace(arguments, bytes.size(), report);
   ShowPayload(bytes, arguments.output, report);
@@ -91,7 +91,7 @@ int WriteNvmem(const Options& options, const NvmemArguments& arguments, Report& 
     report["would be written"] = HexText(bytes);
     return kDone;
   }
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   if (arguments.isTirella()) {
     RequireUnit(session, "tirella");
   }
@@ -124,7 +124,7 @@ int SetLed(const Options& options, const NvmemArguments& arguments, Report& repo
         HexText(std::vector<unsigned char>(1, static_cast<unsigned char>(arguments.ledValue)));
     return kDone;
   }
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   // The library does not report a unit that is absent.
   RequireUnit(session, "tirella");
   session.Call("ZEMAPI_TIRELLA_LedCtrl", [&](void* device) {

@@ -40,7 +40,7 @@ int SendCommand(const Options& options, const RawArguments& arguments, Report& r
     }
     std::vector<unsigned char> command = ParseBlock(arguments.bytes, channel.blockSize);
     std::vector<unsigned char> reply(channel.blockSize);
-    const Session session(options.device);
+    const Session session(options.device, Use::kWriting);
     session.Call(channel.function,
                  [&](void* device) { return channel.send(device, command.data(), reply.data()); });
     report["channel"] = channel.name;
@@ -68,7 +68,7 @@ int GetUnitControl(const Options& options, const RawArguments& arguments, Report
   const GUID unit = ParseUnit(arguments.unit);
   std::vector<unsigned char> data(arguments.length);
   ZemULong moved = 0;
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   session.Call("ZEMAPI_UvcExtGet", [&](void* device) {
     return ZEMAPI_UvcExtGet(device, &unit, arguments.selector, data.data(),
                             static_cast<ZemULong>(data.size()), &moved);
@@ -84,7 +84,7 @@ int SetUnitControl(const Options& options, const RawArguments& arguments, Report
   const GUID unit = ParseUnit(arguments.unit);
   std::vector<unsigned char> data = ParseBytes(arguments.bytes);
   ZemULong moved = 0;
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   session.Call("ZEMAPI_UvcExtSet", [&](void* device) {
     return ZEMAPI_UvcExtSet(device, &unit, arguments.selector, data.data(),
                             static_cast<ZemULong>(data.size()), &moved);
@@ -97,7 +97,7 @@ int SetUnitControl(const Options& options, const RawArguments& arguments, Report
 
 int CheckUnit(const Options& options, const RawArguments& arguments, Report& report) {
   const GUID unit = ParseUnit(arguments.unit);
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   const ZemResult present = session.Call(
       "ZEMAPI_UvcCheckXuGuid", [&](void* device) { return ZEMAPI_UvcCheckXuGuid(device, &unit); });
   report["unit"] = GuidText(unit);

@@ -91,7 +91,7 @@ void ShowRegister(const RegisterArguments& arguments, const Space& space, std::u
 
 int GetRegister(const Options& options, const RegisterArguments& arguments, Report& report) {
   const Space& space = FindSpace(arguments);
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   std::uint16_t value = 0;
   session.Call(space.getter,
                [&](void* device) { return space.get(device, arguments.address, value); });
@@ -105,7 +105,7 @@ int SetRegister(const Options& options, const RegisterArguments& arguments, Repo
   if (arguments.value > highest) {
     throw UsageError("values of this space end at " + HexNumber(highest, 2));
   }
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   const auto value = static_cast<std::uint16_t>(arguments.value);
   session.Call(space.setter,
                [&](void* device) { return space.set(device, arguments.address, value); });

@@ -28,7 +28,7 @@ struct StreamArguments {
 // A session on a camera that has the stream unit.
 class StreamSession : public Session {
  public:
-  explicit StreamSession(const Options& options) : Session(options.device) {
+  StreamSession(const Options& options, Use use) : Session(options.device, use) {
     RequireUnit(*this, "orva");
   }
 
@@ -43,7 +43,7 @@ class StreamSession : public Session {
 };
 
 int ShowVersion(const Options& options, const StreamArguments& /*arguments*/, Report& report) {
-  const StreamSession session(options);
+  const StreamSession session(options, Use::kReading);
   unsigned char version = 0;
   session.Call("ORVAAPI_GetVersion",
                [&](void* device) { return ORVAAPI_GetVersion(device, &version); });
@@ -60,14 +60,14 @@ int ShowVersion(const Options& options, const StreamArguments& /*arguments*/, Re
 }
 
 int SelectStream(const Options& options, const StreamArguments& arguments, Report& report) {
-  const StreamSession session(options);
+  const StreamSession session(options, Use::kWriting);
   session.Select(arguments.value);
   report["stream"] = arguments.value;
   return kDone;
 }
 
 int SetLayer(const Options& options, const StreamArguments& arguments, Report& report) {
-  const StreamSession session(options);
+  const StreamSession session(options, Use::kWriting);
   session.Call("ORVAAPI_ToggleLayerControl",
                [&](void* device) { return ORVAAPI_ToggleLayerControl(device, arguments.value); });
   report["layer"] = arguments.value;
@@ -77,7 +77,8 @@ int SetLayer(const Options& options, const StreamArguments& arguments, Report& r
 // Shows a format; first changes what the command line gives of it and keeps the rest.
 int MoveFormat(const Options& options, const StreamArguments& arguments, Operation write,
                Operation read, Report& report) {
-  const StreamSession session(options);
+  const StreamSession session(
+      options, arguments.ChangesFormat() || arguments.stream ? Use::kWriting : Use::kReading);
   if (arguments.stream) {
     session.Select(*arguments.stream);
     report["stream"] = *arguments.stream;

@@ -103,7 +103,7 @@ CallFailure CorruptEntry() {
 }
 
 int ListTables(const Options& options, const TableArguments& /*arguments*/, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   const TableStore store(session);
   const Directory directory = Search(store.table());
   report["bytes"] = store.Image().size();
@@ -143,7 +143,7 @@ std::vector<unsigned char> ReadTable(const TableStore& store, unsigned id) {
 }
 
 int ShowTable(const Options& options, const TableArguments& arguments, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   const std::vector<unsigned char> payload = ReadTable(TableStore(session), arguments.id);
   report["id"] = HexNumber(arguments.id, 2);
   report["bytes"] = payload.size();
@@ -153,7 +153,7 @@ int ShowTable(const Options& options, const TableArguments& arguments, Report& r
 
 int WriteTable(const Options& options, const TableArguments& arguments, Report& report) {
   const std::vector<unsigned char> data = TakePayload(arguments.bytes, arguments.input, kImageSize);
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   const std::size_t size = ReadTable(TableStore(session), arguments.id).size();
   if (data.size() != size) {
     throw ToolFailure(kBadFile,
@@ -179,7 +179,7 @@ int WriteTable(const Options& options, const TableArguments& arguments, Report& 
 }
 
 int DumpTables(const Options& options, const TableArguments& arguments, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   const std::vector<unsigned char> image = TableStore(session).Image();
   report["bytes"] = image.size();
   ShowPayload(image, arguments.output, report);
@@ -251,7 +251,7 @@ int InitTables(const Options& options, const TableArguments& arguments, Report& 
     report["would be sent"] = HexText(image);
     return kDone;
   }
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   Confirm(options, "The camera's whole table store is overwritten");
   session.Call("ZEMAPI_WriteInitialTable", [&](void* device) {
     return ZEMAPI_WriteInitialTable(device, image.data(), static_cast<std::uint32_t>(image.size()));

@@ -140,7 +140,7 @@ int Tune(const Options& options, const Feature& feature, const Numbers& values, 
                        std::to_string(feature.highest));
     }
   }
-  const Session session(options.device);
+  const Session session(options.device, isRead ? Use::kReading : Use::kWriting);
   report["feature"] = feature.name;
   if (isRead) {
     session.Call(feature.getter, [&](void* device) { return feature.get(device, report); });

@@ -34,13 +34,31 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   app_.footer(Footer());
   DeviceSelection& device = options_.device;
   const std::string group = "Which camera";
-  app_.add_option("--index", device.index, "Position among the cameras with the same USB ids")
-      ->group(group);
-  app_.add_option("--vid", device.vendorId, "USB vendor id")->group(group);
-  app_.add_option("--pid", device.productId, "USB product id")->group(group);
+  auto* const index = app_.add_option("--index", device.index,
+                                      "Position among the cameras that the rest of this group "
+                                      "fits, from 0")
+                          ->group(group);
+  auto* const vendor = app_.add_option("--vid", device.vendorId, "USB vendor id")->group(group);
+  auto* const product = app_.add_option("--pid", device.productId, "USB product id")->group(group);
+  auto* const name = app_.add_option("--name", device.name,
+                                     "Name that people see, such as "
+                                     "\"ZEM Simulated Camera\"")
+                         ->group(group)
+                         ->excludes(vendor)
+                         ->excludes(product);
   auto* const path =
-      app_.add_option("--path", device.displayName, "Display name of the device")->group(group);
-  app_.add_option("--device-path", device.devicePath, "Device path")->group(group)->excludes(path);
+      app_.add_option("--path", device.displayName,
+                      "The \"path\" of list: the device's name for programs, begins with @device")
+          ->group(group);
+  auto* const devicePath =
+      app_.add_option("--device-path", device.devicePath,
+                      "The \"device path\" of list: the system's own, begins with \\\\?\\")
+          ->group(group)
+          ->excludes(path);
+  for (CLI::Option* const other : {index, vendor, product, name}) {
+    path->excludes(other);
+    devicePath->excludes(other);
+  }
   app_.add_flag("--json", options_.json, "Write JSON");
   app_.add_flag("--yes", options_.yes, "Do not ask before something is overwritten or erased");
   const std::string simulated = "Simulated camera";

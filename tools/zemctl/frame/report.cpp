@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <numeric>
 #include <vector>
 
 namespace zemctl {
@@ -19,6 +20,9 @@ std::string TextOf(const Report& value) {
   }
   if (IsUnread(value)) {
     return std::string(kUnread) + ": " + value[kUnread].get<std::string>();
+  }
+  if (value.is_null()) {
+    return "";
   }
   if (value.is_string()) {
     return value.get<std::string>();
@@ -38,6 +42,20 @@ std::string Padded(const std::string& text, std::size_t width) {
   return text + std::string(width > text.size() ? width - text.size() : 0, ' ');
 }
 
+// A table all of whose lines have more characters is hard to read on a terminal.
+constexpr std::size_t kLongestLine = 160;
+
+void PrintFields(std::FILE* out, const Report& fields, const std::string& indent);
+
+void PrintRecords(std::FILE* out, const Report& rows) {
+  for (const Report& row : rows) {
+    if (&row != &rows.front()) {
+      std::fprintf(out, "\n");
+    }
+    PrintFields(out, row, "  ");
+  }
+}
+
 void PrintTable(std::FILE* out, const Report& rows) {
   std::vector<std::vector<std::string>> lines(1);
   for (const auto& [name, value] : rows.front().items()) {
@@ -55,6 +73,15 @@ void PrintTable(std::FILE* out, const Report& rows) {
     for (std::size_t column = 0; column < line.size(); ++column) {
       widths[column] = std::max(widths[column], line[column].size());
     }
+  }
+  if (std::all_of(lines.begin() + 1, lines.end(), [](const auto& line) {
+        return std::accumulate(line.begin(), line.end(), std::size_t{0},
+                               [](std::size_t sum, const std::string& text) {
+                                 return sum + text.size();
+                               }) > kLongestLine;
+      })) {
+    PrintRecords(out, rows);
+    return;
   }
   for (const auto& line : lines) {
     std::string text = " ";
@@ -103,6 +130,22 @@ Report JsonOf(const Report& value) {
   return members;
 }
 
+void PrintFields(std::FILE* out, const Report& fields, const std::string& indent) {
+  std::size_t width = 0;
+  for (const auto& [name, value] : fields.items()) {
+    width = std::max(width, IsTable(value) ? 0 : name.size());
+  }
+  for (const auto& [name, value] : fields.items()) {
+    if (IsTable(value)) {
+      std::fprintf(out, "%s%s:\n", indent.c_str(), name.c_str());
+      PrintTable(out, value);
+    } else {
+      std::fprintf(out, "%s%s %s\n", indent.c_str(), Padded(name + ":", width + 1).c_str(),
+                   TextOf(value).c_str());
+    }
+  }
+}
+
 }  // namespace
 
 Report Unread(const std::string& why) { return {{kUnread, why}}; }
@@ -112,19 +155,6 @@ void PrintJson(std::FILE* out, const Report& report) {
                JsonOf(report).dump(2, ' ', false, Report::error_handler_t::replace).c_str());
 }
 
-void PrintText(std::FILE* out, const Report& report) {
-  std::size_t width = 0;
-  for (const auto& [name, value] : report.items()) {
-    width = std::max(width, IsTable(value) ? 0 : name.size());
-  }
-  for (const auto& [name, value] : report.items()) {
-    if (IsTable(value)) {
-      std::fprintf(out, "%s:\n", name.c_str());
-      PrintTable(out, value);
-    } else {
-      std::fprintf(out, "%s %s\n", Padded(name + ":", width + 1).c_str(), TextOf(value).c_str());
-    }
-  }
-}
+void PrintText(std::FILE* out, const Report& report) { PrintFields(out, report, ""); }
 
 }  // namespace zemctl

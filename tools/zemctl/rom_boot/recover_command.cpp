@@ -26,7 +26,7 @@ RomSession FindCamera(const Options& options, const RecoverArguments& arguments)
     if (std::optional<RomSession> there = RomSession::Find(arguments.selection)) {
       return std::move(*there);
     }
-    const Session camera(options.device);
+    const Session camera(options.device, Use::kWriting);
     camera.Call("ZEMAPI_ResetToRomboot",
                 [](void* device) { return ZEMAPI_ResetToRomboot(device); });
   }

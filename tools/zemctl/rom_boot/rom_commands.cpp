@@ -57,7 +57,7 @@ int Enter(const Options& options, const EntryArguments& arguments, Report& repor
       std::find_if(std::begin(kEntryWays), std::end(kEntryWays),
                    [&](const EntryWay& candidate) { return arguments.way == candidate.name; });
   {
-    const Session camera(options.device);
+    const Session camera(options.device, Use::kWriting);
     camera.Call(way->function, [&](void* device) { return way->enter(device); });
   }
   const RomSession session = RomSession::Open(arguments.selection);

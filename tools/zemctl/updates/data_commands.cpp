@@ -52,7 +52,7 @@ int Send(const Options& options, const DataArguments& arguments, Report& report)
     ReportRehearsal(Rehearse({}, sendAll), report);
     return kDone;
   }
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   Progress progress(options.json);
   ImageTransfers image(length);
   session.SetObserver([&](const Transfer& transfer) {
@@ -89,7 +89,7 @@ void ConfirmOutput(const Options& options, const std::string& file) {
 }
 
 int ReadData(const Options& options, const DataArguments& arguments, Report& report) {
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   ConfirmOutput(options, arguments.file);
   Progress progress(options.json);
   ReadProgress read = {progress};
@@ -140,7 +140,7 @@ int ReadFlashCommand(const Options& options, const DataArguments& arguments, Rep
                     report);
     return kDone;
   }
-  const Session session(options.device);
+  const Session session(options.device, Use::kReading);
   ConfirmOutput(options, arguments.file);
   Progress progress(options.json);
   progress.Begin("read", {0, arguments.verify ? 50U : 100U});

@@ -215,7 +215,7 @@ int Update(const Options& options, const UpdateArguments& arguments,
     ReportDryRun(procedure, arguments, image, report);
     return kDone;
   }
-  const Session session(options.device);
+  const Session session(options.device, Use::kWriting);
   Confirm(options, std::string("The camera's ") + procedure.what + " will be overwritten with " +
                        arguments.file + " (" + std::to_string(image.size()) + " bytes)");
   if (procedure.isFirmware) {
