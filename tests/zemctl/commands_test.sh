@@ -36,5 +36,5 @@ expect 7 'the command could not be written to the camera' $sim --simulator-fault
 expect 5 'the camera refused the command (ZEM_E_DEVICE_REFUSED, 0x80000001)' $sim \
   --simulator-fault refuse@2=5 reg get isp 0
 expect 5 '"code": 5' $sim --json --simulator-fault refuse@2=5 reg get isp 0
-expect 2 'subcommand is required' $sim
+expect 2 'no command is given' $sim
 expect 0 'Exit codes' --help

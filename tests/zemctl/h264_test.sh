@@ -59,5 +59,5 @@ expect 0 'key frame: requested' $sim h264 keyframe
 expect 0 '"key_frame": "requested"' $sim --json h264 keyframe
 expect 5 'the camera refused the command' $sim --simulator-fault refuse@2=5 h264 fps 30
 expect 7 'the command could not be written' $sim --simulator-fault unplug@1 h264 bitrate 1
-expect 2 'subcommand is required' $sim h264
+expect 2 '"h264" is not whole; behind it comes one of list, start, stop, fps, bitrate, keyframe' $sim h264
 expect 3 'no camera matches' h264 list

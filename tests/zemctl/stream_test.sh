@@ -26,7 +26,7 @@ expect 0 'bit rate:       4000000' "${orva[@]}" stream commit --stream 3 --forma
 expect 0 'frame interval: 666666' "${orva[@]}" stream commit --interval 666666
 expect 0 '"height": 480' "${orva[@]}" --json stream commit --height 480
 expect 7 'ORVAAPI_StreamFormatProbeCommit' "${orva[@]}" --simulator-fault fail@2 stream probe --width 1
-expect 2 'subcommand is required' "${orva[@]}" stream
+expect 2 '"stream" is not whole' "${orva[@]}" stream
 
 # Without the unit nothing is tried.
 for command in version 'select 1' probe commit 'layer 1'; do

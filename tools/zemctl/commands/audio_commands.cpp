@@ -76,11 +76,12 @@ void AddAudioCommands(Program& program) {
                               .add_subcommand("audio", "List microphones and set their level")
                               ->require_subcommand(1);
   audio->fallthrough();
-  program.AddCommand(audio, "list", "List the audio inputs", List);
+  program.AddCommand(audio, "list", "List the audio inputs", List, {.selection = false});
   CLI::App* const volume = program.AddCommand(audio, "volume", "Set the recording level",
                                               [arguments](const Options& options, Report& report) {
                                                 return SetVolume(options, *arguments, report);
-                                              });
+                                              },
+                                              {.selection = false});
   volume->add_option("percent", arguments->volume, "0 silence, 100 full level")->required();
   volume->add_option("--microphone", arguments->microphone,
                      "Display name, see list; the first one if not given");

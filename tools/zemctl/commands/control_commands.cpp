@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 
+#include "tools/zemctl/frame/command_tree.h"
 #include "tools/zemctl/frame/program.h"
 #include "tools/zemctl/frame/results.h"
 
@@ -211,7 +212,8 @@ int SetControl(const Options& options, const ControlArguments& arguments, Report
   const Control& control = FindControl(arguments.name);
   Setting setting;
   const bool automatic = arguments.value == "auto";
-  if (!automatic && !CLI::detail::lexical_cast(arguments.value, setting.value)) {
+  if (!automatic &&
+      !CLI::detail::lexical_cast(WithoutLeadingZeros(arguments.value), setting.value)) {
     throw UsageError("\"" + arguments.value + "\" is neither a number nor auto");
   }
   const Session session(options.device, Use::kWriting);

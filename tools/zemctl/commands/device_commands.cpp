@@ -115,7 +115,8 @@ int ShowDevice(const Options& options, Report& report) {
 }  // namespace
 
 void AddDeviceCommands(Program& program) {
-  program.AddCommand(&program.app(), "list", "List the video-input devices", ListDevices);
+  program.AddCommand(&program.app(), "list", "List the video-input devices", ListDevices,
+                     {.selection = false});
   program.AddCommand(&program.app(), "info", "Show what the camera says of itself", ShowDevice);
 }
 

@@ -125,10 +125,12 @@ int WriteSound(const SoundArguments& arguments, Report& report) {
 
 void AddMediaCommands(Program& program) {
   const auto picture = std::make_shared<PictureArguments>();
-  CLI::App* const bmp = program.AddCommand(&program.app(), "bmp", "Write a raw frame as a BMP file",
-                                           [picture](const Options& /*options*/, Report& report) {
-                                             return WritePicture(*picture, report);
-                                           });
+  CLI::App* const bmp = program.AddCommand(
+      &program.app(), "bmp", "Write a raw frame as a BMP file",
+      [picture](const Options& /*options*/, Report& report) {
+        return WritePicture(*picture, report);
+      },
+      kWithoutCamera);
   bmp->add_option("layout", picture->layout, "yuy2, planar (Y, U, V) or rgb (blue, green, red)")
       ->required()
       ->check(CLI::IsMember({"yuy2", "planar", "rgb"}));
@@ -145,15 +147,16 @@ void AddMediaCommands(Program& program) {
   const auto sound = std::make_shared<SoundArguments>();
   CLI::App* const wav = program.AddCommand(
       &program.app(), "wav", "Put a WAV header in front of raw samples",
-      [sound](const Options& /*options*/, Report& report) { return WriteSound(*sound, report); });
+      [sound](const Options& /*options*/, Report& report) { return WriteSound(*sound, report); },
+      kWithoutCamera);
   wav->add_option("input", sound->input, "Raw PCM samples")->required();
   wav->add_option("output", sound->output, "WAV file to create or overwrite")->required();
   wav->add_option("--rate", sound->sampleRate, "Frames per second")
       ->required()
       ->check(CLI::Range(1, 768000));
-  wav->add_option("--channels", sound->channels, "Samples in a frame (1 when missing)")
+  wav->add_option("--channels", sound->channels, "Samples in a frame")
       ->check(CLI::Range(1, 255));
-  wav->add_option("--bits", sound->bitsPerSample, "Bits of a sample (16 when missing)")
+  wav->add_option("--bits", sound->bitsPerSample, "Bits of a sample")
       ->check(CLI::IsMember({8, 16, 24, 32}));
 }
 

@@ -157,8 +157,8 @@ void AddNvmemCommands(Program& program) {
       ->required()
       ->check(CLI::Range(std::uint32_t{1}, kVendorAddresses));
   read->add_option("--output", arguments->output, "Write them to this file");
-  CLI::App* const write =
-      addPlace(program.AddCommand(nvmem, "write", "Write bytes, and compare", bind(WriteNvmem)));
+  CLI::App* const write = addPlace(program.AddCommand(nvmem, "write", "Write bytes, and compare",
+                                                      bind(WriteNvmem), {.yes = true}));
   write->add_option("bytes", arguments->bytes, "Hexadecimal");
   write->add_option("--input", arguments->input, "Take them from this file");
   write->add_flag("--dry-run", arguments->dryRun, "Print what would be written, and stop");

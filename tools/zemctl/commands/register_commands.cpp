@@ -1,6 +1,7 @@
 // zemctl reg get, zemctl reg set
 #include <map>
 #include <memory>
+#include <optional>
 
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/program.h"
@@ -65,14 +66,14 @@ struct RegisterArguments {
   std::string space;
   std::uint32_t address = 0;
   std::uint32_t value = 0;
-  int width = 0;
+  std::optional<int> width;
 };
 
 // The space of that name, of the width asked for or else its first.
 const Space& FindSpace(const RegisterArguments& arguments) {
   for (const Space& space : kSpaces) {
     if (arguments.space == space.name &&
-        (arguments.width == 0 || arguments.width == space.valueBytes)) {
+        arguments.width.value_or(space.valueBytes) == space.valueBytes) {
       if (arguments.address > space.highestAddress) {
         throw UsageError("addresses of this space end at " + HexNumber(space.highestAddress, 4));
       }

@@ -289,14 +289,14 @@ void AddTableCommands(Program& program) {
   };
   program.AddCommand(tables, "list", "List the tables, and check the store", bind(ListTables));
   addOutput(addId(program.AddCommand(tables, "read", "Read a table", bind(ShowTable))));
-  CLI::App* const write =
-      addId(program.AddCommand(tables, "write", "Replace a table, and compare", bind(WriteTable)));
+  CLI::App* const write = addId(program.AddCommand(tables, "write", "Replace a table, and compare",
+                                                   bind(WriteTable), {.yes = true}));
   write->add_option("bytes", arguments->bytes, "Hexadecimal");
   write->add_option("--input", arguments->input, "Take them from this file");
   addDryRun(write);
   addOutput(program.AddCommand(tables, "dump", "Read the whole store", bind(DumpTables)));
-  CLI::App* const init =
-      program.AddCommand(tables, "init", "Replace the whole store, and compare", bind(InitTables));
+  CLI::App* const init = program.AddCommand(tables, "init", "Replace the whole store, and compare",
+                                            bind(InitTables), {.yes = true});
   init->add_option("image", arguments->image, "File with the store's image, as dump writes it")
       ->required();
   addDryRun(init);

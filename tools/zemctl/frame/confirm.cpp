@@ -1,6 +1,8 @@
 #include "tools/zemctl/frame/confirm.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdio>
 
 #include "tools/zemctl/frame/results.h"
@@ -19,6 +21,9 @@ void Confirm(const Options& options, const std::string& what) {
     answer = line.data();
   }
   answer.erase(answer.find_last_not_of("\r\n ") + 1);
+  answer.erase(0, answer.find_first_not_of(' '));
+  std::transform(answer.begin(), answer.end(), answer.begin(),
+                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
   if (answer != "y" && answer != "yes") {
     throw ToolFailure(kCancelled, "nothing was done", "Answer y, or give --yes.");
   }

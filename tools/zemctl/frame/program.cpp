@@ -2,13 +2,18 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 #include "tools/zemctl/camera/simulator_module.h"
+#include "tools/zemctl/frame/command_tree.h"
 #include "tools/zemctl/frame/outcome.h"
 #include "tools/zemctl/frame/results.h"
+#include "zemctl_version.h"
 
 namespace zemctl {
 namespace {
+
+constexpr const char* kSelectionGroup = "Which camera";
 
 std::string Footer() {
   std::string text = "Exit codes:";
@@ -32,8 +37,14 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   app_.require_subcommand(1);
   app_.fallthrough();
   app_.footer(Footer());
+  app_.formatter(std::make_shared<CommandHelp>(
+      [this](const CLI::App& command) { return SharedOptionsOf(command); }));
+  app_.option_defaults()->always_capture_default();
+  // An argument that begins with a slash may be a path.
+  app_.allow_windows_style_options(false);
+  app_.set_version_flag("--version", kVersion, "Print the version and exit");
   DeviceSelection& device = options_.device;
-  const std::string group = "Which camera";
+  const std::string group = kSelectionGroup;
   auto* const index = app_.add_option("--index", device.index,
                                       "Position among the cameras that the rest of this group "
                                       "fits, from 0")
@@ -94,14 +105,36 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   AddDataCommands(*this);
   AddNvmemCommands(*this);
   AddTableCommands(*this);
+  ReadNumbersAsDecimal(app_);
 }
 
 CLI::App* Program::AddCommand(CLI::App* parent, const std::string& name,
-                              const std::string& description, Action action) {
+                              const std::string& description, Action action, Uses uses) {
   CLI::App* const command = parent->add_subcommand(name, description);
+  uses_[command] = uses;
   command->fallthrough();
   command->callback([this, action = std::move(action)] { chosen_ = action; });
   return command;
+}
+
+std::vector<const CLI::Option*> Program::SharedOptionsOf(const CLI::App& command) const {
+  const auto found = uses_.find(&command);
+  if (found == uses_.end()) {
+    return {};
+  }
+  const Uses& uses = found->second;
+  return app_.get_options([&](const CLI::Option* option) {
+    if (option == app_.get_help_ptr() || option == app_.get_version_ptr()) {
+      return false;
+    }
+    if (option->check_lname("json")) {
+      return true;
+    }
+    if (option->check_lname("yes")) {
+      return uses.yes;
+    }
+    return option->get_group() == kSelectionGroup ? uses.selection : uses.camera;
+  });
 }
 
 int Program::Run(std::vector<std::string> arguments) {
@@ -112,10 +145,10 @@ int Program::Run(std::vector<std::string> arguments) {
   try {
     app_.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    options_.command = GivenCommand();
+    options_.command = NameOf(GivenCommand(app_));
     return AnswerParseError(error);
   }
-  options_.command = GivenCommand();
+  options_.command = NameOf(GivenCommand(app_));
   Report report = Report::object();
   try {
     return RunAction(report);
@@ -133,27 +166,30 @@ int Program::Run(std::vector<std::string> arguments) {
   }
 }
 
-std::string Program::GivenCommand() const {
-  std::string command;
-  const CLI::App* app = &app_;
-  while (!app->get_subcommands().empty()) {
-    app = app->get_subcommands().back();
-    command += (command.empty() ? "" : " ") + app->get_name();
-  }
-  return command;
-}
-
 int Program::AnswerParseError(const CLI::ParseError& error) {
-  if (error.get_exit_code() != 0) {
-    return Fail(WrongCommandLine(error.what(), options_.command));
+  if (dynamic_cast<const CLI::CallForVersion*>(&error) != nullptr) {
+    if (options_.json) {
+      ShowReport(options_, {{"version", kVersion}});
+    } else {
+      std::printf("zemctl %s\n", kVersion);
+    }
+    return kDone;
   }
-  const std::string help = app_.help();
-  if (options_.json) {
-    ShowReport(options_, {{"help", help}});
-  } else {
-    std::fputs(help.c_str(), stdout);
+  if (error.get_exit_code() == 0) {
+    const std::string help = app_.help();
+    if (options_.json) {
+      ShowReport(options_, {{"help", help}});
+    } else {
+      std::fputs(help.c_str(), stdout);
+    }
+    return kDone;
   }
-  return kDone;
+  const CLI::App& given = GivenCommand(app_);
+  const bool lacksCommand = !CommandsBelow(given).empty() &&
+                            dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  return Fail(WrongCommandLine(
+      lacksCommand ? WordsForNoCommand(given, app_.remaining(true)) : error.what(),
+      options_.command));
 }
 
 int Program::RunAction(Report& report) {

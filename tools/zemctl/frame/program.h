@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,23 +39,35 @@ class Program {
   // UsageError, and the report counts for nothing; or PartialFailure, and it stands.
   using Action = std::function<int(const Options&, Report&)>;
 
+  // Which of the options that every command line may have a command has a use for: its help and
+  // the completion name those.
+  struct Uses {
+    bool camera = true;     // works on cameras, real or simulated
+    bool selection = true;  // on the one that was chosen
+    bool yes = false;       // asks before it does what cannot be undone
+  };
+
   // Adds a command to `parent`; `action` runs when it is the one that was given.
   CLI::App* AddCommand(CLI::App* parent, const std::string& name, const std::string& description,
-                       Action action);
+                       Action action, Uses uses = {true, true, false});
+
+  // Those options, for a command that was added.
+  std::vector<const CLI::Option*> SharedOptionsOf(const CLI::App& command) const;
 
   CLI::App& app() { return app_; }
 
  private:
-  // The command that was given, as far as it was understood: "reg get".
-  std::string GivenCommand() const;
   int AnswerParseError(const CLI::ParseError& error);
   int RunAction(Report& report);
   int Fail(const Failure& failure) const;
 
   CLI::App app_;
   Options options_;
+  std::map<const CLI::App*, Uses> uses_;
   Action chosen_;
 };
+
+inline constexpr Program::Uses kWithoutCamera = {.camera = false, .selection = false};
 
 // The command groups, each in the file of its name.
 void AddDeviceCommands(Program& program);

@@ -121,9 +121,10 @@ int Recover(const Options& options, const RecoverArguments& arguments, Report& r
 
 void AddRecoverCommand(Program& program) {
   const auto arguments = std::make_shared<RecoverArguments>();
-  CLI::App* const command = AddRomCommand(
-      program, &program.app(), arguments, "recover",
-      "Burn an image into a camera in ROM boot, read it back, compare and restart", Recover);
+  CLI::App* const command =
+      AddRomCommand(program, &program.app(), arguments, "recover",
+                    "Burn an image into a camera in ROM boot, read it back, compare and restart",
+                    Recover, {.yes = true});
   command->add_option("file", arguments->request.path, "File to burn")->required();
   AddBurnOptions(command, arguments->request);
   AddStorageOptions(command, arguments->storage);

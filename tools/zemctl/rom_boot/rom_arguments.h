@@ -10,6 +10,9 @@
 
 namespace zemctl {
 
+// Of commands that ask, and take any camera in ROM boot.
+inline constexpr Program::Uses kAsksWithoutSelection = {.selection = false, .yes = true};
+
 // --kind, --wait and --send-divider.
 void AddSelectionOptions(CLI::App* command, RomSelection& selection);
 
@@ -27,11 +30,14 @@ template <class Arguments>
 CLI::App* AddRomCommand(Program& program, CLI::App* parent,
                         const std::shared_ptr<Arguments>& arguments, const std::string& name,
                         const std::string& description,
-                        int (*action)(const Options&, const Arguments&, Report&)) {
+                        int (*action)(const Options&, const Arguments&, Report&),
+                        Program::Uses uses = {.selection = false}) {
   CLI::App* const command = program.AddCommand(
-      parent, name, description, [arguments, action](const Options& options, Report& report) {
+      parent, name, description,
+      [arguments, action](const Options& options, Report& report) {
         return action(options, *arguments, report);
-      });
+      },
+      uses);
   AddSelectionOptions(command, arguments->selection);
   return command;
 }

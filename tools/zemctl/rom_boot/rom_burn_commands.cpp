@@ -128,7 +128,8 @@ BurnCommand AddBurnCommand(Program& program, CLI::App* rom, const std::string& n
                            const std::string& description, const std::string& method) {
   const auto arguments = std::make_shared<BurnArguments>();
   arguments->request.method = method;
-  CLI::App* const command = AddRomCommand(program, rom, arguments, name, description, BurnFile);
+  CLI::App* const command =
+      AddRomCommand(program, rom, arguments, name, description, BurnFile, kAsksWithoutSelection);
   command->add_option("file", arguments->request.path, "File to burn")->required();
   AddStorageOptions(command, arguments->storage);
   AddDryRun(command, arguments->dryRun);
@@ -169,8 +170,8 @@ void AddRomBurnCommands(Program& program, CLI::App* rom) {
   AddDumpFile(partial);
 
   const auto erase = std::make_shared<RangeArguments>();
-  CLI::App* const eraseCommand =
-      AddRomCommand(program, rom, erase, "erase", "Write 0xFF to storage", EraseRange);
+  CLI::App* const eraseCommand = AddRomCommand(
+      program, rom, erase, "erase", "Write 0xFF to storage", EraseRange, kAsksWithoutSelection);
   AddStorageOptions(eraseCommand, erase->storage);
   AddDryRun(eraseCommand, erase->dryRun);
   eraseCommand->add_option("address", erase->address, "Storage address")->required();

@@ -182,7 +182,7 @@ void AddRomCommands(Program& program) {
                             ->fallthrough();
 
   const auto entry = std::make_shared<EntryArguments>();
-  AddRomCommand(program, rom, entry, "enter", "Send a running camera into ROM boot", Enter)
+  AddRomCommand(program, rom, entry, "enter", "Send a running camera into ROM boot", Enter, {})
       ->add_option("--way", entry->way, "both, vcp8 or vcp16: by which command")
       ->check(CLI::IsMember({"both", "vcp8", "vcp16"}))
       ->capture_default_str();
@@ -200,8 +200,9 @@ void AddRomCommands(Program& program) {
   AddRomEmmcCommands(program, rom);
 
   const auto raw = std::make_shared<CommandArguments>();
-  CLI::App* const command = AddRomCommand(
-      program, rom, raw, "command", "Send a raw SCSI command; asks unless it reads", SendCommand);
+  CLI::App* const command =
+      AddRomCommand(program, rom, raw, "command", "Send a raw SCSI command; asks unless it reads",
+                    SendCommand, kAsksWithoutSelection);
   command->add_option("bytes", raw->bytes, "Hexadecimal; zeros fill the 16 bytes up")->required();
   auto* const in =
       command->add_option("--in", raw->bytesToRead, "Bytes to read")->check(CLI::Range(1, 65536));

@@ -35,8 +35,9 @@ int MakeEnhancedArea(const Options& options, const EnhancedAreaArguments& argume
 
 void AddRomEmmcCommands(Program& program, CLI::App* rom) {
   const auto arguments = std::make_shared<EnhancedAreaArguments>();
-  CLI::App* const command = AddRomCommand(program, rom, arguments, "make-enhanced-area",
-                                          "Make the enhanced area of an eMMC", MakeEnhancedArea);
+  CLI::App* const command =
+      AddRomCommand(program, rom, arguments, "make-enhanced-area",
+                    "Make the enhanced area of an eMMC", MakeEnhancedArea, kAsksWithoutSelection);
   constexpr const char* kPassedOn = "Number that goes to the boot code as it is";
   command->add_option("first", arguments->area.first, kPassedOn)->required();
   command->add_option("second", arguments->area.second, kPassedOn)->required();

@@ -124,7 +124,7 @@ void AddRomLoadCommands(Program& program, CLI::App* rom) {
       ->add_option("file", code->file, kCodeImage)
       ->required();
   AddRomCommand(program, rom, code, "load-mini-uvc",
-                "Load a small camera firmware, start it and wait for the camera", LoadMiniUvc)
+                "Load a small camera firmware, start it and wait for the camera", LoadMiniUvc, {})
       ->add_option("file", code->file, kCodeImage)
       ->required();
 
@@ -140,7 +140,8 @@ void AddRomLoadCommands(Program& program, CLI::App* rom) {
       program.AddCommand(rom, "unpack", "Take a firmware package apart; no camera is needed",
                          [package](const Options& options, Report& report) {
                            return Unpack(options, *package, report);
-                         });
+                         },
+                         {.camera = false, .selection = false, .yes = true});
   unpack->add_option("file", package->file, "Firmware package")->required();
   unpack->add_option("--into", package->folder, "Folder for VSN_V3BC and VSN_V3FW")
       ->capture_default_str();

@@ -187,14 +187,15 @@ void AddDataCommands(Program& program) {
   send->add_option("--param2", arguments->parameters.param2, "Byte 2 of the announcement");
   send->add_option("--param3", arguments->parameters.param3, "Byte 3 of the announcement");
   addDryRun(send);
-  CLI::App* const read = program.AddCommand(data, "read", "Read what is ready", bind(ReadData));
+  CLI::App* const read =
+      program.AddCommand(data, "read", "Read what is ready", bind(ReadData), {.yes = true});
   read->add_option("file", arguments->file, "The file to write")->required();
-  read->add_option("--max", arguments->room, "Most bytes to take (1048576)")
+  read->add_option("--max", arguments->room, "Most bytes to take")
       ->check(CLI::Range(1U, 0x10000000U));
 
   CLI::App* const flash = addGroup("flash", "Reach the camera's flash");
-  CLI::App* const readFlash =
-      program.AddCommand(flash, "read", "Read the flash back into a file", bind(ReadFlashCommand));
+  CLI::App* const readFlash = program.AddCommand(flash, "read", "Read the flash back into a file",
+                                                 bind(ReadFlashCommand), {.yes = true});
   readFlash->add_option("address", arguments->address, "Decimal or 0x hexadecimal")->required();
   readFlash->add_option("size", arguments->size, "Bytes")
       ->required()

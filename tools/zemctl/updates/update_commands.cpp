@@ -261,7 +261,8 @@ void AddUpdateCommands(Program& program) {
         program.AddCommand(update, name, description,
                            [arguments, procedureOf](const Options& options, Report& report) {
                              return Update(options, *arguments, procedureOf(*arguments), report);
-                           });
+                           },
+                           {.yes = true});
     command->add_option("file", arguments->file, "The image")->required();
     command->add_option("--verify-at", arguments->verifyAt,
                         "Read the flash back from this address and compare it with the image");
