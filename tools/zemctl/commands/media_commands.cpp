@@ -154,8 +154,7 @@ void AddMediaCommands(Program& program) {
   wav->add_option("--rate", sound->sampleRate, "Frames per second")
       ->required()
       ->check(CLI::Range(1, 768000));
-  wav->add_option("--channels", sound->channels, "Samples in a frame")
-      ->check(CLI::Range(1, 255));
+  wav->add_option("--channels", sound->channels, "Samples in a frame")->check(CLI::Range(1, 255));
   wav->add_option("--bits", sound->bitsPerSample, "Bits of a sample")
       ->check(CLI::IsMember({8, 16, 24, 32}));
 }

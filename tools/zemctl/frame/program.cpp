@@ -185,11 +185,11 @@ int Program::AnswerParseError(const CLI::ParseError& error) {
     return kDone;
   }
   const CLI::App& given = GivenCommand(app_);
-  const bool lacksCommand = !CommandsBelow(given).empty() &&
-                            dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-  return Fail(WrongCommandLine(
-      lacksCommand ? WordsForNoCommand(given, app_.remaining(true)) : error.what(),
-      options_.command));
+  const bool lacksCommand =
+      !CommandsBelow(given).empty() && dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  return Fail(
+      WrongCommandLine(lacksCommand ? WordsForNoCommand(given, app_.remaining(true)) : error.what(),
+                       options_.command));
 }
 
 int Program::RunAction(Report& report) {
