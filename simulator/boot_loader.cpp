@@ -107,7 +107,9 @@ ScsiResult BootLoader::Answer(Cdb cdb, bool dataIn, Data data) {
       case Fault::Kind::kFail:
         return {ScsiOutcome::kFailed, 0, fault.value};
       case Fault::Kind::kRefuse:
-        return {ScsiOutcome::kRefused, 0, 0};
+        // The value that stands for none is no SCSI status.
+        return {ScsiOutcome::kRefused, 0, 0,
+                static_cast<std::uint8_t>(fault.value > 1 ? fault.value : 0)};
       case Fault::Kind::kUnplug:
         ChangeStage(BootStage::kGone);
         return {ScsiOutcome::kGone, 0, 0};

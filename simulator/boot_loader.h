@@ -63,6 +63,7 @@ struct ScsiResult {
   ScsiOutcome outcome = ScsiOutcome::kDone;
   std::size_t moved = 0;    // bytes of the data phase
   std::uint32_t error = 0;  // the system error that a failure shows; 0 leaves it to the adapter
+  std::uint8_t status = 0;  // the SCSI status of a refusal that is no system error; 0 for none
 };
 
 // One command as the target saw it, once its result is known.

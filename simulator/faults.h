@@ -11,7 +11,8 @@ namespace zem::simulator {
 struct Fault {
   enum class Kind {
     kFail,     // the transfer fails; a boot loader's with the system error `value`, if there is one
-    kRefuse,   // a read answers with `value` in byte 0; a boot loader refuses the command
+    kRefuse,   // a read answers with `value` in byte 0; a boot loader refuses the
+               // command, with the SCSI status `value` if there is one
     kShort,    // a read moves no more than `value` bytes
     kLength,   // a read reports that it moved `value` bytes, whatever it moved
     kGarbage,  // bytes without meaning are read, or arrive in place of those written

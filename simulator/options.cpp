@@ -167,7 +167,7 @@ CameraOptions ReadCamera(const json& object) {
                              "state",         "encodingUnit",   "streamProbeUnit",
                              "videoControls", "cameraControls", "microphone",
                              "mixer",         "tirellaUnit",    "tables",
-                             "nvmem",         "faults"});
+                             "nvmem",         "faults",         "bootLoader"});
   CameraOptions camera;
   camera.vendorId = ReadNumber(object, "vendorId", camera.vendorId);
   camera.productId = ReadNumber(object, "productId", camera.productId);
@@ -246,6 +246,22 @@ BootLoaderOptions ReadBootLoader(const json& object) {
   return bootLoader;
 }
 
+// The boot loader at the key "bootLoader" of a camera, or of the whole for the first camera.
+void AddBootLoader(const json& object, std::size_t camera, Options& options) {
+  if (!object.contains("bootLoader")) {
+    return;
+  }
+  const BootLoaderOptions read = ReadBootLoader(object.at("bootLoader"));
+  for (const auto& [position, other] : options.bootLoaders) {
+    if (other.letter == read.letter) {
+      throw std::invalid_argument("two boot loaders have the same \"letter\"");
+    }
+  }
+  if (!options.bootLoaders.emplace(camera, read).second) {
+    throw std::invalid_argument("the first camera has two boot loaders");
+  }
+}
+
 void LoadState(Camera& camera, const std::string& path) {
   const KeptMemory memory = ReadStateFile(path);
   try {
@@ -272,12 +288,11 @@ Options ParseOptions(std::string_view text) {
     if (root.contains("cameras")) {
       options.cameras.clear();
       for (const json& camera : ReadArray(root, "cameras")) {
+        AddBootLoader(camera, options.cameras.size(), options);
         options.cameras.push_back(ReadCamera(camera));
       }
     }
-    if (root.contains("bootLoader")) {
-      options.bootLoader = ReadBootLoader(root.at("bootLoader"));
-    }
+    AddBootLoader(root, 0, options);
   } catch (const json::exception& error) {
     throw std::invalid_argument(error.what());
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,12 +45,13 @@ struct CameraOptions {
 
 struct Options {
   std::vector<CameraOptions> cameras = {CameraOptions()};
-  // The boot loader of the first camera, for a simulator that is to have one.
-  std::optional<BootLoaderOptions> bootLoader;
+  // The boot loaders by the position of the camera that has each; one for position 0 needs no
+  // camera. Their drive letters differ.
+  std::map<std::size_t, BootLoaderOptions> bootLoaders;
 };
 
 // Reads options from JSON: {"cameras": [{"vendorId": 23109, "productId": 35840, "name": "...",
-// "faults": ["unplug@3"]}], "bootLoader": {"letter": "F"}}; docs/simulator.md has all keys.
+// "faults": ["unplug@3"], "bootLoader": {"letter": "F"}}]}; docs/simulator.md has all keys.
 // Whatever is missing keeps its default; empty text is all defaults. Throws std::invalid_argument
 // with a sentence for a person on anything else.
 Options ParseOptions(std::string_view json);

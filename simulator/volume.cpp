@@ -53,6 +53,9 @@ std::optional<Header> ReadHeader(std::span<const std::uint8_t> block) {
 }
 
 std::uint32_t SystemError(const ScsiResult& result) {
+  if (result.status != 0) {
+    return 0;
+  }
   switch (result.outcome) {
     case ScsiOutcome::kDone:
       return 0;
@@ -66,13 +69,19 @@ std::uint32_t SystemError(const ScsiResult& result) {
   return kNotConnected;
 }
 
-// The header comes back with the number of bytes that moved.
+// Whether the device answered at all, were it with a refusal.
+bool HasAnswered(const ScsiResult& result) {
+  return result.outcome == ScsiOutcome::kDone || result.status != 0;
+}
+
+// The header comes back with the device's status and the number of bytes that moved.
 void ReturnHeader(std::span<const std::uint8_t> input, std::span<std::uint8_t> output,
-                  std::size_t moved) {
+                  const ScsiResult& result) {
   // Both may be the same memory.
   std::memmove(output.data(), input.data(), std::min(kPassThroughSize, output.size()));
   if (output.size() >= kPassThroughSize) {
-    StoreLe32(&output[12], static_cast<std::uint32_t>(moved));
+    output[2] = result.status;
+    StoreLe32(&output[12], static_cast<std::uint32_t>(result.moved));
   }
 }
 
@@ -142,12 +151,12 @@ std::uint32_t Volume::PassThrough(std::span<const std::uint8_t> input,
                 data.begin());
   }
   const ScsiResult result = bootLoader_->Execute(header->cdb, header->dataIn, data);
-  if (result.outcome == ScsiOutcome::kDone) {
+  if (HasAnswered(result)) {
     if (header->dataIn) {
       std::copy_n(data.begin(), result.moved,
                   output.begin() + static_cast<std::ptrdiff_t>(header->data));
     }
-    ReturnHeader(input, output, result.moved);
+    ReturnHeader(input, output, result);
   }
   return SystemError(result);
 }
@@ -165,8 +174,8 @@ std::uint32_t Volume::PassThroughDirect(std::span<const std::uint8_t> input,
   }
   const ScsiResult result =
       bootLoader_->Execute(header->cdb, header->dataIn, {buffer, header->dataLength});
-  if (result.outcome == ScsiOutcome::kDone) {
-    ReturnHeader(input, output, result.moved);
+  if (HasAnswered(result)) {
+    ReturnHeader(input, output, result);
   }
   return SystemError(result);
 }

@@ -1,16 +1,30 @@
 #include "simulator/windows/volume_hooks.h"
 
-#include <utility>
+#include <algorithm>
 
 namespace zem::simulator {
 namespace {
 
-std::unique_ptr<Volume> volume;
+std::vector<Volume> volumes;
+
+// The one that `has` names; null when none does.
+template <class Has>
+Volume* FindVolume(Has has) {
+  const auto found = std::find_if(volumes.begin(), volumes.end(), has);
+  return found == volumes.end() ? nullptr : &*found;
+}
+
+Volume* OwnerOf(HANDLE handle) {
+  return FindVolume([&](const Volume& volume) { return volume.Owns(handle); });
+}
 
 HANDLE WINAPI OpenFileOrVolume(LPCWSTR path, DWORD access, DWORD share,
                                LPSECURITY_ATTRIBUTES security, DWORD creation, DWORD flags,
                                HANDLE pattern) {
-  if (path == nullptr || !volume->IsNamed(path)) {
+  Volume* const volume = path == nullptr
+                             ? nullptr
+                             : FindVolume([&](const Volume& each) { return each.IsNamed(path); });
+  if (volume == nullptr) {
     return CreateFileW(path, access, share, security, creation, flags, pattern);
   }
   std::uint32_t error = 0;
@@ -22,7 +36,8 @@ HANDLE WINAPI OpenFileOrVolume(LPCWSTR path, DWORD access, DWORD share,
 BOOL WINAPI ControlFileOrVolume(HANDLE handle, DWORD code, LPVOID input, DWORD inputSize,
                                 LPVOID output, DWORD outputSize, LPDWORD returned,
                                 LPOVERLAPPED overlapped) {
-  if (!volume->Owns(handle)) {
+  Volume* const volume = OwnerOf(handle);
+  if (volume == nullptr) {
     return DeviceIoControl(handle, code, input, inputSize, output, outputSize, returned,
                            overlapped);
   }
@@ -40,7 +55,8 @@ BOOL WINAPI ControlFileOrVolume(HANDLE handle, DWORD code, LPVOID input, DWORD i
 }
 
 BOOL WINAPI CloseFileOrVolume(HANDLE handle) {
-  if (!volume->Owns(handle)) {
+  Volume* const volume = OwnerOf(handle);
+  if (volume == nullptr) {
     return CloseHandle(handle);
   }
   volume->Close(handle);
@@ -49,19 +65,22 @@ BOOL WINAPI CloseFileOrVolume(HANDLE handle) {
 
 }  // namespace
 
-VolumeHooks::VolumeHooks(std::shared_ptr<BootLoader> bootLoader) : library_(HoldLibrary()) {
-  volume = std::make_unique<Volume>(std::move(bootLoader));
+VolumeHooks::VolumeHooks(const std::vector<std::shared_ptr<BootLoader>>& bootLoaders)
+    : library_(HoldLibrary()) {
+  for (const auto& bootLoader : bootLoaders) {
+    volumes.emplace_back(bootLoader);
+  }
   create_.emplace(library_.get(), "CreateFileW", AsImport(OpenFileOrVolume));
   control_.emplace(library_.get(), "DeviceIoControl", AsImport(ControlFileOrVolume));
   close_.emplace(library_.get(), "CloseHandle", AsImport(CloseFileOrVolume));
 }
 
-// The volume stays as long as any import leads to it.
+// The volumes stay as long as any import leads to them.
 VolumeHooks::~VolumeHooks() {
   close_.reset();
   control_.reset();
   create_.reset();
-  volume.reset();
+  volumes.clear();
 }
 
 }  // namespace zem::simulator

@@ -1,20 +1,21 @@
-// The drive letter of a simulated boot loader, as ZemUVCExtApi.dll in this process sees it.
+// The drive letters of simulated boot loaders, as ZemUVCExtApi.dll in this process sees it.
 #pragma once
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "simulator/volume.h"
 #include "simulator/windows/import_hook.h"
 
 namespace zem::simulator {
 
-// While it lives, the library's CreateFileW, DeviceIoControl and CloseHandle reach the volume where
-// they name it, and the system everywhere else. There is one at a time.
+// While it lives, the library's CreateFileW, DeviceIoControl and CloseHandle reach the volumes
+// where they name one, and the system everywhere else. There is one at a time.
 class VolumeHooks {
  public:
   // Throws std::runtime_error when the library is not loaded in this process.
-  explicit VolumeHooks(std::shared_ptr<BootLoader> bootLoader);
+  explicit VolumeHooks(const std::vector<std::shared_ptr<BootLoader>>& bootLoaders);
   ~VolumeHooks();
   VolumeHooks(const VolumeHooks&) = delete;
   VolumeHooks& operator=(const VolumeHooks&) = delete;

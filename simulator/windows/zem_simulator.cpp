@@ -32,6 +32,7 @@ struct RunningCamera {
   std::wstring microphoneName;
   std::shared_ptr<Camera> camera = nullptr;  // null until it is first listed
   std::shared_ptr<Microphone> microphone = nullptr;
+  std::shared_ptr<BootLoader> bootLoader = nullptr;
 };
 
 struct Simulator {
@@ -40,9 +41,7 @@ struct Simulator {
   // camera of a process that found it by itself.
   std::optional<PrivateDevices> privateDevices;
   bool inRegistry = false;
-  // That of the first camera, if it has one.
-  std::shared_ptr<BootLoader> bootLoader;
-  std::optional<VolumeHooks> volume;
+  std::optional<VolumeHooks> volumes;
   std::string lastError;
 };
 
@@ -132,8 +131,8 @@ HRESULT ListCamera(std::size_t index) {
   RunningCamera& running = simulator.cameras[index];
   const std::wstring instanceName = running.instanceName;
   std::function<void()> enterRomBoot;
-  if (index == 0 && simulator.bootLoader) {
-    enterRomBoot = [bootLoader = simulator.bootLoader] { bootLoader->EnterRomBoot(); };
+  if (running.bootLoader) {
+    enterRomBoot = [bootLoader = running.bootLoader] { bootLoader->EnterRomBoot(); };
   }
   if (running.camera) {
     SaveState(running.options, *running.camera);
@@ -151,28 +150,24 @@ HRESULT ListCamera(std::size_t index) {
   return ListMicrophone(index);
 }
 
-// The first camera is a video device only while its firmware runs.
-void FollowStage(BootStage stage) {
+// A camera is a video device only while its firmware runs.
+void FollowStage(std::size_t index, BootStage stage) {
   auto& cameras = TheSimulator().cameras;
-  if (cameras.empty()) {
-    return;
-  }
   if (stage == BootStage::kCamera) {
     try {
-      static_cast<void>(ListCamera(0));
+      static_cast<void>(ListCamera(index));
     } catch (const std::exception& error) {
       TheSimulator().lastError = error.what();  // nothing may be thrown into the host
     }
-  } else if (cameras[0].camera) {
-    cameras[0].camera->Unplug();
+  } else if (cameras[index].camera) {
+    cameras[index].camera->Unplug();
   }
 }
 
 // Takes everything out of the system again.
 std::vector<RunningCamera> Unlist() {
   Simulator& simulator = TheSimulator();
-  simulator.volume.reset();
-  simulator.bootLoader.reset();
+  simulator.volumes.reset();
   std::vector<RunningCamera> cameras = std::exchange(simulator.cameras, {});
   for (std::size_t index = 0; index < cameras.size(); ++index) {
     Unlist(cameras[index].instanceName, cameras[index].microphoneName);
@@ -200,6 +195,22 @@ void Stop() {
 
 enum class Listing { kRegistry, kPrivate };
 
+void StartBootLoaders(const Options& options) {
+  Simulator& simulator = TheSimulator();
+  std::vector<std::shared_ptr<BootLoader>> bootLoaders;
+  for (const auto& [index, bootLoaderOptions] : options.bootLoaders) {
+    bootLoaders.push_back(std::make_shared<BootLoader>(bootLoaderOptions));
+    if (index < simulator.cameras.size()) {
+      simulator.cameras[index].bootLoader = bootLoaders.back();
+      bootLoaders.back()->SetStageObserver(
+          [index = index](BootStage stage) { FollowStage(index, stage); });
+    }
+  }
+  if (!bootLoaders.empty()) {
+    simulator.volumes.emplace(bootLoaders);
+  }
+}
+
 void Start(const char* text, Listing listing) {
   const Options options = ParseOptions(text != nullptr ? text : "");
   if (options.cameras.size() > ZEM_SIMULATOR_MAX_CAMERAS) {
@@ -211,18 +222,14 @@ void Start(const char* text, Listing listing) {
     simulator.privateDevices.emplace();
   }
   simulator.inRegistry = listing == Listing::kRegistry;
-  if (options.bootLoader) {
-    simulator.bootLoader = std::make_shared<BootLoader>(*options.bootLoader);
-    simulator.bootLoader->SetStageObserver(FollowStage);
-    simulator.volume.emplace(simulator.bootLoader);
-  }
   for (const CameraOptions& camera : options.cameras) {
     simulator.cameras.push_back(Prepare(camera, simulator.cameras.size()));
   }
-  const bool firstIsAway =
-      simulator.bootLoader && simulator.bootLoader->stage() != BootStage::kCamera;
-  for (std::size_t index = firstIsAway ? 1 : 0; index < simulator.cameras.size(); ++index) {
-    if (FAILED(ListCamera(index))) {
+  StartBootLoaders(options);
+  for (std::size_t index = 0; index < simulator.cameras.size(); ++index) {
+    const auto& bootLoader = simulator.cameras[index].bootLoader;
+    const bool isAway = bootLoader && bootLoader->stage() != BootStage::kCamera;
+    if (!isAway && FAILED(ListCamera(index))) {
       throw std::runtime_error("the camera could not be written to the registry");
     }
   }

@@ -40,9 +40,10 @@ TEST(SimulatorOptionsTest, CamerasAsTold) {
 }
 
 TEST(SimulatorOptionsTest, NoBootLoaderUnlessAskedFor) {
-  EXPECT_FALSE(ParseOptions("{}").bootLoader.has_value());
-  const auto loader = ParseOptions(R"({"bootLoader": {}})").bootLoader;
-  ASSERT_TRUE(loader.has_value());
+  EXPECT_TRUE(ParseOptions("{}").bootLoaders.empty());
+  const auto loaders = ParseOptions(R"({"bootLoader": {}})").bootLoaders;
+  ASSERT_EQ(loaders.size(), 1U);
+  const auto* const loader = &loaders.at(0);
   EXPECT_EQ(loader->letter, L'F');
   EXPECT_EQ(loader->start, BootStage::kBootLoader);
   EXPECT_EQ(loader->afterJump, BootStage::kZemStorage);
@@ -55,14 +56,25 @@ TEST(SimulatorOptionsTest, NoBootLoaderUnlessAskedFor) {
   EXPECT_EQ(loader->storages[1].type, StorageType::kDram);
 }
 
+TEST(SimulatorOptionsTest, EachCameraMayHaveABootLoader) {
+  const auto loaders = ParseOptions(R"({"bootLoader": {"letter": "K"}, "cameras": [{}, {},
+      {"bootLoader": {"letter": "L", "start": "camera"}}]})")
+                           .bootLoaders;
+  ASSERT_EQ(loaders.size(), 2U);
+  EXPECT_EQ(loaders.at(0).letter, L'K');
+  EXPECT_EQ(loaders.at(2).letter, L'L');
+  EXPECT_EQ(loaders.at(2).start, BootStage::kCamera);
+}
+
 TEST(SimulatorOptionsTest, BootLoaderAsTold) {
-  const auto loader = ParseOptions(R"({"bootLoader": {
+  const auto loaders = ParseOptions(R"({"bootLoader": {
       "letter": "Q", "start": "camera", "afterJump": "gone", "signature": "VSN2",
       "responseFormat": 2, "absentOpens": 7, "faults": ["fail@2+3=5"],
       "storages": [{"type": "emmc", "size": 1024, "file": "x"}, {"type": "sf"},
                    {"type": "spi-nand"}, {"type": "parallel-nand"}, {"type": "dram"}]}})")
-                          .bootLoader;
-  ASSERT_TRUE(loader.has_value());
+                           .bootLoaders;
+  ASSERT_EQ(loaders.size(), 1U);
+  const auto* const loader = &loaders.at(0);
   EXPECT_EQ(loader->letter, L'Q');
   EXPECT_EQ(loader->start, BootStage::kCamera);
   EXPECT_EQ(loader->afterJump, BootStage::kGone);
@@ -102,36 +114,39 @@ TEST(SimulatorOptionsTest, DataChannelAsTold) {
 }
 
 TEST(SimulatorOptionsTest, WrongOptionsAreRefusedWithAReason) {
-  for (const char* const text : {"nonsense",
-                                 "[]",
-                                 R"({"camera": []})",
-                                 R"({"cameras": [{"vid": 1}]})",
-                                 R"({"cameras": [{"vendorId": 65536}]})",
-                                 R"({"cameras": [{"vendorId": "x"}]})",
-                                 R"({"cameras": [{"skypeVersion": 256}]})",
-                                 R"({"cameras": [{"h264Formats": [1]}]})",
-                                 R"({"cameras": [{"h264Formats": [{"fps": 1}]}]})",
-                                 R"({"cameras": [{"h264Formats": [{"index": 256}]}]})",
-                                 R"({"cameras": [{"h264Formats": [{"maxBitRate": 4294967296}]}]})",
-                                 R"({"cameras": [{"h264Formats": [{"width": -1}]}]})",
-                                 R"({"cameras": [{"faults": ["x"]}]})",
-                                 R"({"cameras": [{"chip": "518x"}]})",
-                                 R"({"cameras": [{"dataLength": 512}]})",
-                                 R"({"cameras": [{"burnPolls": -1}]})",
-                                 R"({"cameras": [1]})",
-                                 R"({"cameras": {"a": {}}})",
-                                 R"({"cameras": null})",
-                                 R"({"cameras": [{"h264Formats": {"a": {}}}]})",
-                                 R"({"cameras": [{"tables": {"a": {"id": 1}}}]})",
-                                 R"({"bootLoader": {"storages": {"a": {}}}})",
-                                 R"({"bootLoader": {"x": 1}})",
-                                 R"({"bootLoader": {"letter": "B"}})",
-                                 R"({"bootLoader": {"letter": "FG"}})",
-                                 R"({"bootLoader": {"start": "x"}})",
-                                 R"({"bootLoader": {"faults": ["x"]}})",
-                                 R"({"bootLoader": {"storages": [{"type": "x"}]}})",
-                                 R"({"bootLoader": {"storages": [{"size": -1}]}})",
-                                 R"({"bootLoader": {"storages": [{"size": 268435457}]}})"}) {
+  for (const char* const text :
+       {"nonsense",
+        "[]",
+        R"({"camera": []})",
+        R"({"cameras": [{"vid": 1}]})",
+        R"({"cameras": [{"vendorId": 65536}]})",
+        R"({"cameras": [{"vendorId": "x"}]})",
+        R"({"cameras": [{"skypeVersion": 256}]})",
+        R"({"cameras": [{"h264Formats": [1]}]})",
+        R"({"cameras": [{"h264Formats": [{"fps": 1}]}]})",
+        R"({"cameras": [{"h264Formats": [{"index": 256}]}]})",
+        R"({"cameras": [{"h264Formats": [{"maxBitRate": 4294967296}]}]})",
+        R"({"cameras": [{"h264Formats": [{"width": -1}]}]})",
+        R"({"cameras": [{"faults": ["x"]}]})",
+        R"({"cameras": [{"chip": "518x"}]})",
+        R"({"cameras": [{"dataLength": 512}]})",
+        R"({"cameras": [{"burnPolls": -1}]})",
+        R"({"cameras": [1]})",
+        R"({"cameras": {"a": {}}})",
+        R"({"cameras": null})",
+        R"({"cameras": [{"h264Formats": {"a": {}}}]})",
+        R"({"cameras": [{"tables": {"a": {"id": 1}}}]})",
+        R"({"bootLoader": {"storages": {"a": {}}}})",
+        R"({"bootLoader": {"x": 1}})",
+        R"({"cameras": [{"bootLoader": {}}, {"bootLoader": {}}]})",
+        R"({"cameras": [{"bootLoader": {"letter": "G"}}], "bootLoader": {}})",
+        R"({"bootLoader": {"letter": "B"}})",
+        R"({"bootLoader": {"letter": "FG"}})",
+        R"({"bootLoader": {"start": "x"}})",
+        R"({"bootLoader": {"faults": ["x"]}})",
+        R"({"bootLoader": {"storages": [{"type": "x"}]}})",
+        R"({"bootLoader": {"storages": [{"size": -1}]}})",
+        R"({"bootLoader": {"storages": [{"size": 268435457}]}})"}) {
     EXPECT_THROW(ParseOptions(text), std::invalid_argument) << text;
   }
 }

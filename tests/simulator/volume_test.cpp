@@ -171,6 +171,21 @@ TEST_F(VolumeTest, OutcomesAsSystemErrors) {
   EXPECT_EQ(Open(), nullptr);
 }
 
+TEST_F(VolumeTest, RefusalWithAStatusIsNoSystemError) {
+  loader->AddFault(ParseFault("refuse@1=2").value());
+  loader->AddFault(ParseFault("refuse@2=8").value());
+  void* const handle = Open();
+  Bytes block = IdentifyRequest(16);
+  EXPECT_EQ(Control(handle, 0x4D004, block), 0U);
+  EXPECT_EQ(block[2], 2) << "check condition";
+  EXPECT_EQ(block[12], 0) << "bytes moved";
+  EXPECT_EQ(block[92], 0xEE);
+  block = RegisterRequest();
+  EXPECT_EQ(Control(handle, 0x4D014, block), 0U);
+  EXPECT_EQ(block[2], 8) << "busy";
+  EXPECT_TRUE(loader->registers.empty());
+}
+
 TEST_F(VolumeTest, ChangeOfStageEndsOpenHandles) {
   void* const handle = Open();
   loader->EnterRomBoot();
