@@ -53,13 +53,16 @@ done
 
 # stop SIGNAL: the run that waits ends by it.
 stop() {
+  local status=0
   kill -"$1" "$waiting"
-  wait "$waiting" 2>/dev/null || true
+  wait "$waiting" 2>/dev/null || status=$?
+  [ $status -eq "$2" ] || { echo "$1 at the question: status $status"; cat $work/question; exit 1; }
   expect 3 'no video-input device is attached' list
 }
-stop KILL
+stop KILL 137
 ask waiting
-stop INT
+stop INT 12
+tr -d "\r" <$work/question | grep -qF "zemctl: stopped by the user." && grep -qF "Camera: nothing was done" $work/question
 ask waiting
 echo no >&3
 status=0

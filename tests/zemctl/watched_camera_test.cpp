@@ -48,9 +48,10 @@ class WatchedCameraTest : public ::testing::Test {
   const std::vector<Transfer>& transfers() const { return record_->transfers(); }
 
   std::uint64_t now_ = 1000;
+  bool stop_ = false;
   std::shared_ptr<Camera> camera_ = std::make_shared<Camera>();
   std::shared_ptr<TransferRecord> record_ =
-      std::make_shared<TransferRecord>([this] { return now_; });
+      std::make_shared<TransferRecord>([this] { return now_; }, [this] { return stop_; });
   ComPtr<IBaseFilter> filter_;
   std::array<std::uint8_t, 8> data_ = {};
   ULONG moved_ = 0;
@@ -96,6 +97,35 @@ TEST_F(WatchedCameraTest, AFailureGoesBothWays) {
   EXPECT_TRUE(transfers()[0].hasFailed());
   EXPECT_TRUE(transfers()[0].bytes.empty());
   EXPECT_EQ(transfers()[0].length, 8U);
+}
+
+TEST_F(WatchedCameraTest, NothingIsPassedOnAfterAStop) {
+  EXPECT_EQ(record_->Extent(), "it was sent nothing");
+  EXPECT_EQ(Set(1, {0x0A, 0x00, 0, 0, 0, 0, 0, 0}), S_OK);
+  EXPECT_EQ(record_->Extent(), "it took 1 transfer, set vendor 1 (ISP command, 8 bytes)");
+  EXPECT_EQ(Set(4, {0x01, 0x00, 0, 0, 0, 0, 0, 0}), S_OK);
+  stop_ = true;
+  EXPECT_FALSE(record_->wasStopped());
+  const std::uint64_t before = camera_->transfers();
+
+  EXPECT_EQ(Set(1, {0x0B, 0x00, 0, 0, 0, 0, 0, 0}), static_cast<HRESULT>(0x800704C7U));
+  EXPECT_EQ(Get(10), static_cast<HRESULT>(0x800704C7U));
+  LONG value = 0;
+  LONG flags = 0;
+  EXPECT_EQ(zem::GetControl<IAMVideoProcAmp>(filter_.get(), 7, &value, &flags),
+            static_cast<HRESULT>(0x800704C7U));
+  EXPECT_EQ(zem::SetControl<IAMVideoProcAmp>(filter_.get(), 7, 1, 2),
+            static_cast<HRESULT>(0x800704C7U));
+  EXPECT_EQ(camera_->transfers(), before);
+  EXPECT_TRUE(record_->wasStopped());
+  ASSERT_EQ(transfers().size(), 6U);
+  EXPECT_EQ(zemctl::FailureOf(transfers()[2]), "stopped by the user");
+  EXPECT_EQ(record_->Extent(),
+            "it took 2 transfers, the last of them set vendor 4 (VCP command, 8 bytes)");
+
+  // A wait for the end of a burn finds one.
+  EXPECT_EQ(Get(5), S_OK);
+  EXPECT_EQ(data_, (std::array<std::uint8_t, 8>{0x82, 0, 0, 0, 0, 0, 0, 0}));
 }
 
 TEST_F(WatchedCameraTest, StandardControlsAreWrittenDownToo) {

@@ -6,6 +6,7 @@
 
 #include "include/ZemUVCExtApi.h"
 #include "tools/zemctl/frame/bytes.h"
+#include "tools/zemctl/frame/interrupt.h"
 #include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
@@ -31,6 +32,9 @@ std::string WaitForCamera(const DeviceSelection& device, unsigned seconds) {
       if (failure.text().exitCode != kNoCamera) {
         throw;
       }
+    }
+    if (StopRequested()) {
+      throw Stopped("it was not seen since it was restarted", "look for it with \"zemctl list\".");
     }
     if (GetTickCount64() >= end) {
       return "";

@@ -10,6 +10,7 @@
 #include "tools/zemctl/camera/judgement.h"
 #include "tools/zemctl/camera/watched_camera.h"
 #include "tools/zemctl/frame/bytes.h"
+#include "tools/zemctl/frame/interrupt.h"
 
 namespace zemctl {
 namespace {
@@ -91,7 +92,8 @@ Session::Session(const DeviceSelection& selection, Use use) : Session(Find(selec
 
 Session::Session(FoundCamera camera)
     : device_(std::move(camera.device)),
-      record_(std::make_shared<TransferRecord>([] { return std::uint64_t{GetTickCount64()}; })),
+      record_(std::make_shared<TransferRecord>([] { return std::uint64_t{GetTickCount64()}; },
+                                               StopRequested)),
       object_(Watch(std::move(camera.object), record_)) {
   // Closing gives one back, and opening this way takes none.
   static_cast<void>(CoInitialize(nullptr));
@@ -106,6 +108,7 @@ Session::~Session() { ZEMAPI_CloseDevice(&handle_); }
 
 ZemResult Session::Call(const char* function, const Function& call, const Words& words) const {
   const CallOutcome outcome = Observe(function, call);
+  RefuseStopped();
   Judge(function, outcome, words);
   return outcome.result;
 }
@@ -113,8 +116,15 @@ ZemResult Session::Call(const char* function, const Function& call, const Words&
 ZemResult Session::CallOnObject(const char* function, const Function& call,
                                 const Words& words) const {
   const CallOutcome outcome = Observe(function, call, object_.get());
+  RefuseStopped();
   Judge(function, outcome, words);
   return outcome.result;
+}
+
+void Session::RefuseStopped() const {
+  if (record_->wasStopped()) {
+    throw Stopped(record_->Extent());
+  }
 }
 
 CallOutcome Session::Observe(const char* function, const Function& call) const {
@@ -128,6 +138,10 @@ CallOutcome Session::Observe(const char* function, const Function& call, void* d
 }
 
 ResultText DescribeLoss(ZemResult result, const Transfer& loss) {
+  if (loss.result == kStoppedResult) {
+    return {Describe(result).name, "stopped by the user", "Run this command once more.",
+            kInterrupted};
+  }
   const std::string what = NameOf(loss) + " failed: " + FailureOf(loss);
   const std::string consequence = loss.isSet || !loss.isAddressed
                                       ? "what it should have done was not done"

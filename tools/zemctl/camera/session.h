@@ -51,8 +51,8 @@ class Session {
   // What a result means where the call knows better than Describe; nothing otherwise.
   using Words = std::function<std::optional<ResultText>(ZemResult result)>;
 
-  // Calls the library. Throws CallFailure when the result is negative, or one that `words` knows,
-  // and when a transfer was lost although the call reports something else.
+  // Calls the library. Throws as RefuseStopped, and CallFailure when the result is negative, or one
+  // that `words` knows, and when a transfer was lost although the call reports something else.
   ZemResult Call(const char* function, const Function& call, const Words& words = nullptr) const;
   ZemResult CallOnObject(const char* function, const Function& call,
                          const Words& words = nullptr) const;
@@ -67,6 +67,10 @@ class Session {
   void SetObserver(std::function<void(const Transfer&)> observer) const {
     record_->SetObserver(std::move(observer));
   }
+
+  // Throws ToolFailure (kInterrupted) when something was not sent because the person at the
+  // terminal wants an end.
+  void RefuseStopped() const;
 
  private:
   explicit Session(FoundCamera camera);

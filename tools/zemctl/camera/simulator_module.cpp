@@ -69,8 +69,6 @@ std::string Complete(const std::string& options, const std::vector<std::string>&
 
 }  // namespace
 
-SimulatorModule* SimulatorModule::running_ = nullptr;
-
 SimulatorModule::SimulatorModule(const std::string& options, const std::vector<std::string>& faults,
                                  const std::string& state) {
   const std::string text = Complete(options, faults, state);
@@ -84,19 +82,9 @@ SimulatorModule::SimulatorModule(const std::string& options, const std::vector<s
     Refuse(options, state,
            FindFunction<decltype(ZemSimulatorLastError)>(module_, "ZemSimulatorLastError")());
   }
-  running_ = this;
 }
 
-SimulatorModule::~SimulatorModule() { Stop(); }
-
-void SimulatorModule::StopRunning() {
-  if (running_ != nullptr) {
-    running_->Stop();
-  }
-}
-
-void SimulatorModule::Stop() {
-  running_ = nullptr;
+SimulatorModule::~SimulatorModule() {
   // The module stays loaded: COM may hold on to it until the process ends.
   FindFunction<decltype(ZemSimulatorStop)>(module_, "ZemSimulatorStop")();
   const char* const reason =

@@ -18,13 +18,7 @@ class SimulatorModule {
   SimulatorModule(const SimulatorModule&) = delete;
   SimulatorModule& operator=(const SimulatorModule&) = delete;
 
-  // Stops the one that lives, if any, for a program that ends at once.
-  static void StopRunning();
-
  private:
-  void Stop();
-
-  static SimulatorModule* running_;
   void* module_;
 };
 

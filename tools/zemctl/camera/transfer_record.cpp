@@ -77,6 +77,9 @@ std::string FailureOf(const Transfer& transfer) {
   std::array<char, 16> code = {};
   std::snprintf(code.data(), code.size(), " (0x%08X)", static_cast<unsigned>(transfer.result));
   const char* meaning = "the transfer failed";
+  if (transfer.result == kStoppedResult) {
+    return "stopped by the user";
+  }
   if (MeansGone(transfer.result)) {
     meaning = "the camera is gone";
   } else if (transfer.result == results::kGenFailureResult) {
@@ -96,6 +99,14 @@ bool IsUnknownControl(HRESULT result) {
   return result == results::kNotFoundResult || result == results::kSetNotFoundResult;
 }
 
+std::string TransferRecord::Extent() const {
+  if (taken_ == 0) {
+    return "it was sent nothing";
+  }
+  return "it took " + std::to_string(taken_) +
+         (taken_ == 1 ? " transfer, " : " transfers, the last of them ") + lastTaken_;
+}
+
 void TransferRecord::Add(Transfer transfer) {
   const std::uint64_t now = clock_();
   transfer.milliseconds = now - start_;
@@ -106,6 +117,11 @@ void TransferRecord::Add(Transfer transfer) {
   }
   isGone_ = isGone_ || MeansGone(transfer.result) ||
             (isFailing_ && now - failingSince_ >= kLongestSilenceMilliseconds);
+  wasStopped_ = wasStopped_ || transfer.result == kStoppedResult;
+  if (transfer.isSet && !transfer.hasFailed()) {
+    ++taken_;
+    lastTaken_ = NameOf(transfer);
+  }
   transfers_.push_back(std::move(transfer));
   if (observer_) {
     observer_(transfers_.back());

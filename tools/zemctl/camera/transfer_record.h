@@ -43,12 +43,17 @@ bool MeansGone(HRESULT result);
 // Whether it says that the camera lacks the unit or the control.
 bool IsUnknownControl(HRESULT result);
 
+// What a transfer comes to that is not passed on, because the person at the terminal wants an end.
+inline constexpr auto kStoppedResult = static_cast<HRESULT>(0x800704C7U);
+
 // The transfers of one call after another.
 class TransferRecord {
  public:
   using Clock = std::function<std::uint64_t()>;  // milliseconds
 
-  explicit TransferRecord(Clock clock) : clock_(std::move(clock)), start_(clock_()) {}
+  // `stopRequested` tells whether the person at the terminal wants an end.
+  explicit TransferRecord(Clock clock, std::function<bool()> stopRequested = nullptr)
+      : clock_(std::move(clock)), start_(clock_()), stopRequested_(std::move(stopRequested)) {}
 
   // Forgets the transfers of the call before.
   void BeginCall() { transfers_.clear(); }
@@ -63,6 +68,13 @@ class TransferRecord {
   // it will end well.
   bool isGone() const { return isGone_; }
 
+  // Nothing may be sent any more.
+  bool mustStop() const { return stopRequested_ && stopRequested_(); }
+  // Something was not sent for that reason.
+  bool wasStopped() const { return wasStopped_; }
+  // How far it came: "the camera took 2 transfers, the last of them set vendor 1 (...)".
+  std::string Extent() const;
+
   // Sees every transfer as it happens, until another takes its place.
   void SetObserver(std::function<void(const Transfer&)> observer) {
     observer_ = std::move(observer);
@@ -76,6 +88,10 @@ class TransferRecord {
   bool isFailing_ = false;
   std::uint64_t failingSince_ = 0;
   bool isGone_ = false;
+  std::function<bool()> stopRequested_;
+  bool wasStopped_ = false;
+  std::uint64_t taken_ = 0;  // transfers to the camera that went well
+  std::string lastTaken_;
 };
 
 }  // namespace zemctl

@@ -48,17 +48,19 @@ class WatchedNode : public ComObject<IKsControl> {
 
   HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY property, ULONG propertyLength, LPVOID data,
                                        ULONG dataLength, ULONG* bytesReturned) override {
-    const HRESULT result =
-        node_->KsProperty(property, propertyLength, data, dataLength, bytesReturned);
     KSP_NODE request = {};
+    const auto pass = [&] {
+      return node_->KsProperty(property, propertyLength, data, dataLength, bytesReturned);
+    };
     if (property == nullptr || propertyLength != sizeof(request)) {
-      return result;
+      return pass();
     }
     std::memcpy(&request, property, sizeof(request));
     *wanted_ = request.Property.Set;
     if (request.Property.Id == 0) {
-      return result;
+      return pass();
     }
+    const HRESULT result = record_->mustStop() ? kStoppedResult : pass();
     const Transfer transfer = Describe(request, data, dataLength, bytesReturned, result);
     record_->Add(transfer);
     return EndsWait(transfer) && AnswerFailedBurn(data, dataLength, bytesReturned) ? S_OK : result;
@@ -76,7 +78,7 @@ class WatchedNode : public ComObject<IKsControl> {
 
  private:
   bool EndsWait(const Transfer& transfer) const {
-    return transfer.hasFailed() && record_->isGone() &&
+    return transfer.hasFailed() && (record_->isGone() || record_->wasStopped()) &&
            transfer.Is(zem::VendorXu, zem::vendor_selector::kVcpReply, false);
   }
 
@@ -108,20 +110,23 @@ class WatchedControls : public ComObject<Interface> {
 
   HRESULT STDMETHODCALLTYPE GetRange(LONG property, LONG* minimum, LONG* maximum, LONG* step,
                                      LONG* defaultValue, LONG* flags) override {
-    return Note(property, false,
-                controls_->GetRange(property, minimum, maximum, step, defaultValue, flags));
+    return Move(property, false, [&] {
+      return controls_->GetRange(property, minimum, maximum, step, defaultValue, flags);
+    });
   }
 
   HRESULT STDMETHODCALLTYPE Set(LONG property, LONG value, LONG flags) override {
-    return Note(property, true, controls_->Set(property, value, flags));
+    return Move(property, true, [&] { return controls_->Set(property, value, flags); });
   }
 
   HRESULT STDMETHODCALLTYPE Get(LONG property, LONG* value, LONG* flags) override {
-    return Note(property, false, controls_->Get(property, value, flags));
+    return Move(property, false, [&] { return controls_->Get(property, value, flags); });
   }
 
  private:
-  HRESULT Note(LONG property, bool isSet, HRESULT result) {
+  template <class Pass>
+  HRESULT Move(LONG property, bool isSet, Pass pass) {
+    const HRESULT result = record_->mustStop() ? kStoppedResult : pass();
     Transfer transfer;
     transfer.unit = id_;
     transfer.selector = static_cast<std::uint32_t>(property);

@@ -1,10 +1,10 @@
 #include "tools/zemctl/frame/confirm.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cstdio>
 
+#include "tools/zemctl/frame/interrupt.h"
 #include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
@@ -15,10 +15,10 @@ void Confirm(const Options& options, const std::string& what) {
   }
   std::fprintf(stderr, "%s. Go on? [y/N] ", what.c_str());
   std::fflush(stderr);
-  std::array<char, 64> line = {};
-  std::string answer;
-  if (std::fgets(line.data(), static_cast<int>(line.size()), stdin) != nullptr) {
-    answer = line.data();
+  std::string answer = ReadAnswer().value_or("");
+  if (StopRequested()) {
+    std::fputc('\n', stderr);
+    throw Stopped("nothing was done");
   }
   answer.erase(answer.find_last_not_of("\r\n ") + 1);
   answer.erase(0, answer.find_first_not_of(' '));

@@ -6,6 +6,7 @@
 
 #include "tools/zemctl/camera/simulator_module.h"
 #include "tools/zemctl/frame/command_tree.h"
+#include "tools/zemctl/frame/interrupt.h"
 #include "tools/zemctl/frame/outcome.h"
 #include "tools/zemctl/frame/results.h"
 #include "zemctl_version.h"
@@ -197,6 +198,7 @@ int Program::RunAction(Report& report) {
   if (options_.simulator) {
     simulator.emplace(options_.simulatorOptions, options_.simulatorFaults, options_.simulatorState);
   }
+  const InterruptGuard interrupt;
   const ComThread com;
   const int exitCode = chosen_(options_, report);
   if (exitCode == kDone) {

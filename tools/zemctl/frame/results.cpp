@@ -60,6 +60,10 @@ Failure CallFailure::failure() const {
           function_,      Hex(result_),  text_.name};
 }
 
+ToolFailure Stopped(const std::string& cameraState, const std::string& next) {
+  return {kInterrupted, "stopped by the user", next, cameraState};
+}
+
 void Check(const char* function, ZemResult result) {
   if (result < 0) {
     throw CallFailure(function, result);

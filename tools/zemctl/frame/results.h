@@ -73,6 +73,10 @@ class ToolFailure : public std::runtime_error {
   Failure failure_;
 };
 
+// The end that the person at the terminal asked for.
+ToolFailure Stopped(const std::string& cameraState,
+                    const std::string& next = "run this command once more.");
+
 // A failure beside which the report stands: what could be had is shown, and what failed.
 class PartialFailure : public std::runtime_error {
  public:

@@ -61,6 +61,7 @@ int Send(const Options& options, const DataArguments& arguments, Report& report)
   });
   progress.Begin("send");
   const CallOutcome outcome = sendAll(session);
+  session.RefuseStopped();
   Check(kSendData.function, outcome.result);
   if (!image.complete()) {
     throw ToolFailure(

@@ -1,7 +1,5 @@
 #include "tools/zemctl/updates/image_run.h"
 
-#include <windows.h>
-
 #include <algorithm>
 
 namespace zemctl {
@@ -14,33 +12,21 @@ constexpr Progress::Share kBurn = {70, 90};
 // Number of times that the wait after the burn order reports.
 constexpr std::uint32_t kCountdown = 10;
 
-// How often it is looked whether the person wants to stop while the library waits.
-constexpr UINT kTimerMilliseconds = 100;
-
 }  // namespace
 
-ImageRun* ImageRun::running = nullptr;
-
 ImageRun::ImageRun(const ImageProcedure& procedure, std::span<const unsigned char> image,
-                   const ImageParameters& parameters, Progress& progress,
-                   std::function<void(const ImageTransfers&)> stopped)
+                   const ImageParameters& parameters, Progress& progress)
     : procedure_(procedure),
       length_(static_cast<std::uint32_t>(image.size())),
       padded_(image.begin(), image.end()),
       parameters_(parameters),
       progress_(progress),
-      stopped_(std::move(stopped)),
       image_(length_) {
   padded_.resize(padded_.size() + kLongestChunk);
 }
 
 CallOutcome ImageRun::Run(const Session& session) {
   progress_.Begin("send", kSend);
-  // The library dispatches this thread's messages while it polls; a timer's is one.
-  running = this;
-  const UINT_PTR timer = SetTimer(nullptr, 0, kTimerMilliseconds,
-                                  [](HWND /*window*/, UINT /*message*/, UINT_PTR /*timer*/,
-                                     DWORD /*time*/) { running->OnTimer(); });
   session.SetObserver([this](const Transfer& transfer) { image_.OnTransfer(transfer); });
   CallOutcome outcome = session.Observe(procedure_.function, [this](void* device) {
     return procedure_.run(
@@ -51,15 +37,10 @@ CallOutcome ImageRun::Run(const Session& session) {
         reinterpret_cast<std::uint64_t>(this), parameters_);
   });
   session.SetObserver(nullptr);
-  KillTimer(nullptr, timer);
-  running = nullptr;
   return outcome;
 }
 
 void ImageRun::OnValue(std::uint32_t value) {
-  if (interrupt_.requested()) {
-    stopped_(image_);
-  }
   if (!burning_) {
     progress_.Update(image_.sentPercent());
   }
@@ -70,13 +51,6 @@ void ImageRun::OnValue(std::uint32_t value) {
   if (image_.ordered()) {
     // ZEMAPI_UpdateFW_517x counts its wait down.
     progress_.Update((kCountdown - std::min(value, kCountdown)) * 100 / kCountdown);
-  }
-}
-
-void ImageRun::OnTimer() {
-  // While the image is being sent its own progress is the place to stop.
-  if (burning_ && interrupt_.requested()) {
-    stopped_(image_);
   }
 }
 

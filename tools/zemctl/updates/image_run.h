@@ -1,12 +1,10 @@
 // One run of a procedure that sends and burns an image, with its progress on the terminal.
 #pragma once
 
-#include <functional>
 #include <span>
 #include <vector>
 
 #include "tools/zemctl/camera/session.h"
-#include "tools/zemctl/frame/interrupt.h"
 #include "tools/zemctl/frame/progress.h"
 #include "tools/zemctl/updates/image_procedure.h"
 #include "tools/zemctl/updates/image_transfers.h"
@@ -15,11 +13,8 @@ namespace zemctl {
 
 class ImageRun {
  public:
-  // `stopped` is called, on this thread and in the middle of the procedure, when the person has
-  // pressed Ctrl-C; it does not return.
   ImageRun(const ImageProcedure& procedure, std::span<const unsigned char> image,
-           const ImageParameters& parameters, Progress& progress,
-           std::function<void(const ImageTransfers&)> stopped);
+           const ImageParameters& parameters, Progress& progress);
   ImageRun(const ImageRun&) = delete;
   ImageRun& operator=(const ImageRun&) = delete;
 
@@ -30,10 +25,6 @@ class ImageRun {
 
  private:
   void OnValue(std::uint32_t value);
-  void OnTimer();
-
-  // The one whose timer runs: a timer's function takes no value of ours.
-  static ImageRun* running;
 
   const ImageProcedure& procedure_;
   std::uint32_t length_;
@@ -41,10 +32,8 @@ class ImageRun {
   std::vector<unsigned char> padded_;
   ImageParameters parameters_;
   Progress& progress_;
-  std::function<void(const ImageTransfers&)> stopped_;
   ImageTransfers image_;
   bool burning_ = false;
-  InterruptGuard interrupt_;
 };
 
 }  // namespace zemctl

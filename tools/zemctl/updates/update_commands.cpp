@@ -5,11 +5,9 @@
 
 #include "tools/zemctl/camera/camera_wait.h"
 #include "tools/zemctl/camera/rehearsal.h"
-#include "tools/zemctl/camera/simulator_module.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/confirm.h"
 #include "tools/zemctl/frame/files.h"
-#include "tools/zemctl/frame/outcome.h"
 #include "tools/zemctl/frame/program.h"
 #include "tools/zemctl/frame/progress.h"
 #include "tools/zemctl/frame/results.h"
@@ -91,19 +89,12 @@ std::optional<std::uint8_t> ReadTransferStatus(const Session& session) {
   return read.result >= 0 && !read.loss && moved > 0 ? std::optional(status[0]) : std::nullopt;
 }
 
-[[noreturn]] void Stop(const Options& options, const ImageTransfers& image) {
-  const CameraState state = StateWhenStopped(image);
-  // Behind the line of the progress.
-  std::fputc('\n', stderr);
-  ShowFailure(options,
-              {kInterrupted, "stopped by the user", state.next + ".", state.state, "", "", ""});
-  SimulatorModule::StopRunning();
-  std::fflush(nullptr);
-  std::_Exit(kInterrupted);
-}
-
 void CheckOutcome(const ImageProcedure& procedure, const CallOutcome& outcome,
                   const ImageTransfers& image, const Session& session) {
+  if (session.record().wasStopped()) {
+    const CameraState state = StateWhenStopped(image);
+    throw Stopped(state.state, state.next + ".");
+  }
   const bool wentWell = outcome.result >= 0 && image.complete() && !outcome.loss;
   const auto state = StateAfter(outcome.result, image, outcome.loss.has_value(),
                                 wentWell ? std::nullopt : ReadTransferStatus(session));
@@ -223,8 +214,7 @@ int Update(const Options& options, const UpdateArguments& arguments,
   }
 
   Progress progress(options.json);
-  ImageRun run(procedure, image, arguments.parameters, progress,
-               [&options](const ImageTransfers& sent) { Stop(options, sent); });
+  ImageRun run(procedure, image, arguments.parameters, progress);
   const CallOutcome outcome = run.Run(session);
   CheckOutcome(procedure, outcome, run.image(), session);
 
