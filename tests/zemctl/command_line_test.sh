@@ -2,14 +2,6 @@
 # What zemctl makes of a command line: help, version, commands that are none, numbers, answers, paths.
 source "$(dirname "$0")/support.sh"
 
-# says TEXT, silent_about TEXT: the last run's output has a line with it, or none.
-says() {
-  tr -d '\r' <$out | grep -qF -- "$1" || { echo "\"$1\" is missing:"; cat $out; exit 1; }
-}
-silent_about() {
-  ! grep -qF -- "$1" $out || { echo "\"$1\" is there:"; cat $out; exit 1; }
-}
-
 # ---- The version, in the tool and in its file ----
 
 version=$(sed -nE 's/^project\(ZemUVCExtApi VERSION ([0-9.]+) .*/\1/p' CMakeLists.txt)

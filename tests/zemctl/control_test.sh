@@ -15,7 +15,7 @@ expect 0 'mode:    automatic' $sim control set focus auto
 expect 0 '"value": -9' $sim --json control set exposure -9
 expect 2 'is neither a number nor auto' $sim control set brightness bright
 expect 2 '"sparkle" is no control; the controls are brightness' $sim control get sparkle
-expect 7 'ZEMAPI_SetVideoProcAmp: the platform reported a failure (platform failure, 0x80070057)' \
+expect 2 'brightness takes 0 to 255 in steps of 1 (manual), and not 256 (manual) (platform failure, 0x80070057)' \
   $sim control set brightness 256
 expect 7 'ZEMAPI_GetCameraControlRange' $sim control get roll
 expect 8 'the camera has no video controls' $sim --simulator-options "$without" control get brightness

@@ -32,9 +32,9 @@ expect 2 '"65536" is not a number of 2 bytes for wIndex' $sim encoding probe wIn
 expect 2 'dwQpPrime_I takes 3 numbers' $sim encoding set rate-control dwQpPrime_I=1,2,3,4
 expect 2 'is no control of the encoding unit' $sim encoding get nothing
 expect 0 'block:   probe' $sim --pid 0x8C00 encoding probe
-expect 7 'WREN_EuGet: the control could not be reached (ZEM_E_NO_DEVICE, 0x80000003)' $without \
+expect 8 'WREN_EuGet: the camera has no encoding extension unit (ZEM_E_NO_DEVICE, 0x80000003)' $without \
   encoding get rate-control
-expect 7 'WREN_ProbeGet: the control could not be reached' $without \
+expect 8 'WREN_ProbeGet: the camera has no stream-probe extension unit' $without \
   encoding probe
 expect 3 'no camera matches' encoding probe
 

@@ -20,3 +20,15 @@ expect() {
     exit 1
   fi
 }
+
+# says TEXT, silent_about TEXT: the last run's output has a line with it, or none.
+says() {
+  tr -d '\r' <$out | grep -qF -- "$1" || { echo "\"$1\" is missing:"; cat $out; exit 1; }
+}
+silent_about() {
+  if grep -qF -- "$1" $out; then
+    echo "\"$1\" is there:"
+    cat $out
+    exit 1
+  fi
+}

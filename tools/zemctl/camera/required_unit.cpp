@@ -7,6 +7,11 @@
 
 namespace zemctl {
 
+ResultText DescribeAbsentUnit(const std::string& name, const std::string& resultName) {
+  return {resultName, "the camera has no " + name + " extension unit",
+          "\"zemctl info\" tells which units it has.", kUnitAbsent};
+}
+
 void RequireUnit(const Session& session, const std::string& name) {
   const auto* const unit = std::find_if(kUnits.begin(), kUnits.end(),
                                         [&](const NamedUnit& each) { return each.name == name; });
@@ -17,8 +22,7 @@ void RequireUnit(const Session& session, const std::string& name) {
         if (present <= 0) {
           return std::nullopt;
         }
-        return ResultText{"unit absent", "the camera has no " + name + " extension unit",
-                          "\"zemctl info\" tells which units it has.", kUnitAbsent};
+        return DescribeAbsentUnit(name, "unit absent");
       });
 }
 

@@ -4,10 +4,14 @@
 // The header below leans on windows.h.
 #include <objbase.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "include/ZemUVCExtApi.h"
+#include "simulator/system_results.h"
+#include "tools/zemctl/camera/extension_unit_names.h"
 #include "tools/zemctl/camera/judgement.h"
+#include "tools/zemctl/camera/required_unit.h"
 #include "tools/zemctl/camera/watched_camera.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/interrupt.h"
@@ -15,17 +19,36 @@
 namespace zemctl {
 namespace {
 
+std::string NextAfter(const Transfer& loss) {
+  if (MeansGone(loss.result)) {
+    return "Check that the camera is attached (zemctl list), then run this command once more.";
+  }
+  if (IsUnknownControl(loss.result)) {
+    return "Do without it; \"zemctl info\" tells which units the camera has.";
+  }
+  if (loss.result == zem::simulator::kInvalidParameterResult) {
+    return "Check the values: the camera does not take one of them.";
+  }
+  return "Run this command once more; if it fails again, check the values, then the cable.";
+}
+
 // A lost transfer counts more than any result but one that says that a transfer failed.
 void Judge(const char* function, const CallOutcome& outcome, const Session::Words& words) {
   std::optional<ResultText> text = words ? words(outcome.result) : std::nullopt;
+  const bool isFromWords = text.has_value();
   if (!text && outcome.result < 0) {
     text = Describe(outcome.result);
   }
-  if (outcome.loss) {
+  if (outcome.absentUnit && (text || outcome.loss)) {
+    text = DescribeAbsentUnit(*outcome.absentUnit, Describe(outcome.result).name);
+  } else if (outcome.loss) {
     if (text && text->exitCode == kTransferFailed) {
       text->cameraState = NameOf(*outcome.loss) + ": " + FailureOf(*outcome.loss);
+      if (!isFromWords) {
+        text->advice = NextAfter(*outcome.loss);
+      }
     } else {
-      text = DescribeLoss(outcome.result, *outcome.loss);
+      text = DescribeLoss(outcome);
     }
   }
   if (text) {
@@ -66,7 +89,15 @@ FoundCamera Find(const DeviceSelection& selection, Use use) {
     RefuseDoubt(selection);
   }
   FoundCamera camera;
-  Check(OpeningFunction(selection), FindCamera(selection, camera));
+  const ZemResult result = FindCamera(selection, camera);
+  if (result == ZEM_E_FAIL) {
+    throw CallFailure(OpeningFunction(selection), result,
+                      {"ZEM_E_FAIL", "no camera matches",
+                       "Run \"zemctl list\" to see what is attached; choose with --index, --vid "
+                       "and --pid, --name, --path or --device-path.",
+                       kNoCamera});
+  }
+  Check(OpeningFunction(selection), result);
   return camera;
 }
 
@@ -82,7 +113,9 @@ Session::Session(const DeviceSelection& selection, Use use) : Session(Find(selec
   }
   // A device that was named may be any.
   const GUID vendorUnit = ZEM_VENDOR_XU;
-  if (ZEMAPI_UvcCheckXuGuid(handle_, &vendorUnit) != ZEM_OK) {
+  const ZemResult present = ZEMAPI_UvcCheckXuGuid(handle_, &vendorUnit);
+  Check("ZEMAPI_UvcCheckXuGuid", present);
+  if (present != ZEM_OK) {
     throw CallFailure(
         OpeningFunction(selection), 1,
         {"device lacks the vendor unit", "the device has no vendor extension unit",
@@ -134,25 +167,41 @@ CallOutcome Session::Observe(const char* function, const Function& call) const {
 CallOutcome Session::Observe(const char* function, const Function& call, void* device) const {
   record_->BeginCall();
   const ZemResult result = call(device);
-  return {result, FindLoss(function, record_->transfers())};
+  const std::optional<Transfer> loss = FindLoss(function, record_->transfers());
+  return {result, loss, FindAbsentUnit(loss)};
 }
 
-ResultText DescribeLoss(ZemResult result, const Transfer& loss) {
+std::optional<std::string> Session::FindAbsentUnit(const std::optional<Transfer>& loss) const {
+  const std::vector<Transfer>& transfers = record_->transfers();
+  const auto last = std::find_if(transfers.rbegin(), transfers.rend(),
+                                 [](const Transfer& transfer) { return transfer.hasFailed(); });
+  if (last == transfers.rend()) {
+    return std::nullopt;
+  }
+  const Transfer failed = loss.value_or(*last);
+  const auto* const unit = std::find_if(
+      kUnits.begin(), kUnits.end(), [&](const NamedUnit& each) { return each.id == failed.unit; });
+  if (!IsUnknownControl(failed.result) || unit == kUnits.end() ||
+      ZEMAPI_UvcCheckXuGuid(handle_, &unit->id) != 1) {
+    return std::nullopt;
+  }
+  return unit->name;
+}
+
+ResultText DescribeLoss(const CallOutcome& outcome) {
+  const std::string name = Describe(outcome.result).name;
+  if (outcome.absentUnit) {
+    return DescribeAbsentUnit(*outcome.absentUnit, name);
+  }
+  const Transfer& loss = *outcome.loss;
   if (loss.result == kStoppedResult) {
-    return {Describe(result).name, "stopped by the user", "Run this command once more.",
-            kInterrupted};
+    return {name, "stopped by the user", "Run this command once more.", kInterrupted};
   }
   const std::string what = NameOf(loss) + " failed: " + FailureOf(loss);
   const std::string consequence = loss.isSet || !loss.isAddressed
                                       ? "what it should have done was not done"
                                       : "what it should have brought is not known";
-  std::string advice = "Run this command once more; if it fails again, check the cable.";
-  if (MeansGone(loss.result)) {
-    advice = "Check that the camera is attached (zemctl list), then run this command once more.";
-  } else if (IsUnknownControl(loss.result)) {
-    advice = "\"zemctl info\" tells which units the camera has.";
-  }
-  return {Describe(result).name, what + "; " + consequence, advice, kTransferFailed};
+  return {name, what + "; " + consequence, NextAfter(loss), kTransferFailed};
 }
 
 }  // namespace zemctl

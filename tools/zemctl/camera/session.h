@@ -32,6 +32,8 @@ class ComThread {
 struct CallOutcome {
   ZemResult result = ZEM_OK;
   std::optional<Transfer> loss;
+  // The name of the extension unit that was asked for and that the camera lacks.
+  std::optional<std::string> absentUnit = std::nullopt;
 };
 
 // An opened camera, closed when it goes out of scope. The tool calls the library through it, so
@@ -76,6 +78,9 @@ class Session {
   explicit Session(FoundCamera camera);
 
   CallOutcome Observe(const char* function, const Function& call, void* device) const;
+  // Whether it is for the lack of its unit that this transfer failed, or else the last one that
+  // did.
+  std::optional<std::string> FindAbsentUnit(const std::optional<Transfer>& loss) const;
 
   SystemDevice device_;
 
@@ -85,6 +90,6 @@ class Session {
 };
 
 // The failure of a call that lost a transfer.
-ResultText DescribeLoss(ZemResult result, const Transfer& loss);
+ResultText DescribeLoss(const CallOutcome& outcome);
 
 }  // namespace zemctl

@@ -13,6 +13,9 @@ namespace {
 constexpr ZemLong kAutomatic = 1;
 constexpr ZemLong kManual = 2;
 
+// By which the platform says that it does not take a value.
+constexpr auto kInvalidParameter = static_cast<ZemResult>(0x80070057U);
+
 // The calls of one family of controls.
 struct Family {
   const char* name;
@@ -208,6 +211,17 @@ int GetControl(const Options& options, const ControlArguments& arguments, Report
   return ShowControl(session, control, report);
 }
 
+[[noreturn]] void RefuseValue(const Control& control, const Setting& setting, const Range& range,
+                              const CallFailure& failure) {
+  throw CallFailure(failure.function(), failure.result(),
+                    {failure.text().name,
+                     std::string(control.name) + " takes " + std::to_string(range.minimum) +
+                         " to " + std::to_string(range.maximum) + " in steps of " +
+                         std::to_string(range.step) + " (" + ModeText(range.flags) + "), and not " +
+                         std::to_string(setting.value) + " (" + ModeText(setting.flags) + ")",
+                     "\"zemctl control list\" shows what each control takes.", kUsageError});
+}
+
 int SetControl(const Options& options, const ControlArguments& arguments, Report& report) {
   const Control& control = FindControl(arguments.name);
   Setting setting;
@@ -221,9 +235,16 @@ int SetControl(const Options& options, const ControlArguments& arguments, Report
     setting = ReadSetting(session, control);
   }
   setting.flags = automatic ? kAutomatic : kManual;
-  CallControl(session, control, control.family->setter, [&](void* device) {
-    return control.family->set(device, control.property, setting.value, setting.flags);
-  });
+  try {
+    CallControl(session, control, control.family->setter, [&](void* device) {
+      return control.family->set(device, control.property, setting.value, setting.flags);
+    });
+  } catch (const CallFailure& failure) {
+    if (failure.result() == kInvalidParameter) {
+      RefuseValue(control, setting, ReadRange(session, control), failure);
+    }
+    throw;
+  }
   return ShowControl(session, control, report);
 }
 

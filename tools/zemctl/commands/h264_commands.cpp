@@ -42,8 +42,7 @@ class FormatList {
   const std::optional<Transfer>& loss() const { return outcome_.loss; }
   // What that is told as.
   CallFailure failure() const {
-    return {"ZEMAPI_GetH264FrameList", outcome_.result,
-            DescribeLoss(outcome_.result, *outcome_.loss)};
+    return {"ZEMAPI_GetH264FrameList", outcome_.result, DescribeLoss(outcome_)};
   }
   void RequireWhole() const {
     if (outcome_.loss) {

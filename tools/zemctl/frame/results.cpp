@@ -33,10 +33,8 @@ ResultText Describe(ZemResult result) {
               "(zemctl xu check vendor).",
               kTransferFailed};
     case ZEM_E_FAIL:
-      return {"ZEM_E_FAIL", "no camera matches",
-              "Run \"zemctl list\" to see what is attached; choose with --index, --vid and --pid, "
-              "--path or --device-path.",
-              kNoCamera};
+      return {"ZEM_E_FAIL", "the library reports a failure",
+              "Check the arguments, then run this command once more.", kLibraryRefused};
     default:
       break;
   }

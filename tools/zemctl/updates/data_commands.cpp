@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "tools/zemctl/camera/rehearsal.h"
+#include "tools/zemctl/camera/required_unit.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/confirm.h"
 #include "tools/zemctl/frame/files.h"
@@ -53,6 +54,7 @@ int Send(const Options& options, const DataArguments& arguments, Report& report)
     return kDone;
   }
   const Session session(options.device, Use::kWriting);
+  RequireUnit(session, "vendor");
   Progress progress(options.json);
   ImageTransfers image(length);
   session.SetObserver([&](const Transfer& transfer) {

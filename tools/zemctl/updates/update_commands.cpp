@@ -5,6 +5,7 @@
 
 #include "tools/zemctl/camera/camera_wait.h"
 #include "tools/zemctl/camera/rehearsal.h"
+#include "tools/zemctl/camera/required_unit.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/confirm.h"
 #include "tools/zemctl/frame/files.h"
@@ -106,7 +107,7 @@ void CheckOutcome(const ImageProcedure& procedure, const CallOutcome& outcome,
     text.meaning = "the image could not be sent in full";
     text.exitCode = kTransferFailed;
   } else if (outcome.loss && text.exitCode != kTransferFailed) {
-    text = DescribeLoss(outcome.result, *outcome.loss);
+    text = DescribeLoss(outcome);
   }
   text.cameraState = state->state;
   text.advice = state->next + ".";
@@ -207,6 +208,7 @@ int Update(const Options& options, const UpdateArguments& arguments,
     return kDone;
   }
   const Session session(options.device, Use::kWriting);
+  RequireUnit(session, "vendor");
   Confirm(options, std::string("The camera's ") + procedure.what + " will be overwritten with " +
                        arguments.file + " (" + std::to_string(image.size()) + " bytes)");
   if (procedure.isFirmware) {
