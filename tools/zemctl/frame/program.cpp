@@ -106,6 +106,7 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   AddDataCommands(*this);
   AddNvmemCommands(*this);
   AddTableCommands(*this);
+  AddCompletionCommands(*this);
   ReadNumbersAsDecimal(app_);
 }
 

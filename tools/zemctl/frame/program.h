@@ -55,6 +55,7 @@ class Program {
   std::vector<const CLI::Option*> SharedOptionsOf(const CLI::App& command) const;
 
   CLI::App& app() { return app_; }
+  const CLI::App& app() const { return app_; }
 
  private:
   int AnswerParseError(const CLI::ParseError& error);
@@ -87,5 +88,6 @@ void AddUpdateCommands(Program& program);
 void AddDataCommands(Program& program);
 void AddNvmemCommands(Program& program);
 void AddTableCommands(Program& program);
+void AddCompletionCommands(Program& program);
 
 }  // namespace zemctl
