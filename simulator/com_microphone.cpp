@@ -38,6 +38,9 @@ class MicrophoneFilter : public StreamlessFilter<IAMAudioInputMixer> {
 
   HRESULT STDMETHODCALLTYPE put_MixLevel(double level) override {
     const HRESULT entered = Enter(gate_, "put_MixLevel");
+    if (SUCCEEDED(entered) && microphone_->onLevel) {
+      return GatedResult(entered, microphone_->onLevel(level));
+    }
     if (SUCCEEDED(entered)) {
       microphone_->mixLevel = level;
     }

@@ -81,6 +81,12 @@ class Moniker : public ComObject<IMoniker> {
     if (!(iid == IID_IBaseFilter)) {
       return QueryNone(object);
     }
+    if (device_.bindOnce) {
+      IBaseFilter* filter = nullptr;
+      const HRESULT bound = device_.bindOnce(&filter);
+      *object = filter;
+      return GatedResult(entered, bound);
+    }
     *object = device_.bind();
     return GatedResult(entered, device_.bindResult);
   }

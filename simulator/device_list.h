@@ -22,6 +22,9 @@ struct ListedDevice {
   // Text of the "FriendlyName" property; a device may have none.
   std::optional<std::wstring> friendlyName = std::nullopt;
 
+  // In place of `bind` and `bindResult`: one binding, its filter with a reference for the caller.
+  std::function<HRESULT(IBaseFilter** filter)> bindOnce = nullptr;
+
   // ---- What a device that is out of order does ----
 
   // The result of a binding that hands out its filter all the same; a failure or not.

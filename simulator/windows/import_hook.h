@@ -49,4 +49,10 @@ class ImportHook {
   ULONGLONG original_ = 0;
 };
 
+// What the import led to before, called as itself.
+template <class Function>
+Function* Before(const ImportHook& hook) {
+  return reinterpret_cast<Function*>(reinterpret_cast<void*>(hook.original()));
+}
+
 }  // namespace zem::simulator

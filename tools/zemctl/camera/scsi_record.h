@@ -53,6 +53,17 @@ class ScsiRecord {
   // Sees every command as it happens, with all its bytes.
   void AddObserver(Observer observer) { observers_.push_back(std::move(observer)); }
 
+  // The library has tried to open a volume.
+  using OpeningObserver = std::function<void(const std::string& drive, bool isOpen)>;
+  void NoteOpening(const std::string& drive, bool isOpen) const {
+    for (const OpeningObserver& observer : openingObservers_) {
+      observer(drive, isOpen);
+    }
+  }
+  void AddOpeningObserver(OpeningObserver observer) {
+    openingObservers_.push_back(std::move(observer));
+  }
+
   std::uint64_t Now() const { return clock_() - start_; }
 
   // ---- The gate ----
@@ -79,6 +90,7 @@ class ScsiRecord {
   std::function<bool()> stopRequested_;
   std::vector<ScsiCommand> commands_;
   std::vector<Observer> observers_;
+  std::vector<OpeningObserver> openingObservers_;
   std::string only_;
   std::set<std::string> excluded_;
   std::optional<std::uint64_t> end_;

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "platform/text.h"
+#include "tools/zemctl/camera/replay.h"
 #include "tools/zemctl/frame/bytes.h"
 
 namespace zemctl {
@@ -64,26 +65,6 @@ std::string PlaceOf(const std::wstring& devicePath) {
   const LSTATUS read = RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"LocationInformation",
                                     RRF_RT_REG_SZ, nullptr, place.data(), &size);
   return Narrow(read == ERROR_SUCCESS ? place.data() : instanceName);
-}
-
-SystemDevice Describe(IMoniker* moniker) {
-  SystemDevice device;
-  wchar_t* displayName = nullptr;
-  if (SUCCEEDED(moniker->GetDisplayName(nullptr, nullptr, &displayName))) {
-    device.displayName = Narrow(displayName);
-    CoTaskMemFree(displayName);
-  }
-  ComPtr<IPropertyBag> properties;
-  if (SUCCEEDED(moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag,
-                                       properties.ReceiveVoid()))) {
-    device.name = Narrow(ReadProperty(properties.get(), L"FriendlyName"));
-    const std::wstring devicePath = ReadProperty(properties.get(), L"DevicePath");
-    device.devicePath = Narrow(devicePath);
-    device.place = PlaceOf(devicePath);
-  }
-  device.vendorId = IdBehind("vid_", device.displayName);
-  device.productId = IdBehind("pid_", device.displayName);
-  return device;
 }
 
 // Offers every device of a category to `see`, until that returns true.
@@ -158,6 +139,27 @@ class Matcher {
 
 }  // namespace
 
+SystemDevice DescribeDevice(IMoniker* moniker) {
+  SystemDevice device;
+  wchar_t* displayName = nullptr;
+  if (SUCCEEDED(moniker->GetDisplayName(nullptr, nullptr, &displayName))) {
+    device.displayName = Narrow(displayName);
+    CoTaskMemFree(displayName);
+  }
+  ComPtr<IPropertyBag> properties;
+  if (SUCCEEDED(moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag,
+                                       properties.ReceiveVoid()))) {
+    device.name = Narrow(ReadProperty(properties.get(), L"FriendlyName"));
+    const std::wstring devicePath = ReadProperty(properties.get(), L"DevicePath");
+    device.devicePath = Narrow(devicePath);
+    device.place =
+        ThreadReplay() ? ThreadReplay()->PlaceOf(device.devicePath) : PlaceOf(devicePath);
+  }
+  device.vendorId = IdBehind("vid_", device.displayName);
+  device.productId = IdBehind("pid_", device.displayName);
+  return device;
+}
+
 std::string NameOf(const SystemDevice& device) {
   std::string text = '"' + device.name + '"';
   if (device.vendorId && device.productId) {
@@ -171,7 +173,7 @@ std::string NameOf(const SystemDevice& device) {
 std::vector<SystemDevice> ListSystemDevices(DeviceCategory category) {
   std::vector<SystemDevice> devices;
   WalkSystemDevices(category, [&](IMoniker* device) {
-    devices.push_back(Describe(device));
+    devices.push_back(DescribeDevice(device));
     return false;
   });
   return devices;
@@ -189,7 +191,7 @@ ZemResult FindCamera(const DeviceSelection& selection, FoundCamera& camera) {
   unsigned toSkip = selection.index.value_or(0);
   ZemResult result = ZEM_E_FAIL;
   WalkSystemDevices(DeviceCategory::kVideoInput, [&](IMoniker* moniker) {
-    SystemDevice device = Describe(moniker);
+    SystemDevice device = DescribeDevice(moniker);
     if (!matcher.Fits(device)) {
       return false;
     }

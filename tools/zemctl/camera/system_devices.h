@@ -36,6 +36,8 @@ struct SystemDevice {
 // ""ZEM Simulated Camera" (5a45:8c00) at PLACE"
 std::string NameOf(const SystemDevice& device);
 
+SystemDevice DescribeDevice(IMoniker* moniker);
+
 // In the system's order. Throws std::runtime_error when the system does not answer.
 std::vector<SystemDevice> ListSystemDevices(DeviceCategory category);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <utility>
 
@@ -19,27 +20,54 @@ namespace selector = zem::vendor_selector;
 constexpr std::uint64_t kLongestSilenceMilliseconds = 3000;
 
 struct SelectorName {
+  const GUID& unit;
   std::uint32_t selector;
   const char* name;
 };
 
-// What the vendor unit's controls are for.
-constexpr std::array<SelectorName, 14> kVendorSelectors = {{
-    {selector::kIspCommand, "ISP command"},
-    {selector::kIspReply, "reply to an ISP command"},
-    {selector::kBulkData, "data"},
-    {selector::kVcpCommand, "VCP command"},
-    {selector::kVcpReply, "reply to a VCP command, or status"},
-    {selector::kIspExtendedCommand, "extended ISP command"},
-    {selector::kIspExtendedReply, "reply to an extended ISP command"},
-    {selector::kMemoryRead, "memory or flash"},
-    {selector::kMemoryWrite, "memory"},
-    {selector::kDeviceInfo, "device information"},
-    {selector::kSlowFlashRead, "flash, serial number or format list"},
-    {selector::kFastBulkData, "data"},
-    {selector::kVcpExtendedCommand, "extended VCP command"},
-    {selector::kNvmem, "non-volatile memory"},
-}};
+// What the units' controls are for.
+const std::array kSelectors = std::to_array<SelectorName>({
+    {zem::VendorXu, selector::kIspCommand, "ISP command"},
+    {zem::VendorXu, selector::kIspReply, "reply to an ISP command"},
+    {zem::VendorXu, selector::kBulkData, "data"},
+    {zem::VendorXu, selector::kVcpCommand, "VCP command"},
+    {zem::VendorXu, selector::kVcpReply, "reply to a VCP command, or status"},
+    {zem::VendorXu, selector::kIspExtendedCommand, "extended ISP command"},
+    {zem::VendorXu, selector::kIspExtendedReply, "reply to an extended ISP command"},
+    {zem::VendorXu, selector::kMemoryRead, "memory or flash"},
+    {zem::VendorXu, selector::kMemoryWrite, "memory"},
+    {zem::VendorXu, selector::kDeviceInfo, "device information"},
+    {zem::VendorXu, selector::kSlowFlashRead, "flash, serial number or format list"},
+    {zem::VendorXu, selector::kFastBulkData, "data"},
+    {zem::VendorXu, selector::kVcpExtendedCommand, "extended VCP command"},
+    {zem::VendorXu, selector::kVcpExtendedReply, "reply to an extended VCP command"},
+    {zem::VendorXu, selector::kNvmem, "non-volatile memory"},
+    {zem::H264Xu, zem::h264_selector::kProbe, "probe"},
+    {zem::H264Xu, zem::h264_selector::kCommit, "commit"},
+    {zem::SkypeXu, zem::skype_selector::kVersion, "version, or resolution"},
+    {zem::SkypeXu, zem::skype_selector::kH264Switch, "H.264 switch"},
+    {zem::TirellaXu, zem::tirella_selector::kLed, "LED"},
+    {zem::TirellaXu, zem::tirella_selector::kNvmem, "non-volatile memory"},
+    {zem::OrvaXu, zem::orva_selector::kVersion, "version"},
+    {zem::OrvaXu, zem::orva_selector::kBuildDay, "build day"},
+    {zem::OrvaXu, zem::orva_selector::kStreamId, "stream"},
+    {zem::OrvaXu, zem::orva_selector::kEndpointSetting, "endpoint setting"},
+    {zem::OrvaXu, zem::orva_selector::kProbe, "probe"},
+    {zem::OrvaXu, zem::orva_selector::kCommit, "commit"},
+    {zem::OrvaXu, zem::orva_selector::kToggleLayer, "layer"},
+    {zem::EncodingUnitXu, 1, "video resolution"},
+    {zem::EncodingUnitXu, 2, "frame interval"},
+    {zem::EncodingUnitXu, 3, "rate control"},
+    {zem::EncodingUnitXu, 4, "sync frame"},
+    {zem::EncodingUnitXu, 5, "long-term reference frame"},
+    {zem::EncodingUnitXu, 6, "priority id"},
+    {zem::EncodingUnitXu, 7, "start layer"},
+    {zem::EncodingUnitXu, 8, "stop layer"},
+    {zem::StreamProbeXu, zem::stream_probe_selector::kProbe, "probe"},
+    {zem::StreamProbeXu, zem::stream_probe_selector::kCommit, "commit"},
+});
+
+}  // namespace
 
 std::string UnitName(const GUID& id) {
   if (id == zem::IID_IAMVideoProcAmp) {
@@ -48,12 +76,29 @@ std::string UnitName(const GUID& id) {
   if (id == zem::IID_IAMCameraControl) {
     return "camera control";
   }
+  if (id == zem::IID_IAMAudioInputMixer) {
+    return "microphone level";
+  }
   const auto* const unit = std::find_if(kUnits.begin(), kUnits.end(),
                                         [&](const NamedUnit& each) { return each.id == id; });
   return unit != kUnits.end() ? unit->name : "unit";
 }
 
-}  // namespace
+std::string ControlName(const Transfer& transfer) {
+  const auto* const known =
+      std::find_if(kSelectors.begin(), kSelectors.end(), [&](const SelectorName& each) {
+        return each.unit == transfer.unit && each.selector == transfer.selector;
+      });
+  return known != kSelectors.end() ? known->name : "";
+}
+
+Transfer LevelTransfer(double level) {
+  Transfer transfer;
+  transfer.unit = zem::IID_IAMAudioInputMixer;
+  transfer.isSet = true;
+  transfer.values = {static_cast<std::int32_t>(std::lround(level * 100))};
+  return transfer;
+}
 
 std::string NameOf(const Transfer& transfer) {
   if (!transfer.isAddressed) {
@@ -61,14 +106,12 @@ std::string NameOf(const Transfer& transfer) {
   }
   std::string text = std::string(transfer.isSet ? "set " : "get ") + UnitName(transfer.unit) + " " +
                      std::to_string(transfer.selector);
-  if (transfer.unit == zem::IID_IAMVideoProcAmp || transfer.unit == zem::IID_IAMCameraControl) {
+  if (transfer.isStandardControl()) {
     return text;
   }
   text += " (";
-  for (const SelectorName& known : kVendorSelectors) {
-    if (transfer.unit == zem::VendorXu && known.selector == transfer.selector) {
-      text += std::string(known.name) + ", ";
-    }
+  if (const std::string control = ControlName(transfer); !control.empty()) {
+    text += control + ", ";
   }
   return text + std::to_string(transfer.length) + (transfer.length == 1 ? " byte)" : " bytes)");
 }

@@ -6,6 +6,7 @@
 
 #include "device/extension_units.h"
 #include "device/property_request.h"
+#include "simulator/com_microphone.h"
 #include "simulator/com_object.h"
 
 namespace zemctl {
@@ -14,7 +15,7 @@ namespace {
 using zem::ComPtr;
 using zem::simulator::ComObject;
 using zem::simulator::QueryOne;
-using Record = std::shared_ptr<TransferRecord>;
+using Watcher = std::shared_ptr<CameraWatcher>;
 
 constexpr std::uint8_t kBurnFailedStatus = 0x82;
 
@@ -35,12 +36,24 @@ Transfer Describe(const KSP_NODE& request, const void* data, ULONG dataLength,
   return transfer;
 }
 
+Lookup DescribeLookup(const KSP_NODE& request, const void* data, ULONG dataLength,
+                      const ULONG* bytesReturned, HRESULT result) {
+  Lookup lookup{Lookup::What::kInformation, request.NodeId, request.Property.Set, dataLength};
+  lookup.count = bytesReturned != nullptr ? *bytesReturned : 0;
+  lookup.result = result;
+  if (const auto* const bytes = static_cast<const std::uint8_t*>(data);
+      bytes && SUCCEEDED(result)) {
+    lookup.bytes.assign(bytes, bytes + std::min<ULONG>(lookup.count, dataLength));
+  }
+  return lookup;
+}
+
 // IKsControl of one node.
 class WatchedNode : public ComObject<IKsControl> {
  public:
   // `wanted` becomes the unit that was asked for last.
-  WatchedNode(ComPtr<IKsControl> node, Record record, std::shared_ptr<GUID> wanted)
-      : node_(std::move(node)), record_(std::move(record)), wanted_(std::move(wanted)) {}
+  WatchedNode(ComPtr<IKsControl> node, Watcher watcher, std::shared_ptr<GUID> wanted)
+      : node_(std::move(node)), watcher_(std::move(watcher)), wanted_(std::move(wanted)) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     return QueryOne<IKsControl>(this, zem::IID_IKsControl, iid, object);
@@ -58,11 +71,13 @@ class WatchedNode : public ComObject<IKsControl> {
     std::memcpy(&request, property, sizeof(request));
     *wanted_ = request.Property.Set;
     if (request.Property.Id == 0) {
-      return pass();
+      const HRESULT result = pass();
+      watcher_->Add(DescribeLookup(request, data, dataLength, bytesReturned, result));
+      return result;
     }
-    const HRESULT result = record_->mustStop() ? kStoppedResult : pass();
+    const HRESULT result = watcher_->mustStop() ? kStoppedResult : pass();
     const Transfer transfer = Describe(request, data, dataLength, bytesReturned, result);
-    record_->Add(transfer);
+    watcher_->Add(transfer);
     return EndsWait(transfer) && AnswerFailedBurn(data, dataLength, bytesReturned) ? S_OK : result;
   }
 
@@ -78,7 +93,7 @@ class WatchedNode : public ComObject<IKsControl> {
 
  private:
   bool EndsWait(const Transfer& transfer) const {
-    return transfer.hasFailed() && (record_->isGone() || record_->wasStopped()) &&
+    return transfer.hasFailed() && watcher_->endsWaits() &&
            transfer.Is(zem::VendorXu, zem::vendor_selector::kVcpReply, false);
   }
 
@@ -93,7 +108,7 @@ class WatchedNode : public ComObject<IKsControl> {
   }
 
   ComPtr<IKsControl> node_;
-  Record record_;
+  Watcher watcher_;
   std::shared_ptr<GUID> wanted_;
 };
 
@@ -101,8 +116,8 @@ class WatchedNode : public ComObject<IKsControl> {
 template <class Interface>
 class WatchedControls : public ComObject<Interface> {
  public:
-  WatchedControls(ComPtr<Interface> controls, const GUID& id, Record record)
-      : controls_(std::move(controls)), id_(id), record_(std::move(record)) {}
+  WatchedControls(ComPtr<Interface> controls, const GUID& id, Watcher watcher)
+      : controls_(std::move(controls)), id_(id), watcher_(std::move(watcher)) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     return QueryOne<Interface>(this, id_, iid, object);
@@ -110,41 +125,55 @@ class WatchedControls : public ComObject<Interface> {
 
   HRESULT STDMETHODCALLTYPE GetRange(LONG property, LONG* minimum, LONG* maximum, LONG* step,
                                      LONG* defaultValue, LONG* flags) override {
-    return Move(property, false, [&] {
-      return controls_->GetRange(property, minimum, maximum, step, defaultValue, flags);
-    });
+    Transfer transfer = Begin(property);
+    transfer.isRange = true;
+    return End(
+        std::move(transfer),
+        [&] { return controls_->GetRange(property, minimum, maximum, step, defaultValue, flags); },
+        minimum, maximum, step, defaultValue, flags);
   }
 
   HRESULT STDMETHODCALLTYPE Set(LONG property, LONG value, LONG flags) override {
-    return Move(property, true, [&] { return controls_->Set(property, value, flags); });
+    Transfer transfer = Begin(property);
+    transfer.isSet = true;
+    transfer.values = {value, flags};
+    return End(std::move(transfer), [&] { return controls_->Set(property, value, flags); });
   }
 
   HRESULT STDMETHODCALLTYPE Get(LONG property, LONG* value, LONG* flags) override {
-    return Move(property, false, [&] { return controls_->Get(property, value, flags); });
+    return End(
+        Begin(property), [&] { return controls_->Get(property, value, flags); }, value, flags);
   }
 
  private:
-  template <class Pass>
-  HRESULT Move(LONG property, bool isSet, Pass pass) {
-    const HRESULT result = record_->mustStop() ? kStoppedResult : pass();
+  Transfer Begin(LONG property) const {
     Transfer transfer;
     transfer.unit = id_;
     transfer.selector = static_cast<std::uint32_t>(property);
-    transfer.isSet = isSet;
+    return transfer;
+  }
+
+  // `outputs` are what the caller gets; it may leave some out.
+  template <class Pass, class... Outputs>
+  HRESULT End(Transfer transfer, Pass pass, const Outputs*... outputs) {
+    const HRESULT result = watcher_->mustStop() ? kStoppedResult : pass();
     transfer.result = result;
-    record_->Add(std::move(transfer));
+    if (SUCCEEDED(result)) {
+      (transfer.values.push_back(outputs != nullptr ? *outputs : 0), ...);
+    }
+    watcher_->Add(std::move(transfer));
     return result;
   }
 
   ComPtr<Interface> controls_;
   GUID id_;
-  Record record_;
+  Watcher watcher_;
 };
 
 class WatchedFilter : public ComObject<IBaseFilter, IKsTopologyInfo> {
  public:
-  WatchedFilter(ComPtr<IBaseFilter> camera, Record record)
-      : camera_(std::move(camera)), record_(std::move(record)) {}
+  WatchedFilter(ComPtr<IBaseFilter> camera, Watcher watcher)
+      : camera_(std::move(camera)), watcher_(std::move(watcher)) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     if (object == nullptr) {
@@ -163,6 +192,9 @@ class WatchedFilter : public ComObject<IBaseFilter, IKsTopologyInfo> {
     }
     if (iid == zem::IID_IAMCameraControl) {
       return GiveControls<IAMCameraControl>(iid, object);
+    }
+    if (iid == zem::IID_IAMAudioInputMixer) {
+      return GiveMixer(object);
     }
     return camera_->QueryInterface(iid, object);
   }
@@ -216,24 +248,39 @@ class WatchedFilter : public ComObject<IBaseFilter, IKsTopologyInfo> {
     return topology_->get_NodeName(node, name, size, nameLength);
   }
   HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
-    return topology_->get_NumNodes(count);
+    const HRESULT result = topology_->get_NumNodes(count);
+    Lookup lookup{Lookup::What::kNodes};
+    lookup.count = SUCCEEDED(result) && count != nullptr ? *count : 0;
+    lookup.result = result;
+    watcher_->Add(lookup);
+    return result;
   }
   HRESULT STDMETHODCALLTYPE get_NodeType(DWORD node, GUID* type) override {
-    return topology_->get_NodeType(node, type);
+    const HRESULT result = topology_->get_NodeType(node, type);
+    Lookup lookup{Lookup::What::kNodeType, node};
+    if (SUCCEEDED(result) && type != nullptr) {
+      lookup.id = *type;
+    }
+    lookup.result = result;
+    watcher_->Add(lookup);
+    return result;
   }
 
   HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD node, REFIID iid, void** object) override {
     if (object == nullptr || !(iid == zem::IID_IKsControl)) {
-      return topology_->CreateNodeInstance(node, iid, object);
+      const HRESULT result = topology_->CreateNodeInstance(node, iid, object);
+      NoteInterface(Lookup::What::kNode, node, iid, result);
+      return result;
     }
     *object = nullptr;
     ComPtr<IKsControl> control;
     const HRESULT result = topology_->CreateNodeInstance(node, iid, control.ReceiveVoid());
+    NoteInterface(Lookup::What::kNode, node, iid, Granted(result, control.get()));
     if (FAILED(result) || !control) {
-      NoteUnaddressed(node, FAILED(result) ? result : E_NOINTERFACE);
+      NoteUnaddressed(node, Granted(result, control.get()));
       return result;
     }
-    *object = static_cast<IKsControl*>(new WatchedNode(std::move(control), record_, wanted_));
+    *object = static_cast<IKsControl*>(new WatchedNode(std::move(control), watcher_, wanted_));
     return result;
   }
 
@@ -243,8 +290,10 @@ class WatchedFilter : public ComObject<IBaseFilter, IKsTopologyInfo> {
     ComPtr<IKsTopologyInfo> topology;
     const HRESULT result =
         camera_->QueryInterface(zem::IID_IKsTopologyInfo, topology.ReceiveVoid());
+    NoteInterface(Lookup::What::kInterface, 0, zem::IID_IKsTopologyInfo,
+                  Granted(result, topology.get()));
     if (FAILED(result) || !topology) {
-      NoteUnaddressed(0, FAILED(result) ? result : E_NOINTERFACE);
+      NoteUnaddressed(0, Granted(result, topology.get()));
       return result;
     }
     topology_ = std::move(topology);
@@ -258,11 +307,48 @@ class WatchedFilter : public ComObject<IBaseFilter, IKsTopologyInfo> {
     *object = nullptr;
     ComPtr<Interface> controls;
     const HRESULT result = camera_->QueryInterface(id, controls.ReceiveVoid());
+    NoteInterface(Lookup::What::kInterface, 0, id, Granted(result, controls.get()));
     if (SUCCEEDED(result) && controls) {
-      *object =
-          static_cast<Interface*>(new WatchedControls<Interface>(std::move(controls), id, record_));
+      *object = static_cast<Interface*>(
+          new WatchedControls<Interface>(std::move(controls), id, watcher_));
     }
     return result;
+  }
+
+  // Nobody does more with it than set the level.
+  HRESULT GiveMixer(void** object) {
+    *object = nullptr;
+    ComPtr<IAMAudioInputMixer> mixer;
+    const HRESULT result =
+        camera_->QueryInterface(zem::IID_IAMAudioInputMixer, mixer.ReceiveVoid());
+    NoteInterface(Lookup::What::kInterface, 0, zem::IID_IAMAudioInputMixer,
+                  Granted(result, mixer.get()));
+    if (FAILED(result) || !mixer) {
+      return result;
+    }
+    const auto microphone = std::make_shared<zem::simulator::Microphone>();
+    const auto held = std::make_shared<ComPtr<IAMAudioInputMixer>>(std::move(mixer));
+    microphone->onLevel = [held, watcher = watcher_](double level) {
+      Transfer transfer = LevelTransfer(level);
+      transfer.result = (*held)->put_MixLevel(level);
+      const HRESULT put = transfer.result;
+      watcher->Add(std::move(transfer));
+      return put;
+    };
+    const auto filter =
+        ComPtr<IBaseFilter>::Adopt(zem::simulator::MakeMicrophoneFilter(microphone, nullptr));
+    return filter->QueryInterface(zem::IID_IAMAudioInputMixer, object);
+  }
+
+  // An interface that is granted without a pointer is none.
+  static HRESULT Granted(HRESULT result, const void* pointer) {
+    return SUCCEEDED(result) && pointer == nullptr ? E_NOINTERFACE : result;
+  }
+
+  void NoteInterface(Lookup::What what, DWORD node, const GUID& id, HRESULT result) {
+    Lookup lookup{what, node, id};
+    lookup.result = result;
+    watcher_->Add(lookup);
   }
 
   // No transfer was possible.
@@ -272,19 +358,19 @@ class WatchedFilter : public ComObject<IBaseFilter, IKsTopologyInfo> {
     transfer.node = node;
     transfer.isAddressed = false;
     transfer.result = result;
-    record_->Add(std::move(transfer));
+    watcher_->Add(std::move(transfer));
   }
 
   ComPtr<IBaseFilter> camera_;
   ComPtr<IKsTopologyInfo> topology_;
-  Record record_;
+  Watcher watcher_;
   std::shared_ptr<GUID> wanted_ = std::make_shared<GUID>();
 };
 
 }  // namespace
 
-ComPtr<IBaseFilter> Watch(ComPtr<IBaseFilter> camera, std::shared_ptr<TransferRecord> record) {
-  return ComPtr<IBaseFilter>::Adopt(new WatchedFilter(std::move(camera), std::move(record)));
+ComPtr<IBaseFilter> Watch(ComPtr<IBaseFilter> camera, std::shared_ptr<CameraWatcher> watcher) {
+  return ComPtr<IBaseFilter>::Adopt(new WatchedFilter(std::move(camera), std::move(watcher)));
 }
 
 }  // namespace zemctl

@@ -9,10 +9,10 @@
 
 namespace zemctl {
 
-// Requests by which a unit's node is looked up are no transfers. Once the record says that the
+// Requests by which a unit's node is looked up are no transfers. Once the watcher says that the
 // camera is gone, or the person at the terminal wants an end, a look at its transfer status finds a
 // failed burn: no wait for it goes on.
 zem::ComPtr<IBaseFilter> Watch(zem::ComPtr<IBaseFilter> camera,
-                               std::shared_ptr<TransferRecord> record);
+                               std::shared_ptr<CameraWatcher> watcher);
 
 }  // namespace zemctl

@@ -11,7 +11,8 @@ namespace zemctl {
 // There is one at a time. It must be made after the simulator's volumes and go before them.
 class WatchedVolumes {
  public:
-  // With a source the system's own volumes are out of reach.
+  // With a source, or on a thread that replays a trace, the system's own volumes are out of reach.
+  // On one that is traced, the trace has every command.
   explicit WatchedVolumes(ScsiRecord& record, VolumeSource* source = nullptr);
   ~WatchedVolumes();
   WatchedVolumes(const WatchedVolumes&) = delete;

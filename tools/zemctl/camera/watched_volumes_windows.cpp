@@ -6,12 +6,14 @@
 #include <set>
 
 #include "simulator/windows/import_hook.h"
+#include "tools/zemctl/camera/traced_volumes.h"
 #include "tools/zemctl/camera/watched_volumes.h"
 
 namespace zemctl {
 namespace {
 
 using zem::simulator::AsImport;
+using zem::simulator::Before;
 using zem::simulator::HeldModule;
 using zem::simulator::ImportHook;
 
@@ -42,15 +44,13 @@ HANDLE WINAPI OpenWatched(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_AT
   if (!watching->watch.record().MayOpen(*drive)) {
     return Refuse(ERROR_FILE_NOT_FOUND);
   }
-  HANDLE handle = INVALID_HANDLE_VALUE;
-  if (watching->source != nullptr) {
-    if (!watching->source->IsThere(*drive)) {
-      return Refuse(ERROR_FILE_NOT_FOUND);
-    }
-    handle = watching->handles.insert(std::make_unique<char>()).first->get();
-  } else {
+  HANDLE handle = Refuse(ERROR_FILE_NOT_FOUND);
+  if (watching->source == nullptr) {
     handle = watching->open(path, access, share, security, creation, flags, pattern);
+  } else if (watching->source->IsThere(*drive)) {
+    handle = watching->handles.insert(std::make_unique<char>()).first->get();
   }
+  watching->watch.record().NoteOpening(*drive, handle != INVALID_HANDLE_VALUE);
   if (handle != INVALID_HANDLE_VALUE) {
     watching->watch.Opened(handle, *drive);
   }
@@ -86,11 +86,6 @@ void WINAPI SleepWatched(DWORD milliseconds) {
   watching->watch.Sleep(milliseconds, [](std::uint32_t some) { watching->sleep(some); });
 }
 
-template <class Function>
-Function* Before(const ImportHook& hook) {
-  return reinterpret_cast<Function*>(reinterpret_cast<void*>(hook.original()));
-}
-
 }  // namespace
 
 struct WatchedVolumes::Hooks {
@@ -103,6 +98,10 @@ struct WatchedVolumes::Hooks {
 
 WatchedVolumes::WatchedVolumes(ScsiRecord& record, VolumeSource* source)
     : hooks_(std::make_unique<Hooks>()) {
+  TraceVolumes(record);
+  if (source == nullptr) {
+    source = ReplayedVolumes();
+  }
   watching = new Watching{VolumeWatch(record),
                           source,
                           Before<decltype(CreateFileW)>(hooks_->open),

@@ -1,7 +1,5 @@
 #include "tools/zemctl/frame/bytes.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -73,19 +71,14 @@ std::vector<unsigned char> ParseBlock(const std::vector<std::string>& words, std
   return bytes;
 }
 
-std::string Narrow(const std::wstring& text) {
-  const int length = static_cast<int>(text.size());
-  const int size =
-      WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-  std::string narrow(static_cast<std::size_t>(size), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text.data(), length, narrow.data(), size, nullptr, nullptr);
-  return narrow;
-}
-
 std::string GuidText(const GUID& id) {
-  std::array<wchar_t, 64> text = {};
-  StringFromGUID2(id, text.data(), static_cast<int>(text.size()));
-  return Narrow(text.data());
+  std::array<char, 40> text = {};
+  const auto* const last = id.Data4;
+  std::snprintf(text.data(), text.size(), "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}",
+                static_cast<unsigned>(id.Data1), static_cast<unsigned>(id.Data2),
+                static_cast<unsigned>(id.Data3), last[0], last[1], last[2], last[3], last[4],
+                last[5], last[6], last[7]);
+  return text.data();
 }
 
 }  // namespace zemctl

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/results.h"
@@ -10,13 +9,8 @@
 namespace zemctl {
 namespace {
 
-struct Closer {
-  void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
-};
-using File = std::unique_ptr<std::FILE, Closer>;
-
-File Open(const std::string& path, const wchar_t* mode) {
-  return File(_wfopen(Widen(path).c_str(), mode));
+OpenedFile Open(const std::string& path, const wchar_t* mode) {
+  return OpenedFile(_wfopen(Widen(path).c_str(), mode));
 }
 
 [[noreturn]] void Refuse(const std::string& path, const std::string& why, const char* advice) {
@@ -42,7 +36,7 @@ std::vector<unsigned char> ReadInputFile(const std::string& path, std::uint64_t 
                " that can be used",
            "Nothing was sent.");
   }
-  const File file = Open(path, L"rb");
+  const OpenedFile file = Open(path, L"rb");
   std::vector<unsigned char> bytes(static_cast<std::size_t>(size));
   if (!file || std::fread(bytes.data(), 1, bytes.size(), file.get()) != bytes.size()) {
     Refuse(path, "cannot be read", "Nothing was sent.");
@@ -50,11 +44,16 @@ std::vector<unsigned char> ReadInputFile(const std::string& path, std::uint64_t 
   return bytes;
 }
 
-void WriteOutputFile(const std::string& path, std::span<const unsigned char> bytes) {
-  const File file = Open(path, L"wb");
+OpenedFile CreateOutputFile(const std::string& path) {
+  OpenedFile file = Open(path, L"wb");
   if (!file) {
     Refuse(path, "cannot be created", "Check the path.");
   }
+  return file;
+}
+
+void WriteOutputFile(const std::string& path, std::span<const unsigned char> bytes) {
+  const OpenedFile file = CreateOutputFile(path);
   if (std::fwrite(bytes.data(), 1, bytes.size(), file.get()) != bytes.size() ||
       std::fflush(file.get()) != 0) {
     Refuse(path, "cannot be written", "Check that the disk is not full.");

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -11,6 +13,11 @@
 
 namespace zemctl {
 
+struct FileCloser {
+  void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
+};
+using OpenedFile = std::unique_ptr<std::FILE, FileCloser>;
+
 // All throw ToolFailure (kBadFile) when the file cannot be opened, read or written.
 
 // In bytes, without reading it.
@@ -18,6 +25,8 @@ std::uint64_t SizeOfFile(const std::string& path);
 
 // A file of more bytes than `most` is refused before it is read.
 std::vector<unsigned char> ReadInputFile(const std::string& path, std::uint64_t most);
+// A new, empty one.
+OpenedFile CreateOutputFile(const std::string& path);
 void WriteOutputFile(const std::string& path, std::span<const unsigned char> bytes);
 
 bool FileExists(const std::string& path);

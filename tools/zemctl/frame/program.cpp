@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <utility>
 
+#include "tools/zemctl/camera/library_hooks.h"
 #include "tools/zemctl/camera/simulator_module.h"
+#include "tools/zemctl/camera/trace_scope.h"
 #include "tools/zemctl/frame/command_tree.h"
 #include "tools/zemctl/frame/interrupt.h"
 #include "tools/zemctl/frame/outcome.h"
@@ -89,6 +92,19 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
                   "File in which the simulated camera keeps its memory between runs")
       ->group(simulated)
       ->needs(flag);
+  const std::string traced = "Trace";
+  auto* const trace =
+      app_.add_option("--trace", options_.trace,
+                      "Write each transfer to this file as it happens (docs/traces.md)")
+          ->group(traced);
+  app_.add_flag("--trace-without-serials", options_.traceWithoutSerials,
+                "Leave serial numbers out of the trace")
+      ->group(traced)
+      ->needs(trace);
+  app_.add_option("--replay", options_.replay,
+                  "Let this trace answer in place of the camera it was recorded from")
+      ->group(traced)
+      ->excludes(flag);
   AddDeviceCommands(*this);
   AddRegisterCommands(*this);
   AddTuneCommands(*this);
@@ -106,6 +122,7 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   AddDataCommands(*this);
   AddNvmemCommands(*this);
   AddTableCommands(*this);
+  AddTraceCommands(*this);
   AddCompletionCommands(*this);
   ReadNumbersAsDecimal(app_);
 }
@@ -141,6 +158,7 @@ std::vector<const CLI::Option*> Program::SharedOptionsOf(const CLI::App& command
 
 int Program::Run(std::vector<std::string> arguments) {
   arguments.erase(arguments.begin());
+  const std::vector<std::string> given = arguments;
   // For a command line that cannot be understood.
   options_.json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   std::reverse(arguments.begin(), arguments.end());
@@ -152,19 +170,30 @@ int Program::Run(std::vector<std::string> arguments) {
   }
   options_.command = NameOf(GivenCommand(app_));
   Report report = Report::object();
+  const Ending ending = EndingOf([&] { return RunAction(given, report); });
+  if (!ending.failure) {
+    ShowReport(options_, report);
+  } else if (ending.reportStands) {
+    ShowFailure(options_, report, *ending.failure);
+  } else {
+    ShowFailure(options_, *ending.failure);
+  }
+  return ending.code();
+}
+
+Program::Ending Program::EndingOf(const std::function<Ending()>& run) const {
   try {
-    return RunAction(report);
+    return run();
   } catch (const PartialFailure& partial) {
-    ShowFailure(options_, report, partial.failure());
-    return partial.failure().code;
+    return {partial.failure(), true};
   } catch (const CallFailure& failure) {
-    return Fail(failure.failure());
+    return {failure.failure(), false};
   } catch (const ToolFailure& failure) {
-    return Fail(failure.failure());
+    return {failure.failure(), false};
   } catch (const UsageError& error) {
-    return Fail(WrongCommandLine(error.what(), options_.command));
+    return {WrongCommandLine(error.what(), options_.command), false};
   } catch (const std::exception& error) {
-    return Fail({kInternalError, error.what(), "", "", "", "", ""});
+    return {Failure{kInternalError, error.what(), "", "", "", "", ""}, false};
   }
 }
 
@@ -194,21 +223,31 @@ int Program::AnswerParseError(const CLI::ParseError& error) {
                        options_.command));
 }
 
-int Program::RunAction(Report& report) {
+Program::Ending Program::RunAction(const std::vector<std::string>& arguments, Report& report) {
+  ReplayScope replay(options_.replay);
   std::optional<SimulatorModule> simulator;
   if (options_.simulator) {
     simulator.emplace(options_.simulatorOptions, options_.simulatorFaults, options_.simulatorState);
   }
+  const LibraryHooks hooks;
   const InterruptGuard interrupt;
+  TraceScope trace({options_.trace, options_.traceWithoutSerials, arguments});
   const ComThread com;
-  const int exitCode = chosen_(options_, report);
-  if (exitCode == kDone) {
-    ShowReport(options_, report);
-  } else {
+  Ending ending = EndingOf([&]() -> Ending {
+    const int exitCode = chosen_(options_, report);
+    if (exitCode == kDone) {
+      return {};
+    }
     const auto code = static_cast<ExitCode>(exitCode);
-    ShowFailure(options_, report, {code, MeaningOf(code), "", "", "", "", ""});
+    return {Failure{code, MeaningOf(code), "", "", "", "", ""}, true};
+  });
+  if (auto otherRun = replay.End()) {
+    ending = {std::move(otherRun), false};
   }
-  return exitCode;
+  if (auto untold = trace.End(ending.code()); untold && !ending.failure) {
+    ending = {std::move(untold), true};
+  }
+  return ending;
 }
 
 int Program::Fail(const Failure& failure) const {

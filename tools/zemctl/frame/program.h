@@ -23,6 +23,9 @@ struct Options {
   std::string simulatorOptions;
   std::vector<std::string> simulatorFaults;
   std::string simulatorState;
+  std::string trace;  // the file that the transfers are written to
+  bool traceWithoutSerials = false;
+  std::string replay;  // the trace that answers in place of the devices
 };
 
 class Program {
@@ -59,7 +62,16 @@ class Program {
 
  private:
   int AnswerParseError(const CLI::ParseError& error);
-  int RunAction(Report& report);
+  // How the command ended.
+  struct Ending {
+    std::optional<Failure> failure;
+    bool reportStands = true;
+
+    int code() const { return failure ? int{failure->code} : int{kDone}; }
+  };
+  Ending RunAction(const std::vector<std::string>& arguments, Report& report);
+  // What `run` comes to, also where it throws.
+  Ending EndingOf(const std::function<Ending()>& run) const;
   int Fail(const Failure& failure) const;
 
   CLI::App app_;
@@ -88,6 +100,7 @@ void AddUpdateCommands(Program& program);
 void AddDataCommands(Program& program);
 void AddNvmemCommands(Program& program);
 void AddTableCommands(Program& program);
+void AddTraceCommands(Program& program);
 void AddCompletionCommands(Program& program);
 
 }  // namespace zemctl

@@ -1,0 +1,69 @@
+// The imports of the library and of this program by which they ask for the system's devices and
+// wait.
+#include <windows.h>
+
+#include <utility>
+
+#include "simulator/windows/import_hook.h"
+#include "tools/zemctl/camera/library_hooks.h"
+#include "tools/zemctl/camera/traced_devices.h"
+
+namespace zemctl {
+namespace {
+
+using zem::ComPtr;
+using zem::simulator::AsImport;
+using zem::simulator::Before;
+using zem::simulator::HeldModule;
+using zem::simulator::ImportHook;
+
+// What the imports led to before: the system, or the simulator.
+decltype(&CoCreateInstance) createBefore = nullptr;
+decltype(&Sleep) sleepBefore = nullptr;
+
+HRESULT WINAPI CreateInstance(REFCLSID classId, LPUNKNOWN outer, DWORD context, REFIID iid,
+                              LPVOID* object) {
+  const auto replay = ThreadReplay();
+  const auto trace = ThreadTrace();
+  if (!(classId == zem::CLSID_SystemDeviceEnum) || !(replay || trace)) {
+    return createBefore(classId, outer, context, iid, object);
+  }
+  ComPtr<ICreateDevEnum> devices;
+  if (replay) {
+    devices = ReplayDevices(replay);
+  } else if (const HRESULT result = createBefore(classId, outer, context, zem::IID_ICreateDevEnum,
+                                                 devices.ReceiveVoid());
+             FAILED(result)) {
+    return result;
+  }
+  if (trace) {
+    devices = TraceDevices(std::move(devices), trace);
+  }
+  return devices->QueryInterface(iid, object);
+}
+
+// Nothing is to be waited for in a trace.
+void WINAPI SleepUnlessReplayed(DWORD milliseconds) {
+  if (!ThreadReplay()) {
+    sleepBefore(milliseconds);
+  }
+}
+
+}  // namespace
+
+struct LibraryHooks::Hooks {
+  HeldModule library = zem::simulator::HoldLibrary();
+  HeldModule program = zem::simulator::HoldProgram();
+  ImportHook libraryCreate{library.get(), "CoCreateInstance", AsImport(CreateInstance)};
+  ImportHook programCreate{program.get(), "CoCreateInstance", AsImport(CreateInstance)};
+  ImportHook sleep{library.get(), "Sleep", AsImport(SleepUnlessReplayed)};
+};
+
+LibraryHooks::LibraryHooks() : hooks_(std::make_unique<Hooks>()) {
+  createBefore = Before<decltype(CoCreateInstance)>(hooks_->libraryCreate);
+  sleepBefore = Before<decltype(Sleep)>(hooks_->sleep);
+}
+
+LibraryHooks::~LibraryHooks() = default;
+
+}  // namespace zemctl
