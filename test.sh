@@ -5,7 +5,7 @@ source "$(dirname "$0")/scripts/setup.sh"
 
 step "packages" install_missing "${windows_packages[@]}" "${native_packages[@]}" \
   clang-format clang-tidy imagemagick libsox-fmt-base lld llvm python3 sox
-for preset in windows native fuzz; do
+for preset in windows native linux fuzz; do
   step "configure $preset" cmake --preset $preset
 done
 step "configure the checks" cmake -G Ninja -S scripts/checks -B build/checks

@@ -25,6 +25,15 @@ function(zem_compile_options target)
   endif()
 endfunction()
 
+# For what is part of the library besides.
+function(zem_library_options target)
+  zem_compile_options(${target})
+  # No exception crosses an export, and none is thrown behind one.
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU,Clang>:-fno-exceptions>)
+  target_compile_definitions(${target} PRIVATE
+    ZEM_BUILDING_LIBRARY ZEM_DEFAULT_VENDOR_ID=${ZEM_DEFAULT_VENDOR_ID})
+endfunction()
+
 # For what nobody waits for when it runs, but everybody when it is built: the tool, the tests, and the
 # simulator, unless it is measured against.
 function(zem_quick_to_build target)

@@ -14,3 +14,11 @@ function(zem_library_room room)
     zem_room(${library} ${room} ${ARGN})
   endforeach()
 endfunction()
+
+# zem_platform(TARGET FILE...): an implementation of the platform wall for programs that are linked with
+# the library as an archive. Objects, since the library and its platform need each other.
+function(zem_platform target)
+  add_library(${target} OBJECT)
+  zem_library_options(${target})
+  zem_room(${target} platform ${ARGN})
+endfunction()

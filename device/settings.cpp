@@ -13,10 +13,8 @@ constexpr unsigned kDefaultProductId = 0x8C00;
 }  // namespace
 
 DeviceIds ReadDefaultDeviceIds() {
-  std::array<wchar_t, platform::kPathCapacity> folder = {};
   std::array<wchar_t, platform::kPathCapacity> path = {};
-  platform::HostExecutableFolder(folder);
-  platform::FormatWide(path, L"%s\\zem_setting.ini", folder.data());
+  platform::HostFilePath(path, L"zem_setting.ini");
   DeviceIds ids = {};
   ids.vendor = platform::PrivateProfileInt(L"AP", L"DeviceVid", kDefaultVendorId, path.data());
   ids.product = platform::PrivateProfileInt(L"AP", L"DevicePid", kDefaultProductId, path.data());

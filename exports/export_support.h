@@ -8,6 +8,7 @@
 
 #include "device/device_handle.h"
 #include "include/ZemUVCExtApi.h"
+#include "platform/any_null.h"
 #include "platform/result.h"
 
 namespace zem {
@@ -25,11 +26,6 @@ struct MaybeNull {
   explicit MaybeNull(T* given) : pointer(given) {}
   T* pointer;
 };
-
-template <class... Pointers>
-bool AnyNull(const Pointers*... pointers) {
-  return ((pointers == nullptr) || ...);
-}
 
 template <class Argument>
 bool IsMissing(const Argument& /*argument*/) {

@@ -20,6 +20,12 @@
  * Null pointers. A null device handle gives ZEM_E_NO_DEVICE and nothing is sent. Where a function
  * says nothing else, a null pointer for an output or for data gives ZEM_E_REFUSED, also before
  * anything is sent.
+ *
+ * Linux. The shared library has the same functions. ZemResult, ZemLong and ZemULong are 32 bits
+ * wide there too, so they are not `long`; wchar_t has 32 bits, one code point each. What the
+ * Universal C Runtime's malloc and free are on Windows, the C library's are. There is no COM and
+ * no message queue to care for, the rule of one thread for a device holds all the same. What is
+ * said here of DirectShow holds for the kernel's drivers; docs/linux.md has the details.
  */
 #ifndef ZEM_UVC_EXT_API_H
 #define ZEM_UVC_EXT_API_H
@@ -74,6 +80,9 @@ typedef struct IBaseFilter IBaseFilter;
 #define ZEM_API __declspec(dllimport)
 #else
 #define ZEM_API
+#endif
+#if !defined(_WIN32) && defined(ZEM_BUILDING_LIBRARY)
+#pragma GCC visibility push(default)
 #endif
 
 /*
@@ -257,7 +266,8 @@ ZEM_API void ZEMAPI_CloseDevice(void** handle);
  * Does not ask the camera: copies sixteen '0' digits with a bounded copy that gives 16 bytes as the
  * destination's size. The text with its terminator needs 17, so the copy fails: it sets serial[0]
  * to 0 and calls the runtime's invalid-parameter handler, which ends the process unless the host
- * has installed one. Kept as it is because callers depend on it.
+ * has installed one; on Linux there is no such handler, and SIGABRT ends the process. Kept as it is
+ * because callers depend on it.
  *
  * @param handle not used
  * @param serial 16 bytes
@@ -1829,8 +1839,8 @@ ZEM_API int32_t ConvertNV12toBMP(const wchar_t* path, const uint8_t* frame, uint
  * Writes pixels as a 24-bit BMP file, in the order in which they lie.
  *
  * @param path   file to create or overwrite
- * @param pixels width * height * 3 bytes from malloc of the Universal C Runtime. After a success
- * the function has freed them; after a failure they are still the caller's
+ * @param pixels width * height * 3 bytes from malloc of the Universal C Runtime, on Linux of the C
+ * library. After a success the function has freed them; after a failure they are still the caller's
  * @param width  pixels in a row
  * @param height rows
  * @return 1 for a file written, else 0
@@ -1889,6 +1899,10 @@ ZemResult WREN_EuGet(void* device, unsigned int selector, void* data, unsigned s
  */
 ZemResult ZEMROMAPI_SwitchModePCAM_DRAM(void* device)
     ZEM_DECORATED("?ZEMROMAPI_SwitchModePCAM_DRAM@@YAJPEAX@Z");
+#endif
+
+#if !defined(_WIN32) && defined(ZEM_BUILDING_LIBRARY)
+#pragma GCC visibility pop
 #endif
 
 #endif /* ZEM_UVC_EXT_API_H */

@@ -1,6 +1,7 @@
 // Everything the library asks of the operating system, besides the COM interfaces of
 // platform/com.h. The implementation is chosen at link time: platform/windows/ for the DLL,
-// platform/simulated/ for native tests and benchmarks.
+// platform/linux/ for the shared library of Linux, platform/simulated/ for native tests and
+// benchmarks; what the last two have in common is in platform/portable/.
 //
 // All functions act on the calling thread and may be called from any thread.
 #pragma once
@@ -36,9 +37,9 @@ void ClearVariant(VARIANT* value);
 
 // ---- Settings ----
 
-// Puts the folder of the host executable, without a trailing separator, into `folder`. An
-// executable whose path cannot be had leaves the text empty.
-void HostExecutableFolder(std::span<wchar_t, kPathCapacity> folder);
+// Puts the full path of a file beside the host executable into `path`, cut to what it holds. An
+// executable whose path cannot be had counts as one in the root folder.
+void HostFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name);
 
 // Reads an integer from a private profile file, decimal or 0x hexadecimal; `fallback` when the
 // file, the section or the key is missing.

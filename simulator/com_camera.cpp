@@ -5,8 +5,8 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/com_unused.h"
 #include "simulator/com_controls.h"
-#include "simulator/com_filter.h"
 #include "simulator/system_results.h"
 
 namespace zem::simulator {
@@ -20,7 +20,7 @@ constexpr GUID kExtensionNodeType = {
     0x941C7AC0, 0xC559, 0x11D0, {0x8A, 0x2B, 0x00, 0xA0, 0xC9, 0x25, 0x5A, 0xC1}};
 
 // IKsControl of one node.
-class NodeControl : public ComObject<IKsControl> {
+class NodeControl : public PropertiesOnlyControl<ComObject<IKsControl>> {
  public:
   NodeControl(std::shared_ptr<Camera> camera, CallGate* gate, DWORD node)
       : camera_(std::move(camera)), gate_(gate), node_(node) {}
@@ -45,16 +45,6 @@ class NodeControl : public ComObject<IKsControl> {
     std::memcpy(&request, property, sizeof(request));
     return GatedResult(
         entered, CarryOut(request, static_cast<std::uint8_t*>(data), dataLength, bytesReturned));
-  }
-
-  HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD /*method*/, ULONG /*methodLength*/, LPVOID /*data*/,
-                                     ULONG /*dataLength*/, ULONG* /*bytesReturned*/) override {
-    return E_NOTIMPL;
-  }
-
-  HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT /*event*/, ULONG /*eventLength*/, LPVOID /*data*/,
-                                    ULONG /*dataLength*/, ULONG* /*bytesReturned*/) override {
-    return E_NOTIMPL;
   }
 
  private:
@@ -123,7 +113,8 @@ class ProcessingNode : public ComObject<IUnknown> {
   }
 };
 
-class CameraFilter : public StreamlessFilter<IKsTopologyInfo> {
+class CameraFilter
+    : public NodesOnlyTopology<StreamlessFilter<ComObject<IBaseFilter, IKsTopologyInfo>>> {
  public:
   CameraFilter(std::shared_ptr<Camera> camera, CallGate* gate)
       : camera_(std::move(camera)), gate_(gate) {}
@@ -150,20 +141,6 @@ class CameraFilter : public StreamlessFilter<IKsTopologyInfo> {
   }
 
   // ---- IKsTopologyInfo ----
-
-  HRESULT STDMETHODCALLTYPE get_NumCategories(DWORD* count) override { return None(count); }
-  HRESULT STDMETHODCALLTYPE get_Category(DWORD /*index*/, GUID* /*category*/) override {
-    return kNotFoundResult;
-  }
-  HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD* count) override { return None(count); }
-  HRESULT STDMETHODCALLTYPE get_ConnectionInfo(DWORD /*index*/,
-                                               KSTOPOLOGY_CONNECTION* /*connection*/) override {
-    return kNotFoundResult;
-  }
-  HRESULT STDMETHODCALLTYPE get_NodeName(DWORD /*node*/, WCHAR* /*name*/, DWORD /*size*/,
-                                         DWORD* /*nameLength*/) override {
-    return kNotFoundResult;
-  }
 
   HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
     const HRESULT entered = Enter(gate_, "get_NumNodes");
@@ -211,14 +188,6 @@ class CameraFilter : public StreamlessFilter<IKsTopologyInfo> {
   }
 
  private:
-  static HRESULT None(DWORD* count) {
-    if (count == nullptr) {
-      return E_POINTER;
-    }
-    *count = 0;
-    return S_OK;
-  }
-
   std::shared_ptr<Camera> camera_;
   CallGate* gate_;
 };

@@ -2,12 +2,13 @@
 
 #include <utility>
 
-#include "simulator/com_filter.h"
+#include "platform/com_unused.h"
 
 namespace zem::simulator {
 namespace {
 
-class MicrophoneFilter : public StreamlessFilter<IAMAudioInputMixer> {
+class MicrophoneFilter
+    : public LevelOnlyMixer<StreamlessFilter<ComObject<IBaseFilter, IAMAudioInputMixer>>> {
  public:
   MicrophoneFilter(std::shared_ptr<Microphone> microphone, CallGate* gate)
       : microphone_(std::move(microphone)), gate_(gate) {}
@@ -54,23 +55,6 @@ class MicrophoneFilter : public StreamlessFilter<IAMAudioInputMixer> {
     *level = microphone_->mixLevel;
     return S_OK;
   }
-
-  // ---- Not simulated ----
-
-  HRESULT STDMETHODCALLTYPE put_Enable(BOOL /*enable*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Enable(BOOL* /*enable*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE put_Mono(BOOL /*mono*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Mono(BOOL* /*mono*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE put_Pan(double /*pan*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Pan(double* /*pan*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE put_Loudness(BOOL /*loudness*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Loudness(BOOL* /*loudness*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE put_Treble(double /*treble*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Treble(double* /*treble*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_TrebleRange(double* /*range*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE put_Bass(double /*bass*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Bass(double* /*bass*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_BassRange(double* /*range*/) override { return E_NOTIMPL; }
 
  private:
   std::shared_ptr<Microphone> microphone_;

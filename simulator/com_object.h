@@ -3,9 +3,12 @@
 
 #include <atomic>
 
-#include "platform/com.h"
+#include "platform/any_null.h"
+#include "platform/com_object.h"
 
 namespace zem::simulator {
+
+using zem::QueryOne;
 
 // Sees each call that a host makes on the simulated system's objects, before it is carried out, and
 // may refuse it. Sees the result of each transfer, and may change it.
@@ -34,55 +37,17 @@ inline HRESULT EndTransfer(CallGate* gate, HRESULT result) {
 // said instead of 0.
 inline HRESULT GatedResult(HRESULT entered, HRESULT own) { return own == S_OK ? entered : own; }
 
-// Whether the host gave a null pointer where the object has to write.
-template <class... Pointers>
-bool AnyNull(const Pointers*... pointers) {
-  return ((pointers == nullptr) || ...);
-}
-
 // Objects that have not been released for the last time.
 inline std::atomic<int> liveComObjects = 0;
 
-// IUnknown's counting for a class that implements `Interfaces`. Born with one reference.
+// A counted object of the simulated system.
 template <class... Interfaces>
-class ComObject : public Interfaces... {
+class ComObject : public CountedObject<Interfaces...> {
  public:
   ComObject() { ++liveComObjects; }
-  ComObject(const ComObject&) = delete;
-  ComObject& operator=(const ComObject&) = delete;
-
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-
-  ULONG STDMETHODCALLTYPE Release() override {
-    const ULONG left = --references_;
-    if (left == 0) {
-      delete this;
-    }
-    return left;
-  }
-
-  ULONG references() const { return references_; }
 
  protected:
-  virtual ~ComObject() { --liveComObjects; }
-
- private:
-  std::atomic<ULONG> references_ = 1;
+  ~ComObject() override { --liveComObjects; }
 };
-
-// QueryInterface for an object with one interface besides IUnknown.
-template <class Interface, class Object>
-HRESULT QueryOne(Object* self, const GUID& own, REFIID iid, void** object) {
-  if (object == nullptr) {
-    return E_POINTER;
-  }
-  const bool known = iid == own || iid == IID_IUnknown;
-  *object = known ? static_cast<Interface*>(self) : nullptr;
-  if (!known) {
-    return E_NOINTERFACE;
-  }
-  self->AddRef();
-  return S_OK;
-}
 
 }  // namespace zem::simulator

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/com_unused.h"
 #include "simulator/system_results.h"
 #include "simulator/system_text.h"
 
@@ -61,7 +62,7 @@ class PropertyBag : public ComObject<IPropertyBag> {
   CallGate* gate_;
 };
 
-class Moniker : public ComObject<IMoniker> {
+class Moniker : public BoundOnlyMoniker<ComObject<IMoniker>> {
  public:
   Moniker(ListedDevice device, CallGate* gate) : device_(std::move(device)), gate_(gate) {}
 
@@ -121,56 +122,12 @@ class Moniker : public ComObject<IMoniker> {
     return entered;
   }
 
-  // ---- Not simulated ----
-
-  HRESULT STDMETHODCALLTYPE GetClassID(CLSID* /*classId*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE IsDirty() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Load(IStream* /*stream*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Save(IStream* /*stream*/, BOOL /*clearDirty*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetSizeMax(ULARGE_INTEGER* /*size*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Reduce(IBindCtx* /*context*/, DWORD /*howFar*/, IMoniker** /*toLeft*/,
-                                   IMoniker** /*reduced*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE ComposeWith(IMoniker* /*right*/, BOOL /*onlyIfNotGeneric*/,
-                                        IMoniker** /*composite*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE Enum(BOOL /*forward*/, IEnumMoniker** /*enumerator*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE IsEqual(IMoniker* /*other*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Hash(DWORD* /*hash*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE IsRunning(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
-                                      IMoniker* /*newlyRunning*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetTimeOfLastChange(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
-                                                FILETIME* /*time*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE Inverse(IMoniker** /*inverse*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE CommonPrefixWith(IMoniker* /*other*/, IMoniker** /*prefix*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE RelativePathTo(IMoniker* /*other*/, IMoniker** /*relative*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE ParseDisplayName(IBindCtx* /*context*/, IMoniker* /*toLeft*/,
-                                             LPOLESTR /*name*/, ULONG* /*eaten*/,
-                                             IMoniker** /*out*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE IsSystemMoniker(DWORD* /*kind*/) override { return E_NOTIMPL; }
-
  private:
   ListedDevice device_;
   CallGate* gate_;
 };
 
-class MonikerEnumerator : public ComObject<IEnumMoniker> {
+class MonikerEnumerator : public ForwardEnumerator<ComObject<IEnumMoniker>> {
  public:
   MonikerEnumerator(std::vector<ListedDevice> devices, CallGate* gate)
       : devices_(std::move(devices)), gate_(gate) {}
@@ -195,10 +152,6 @@ class MonikerEnumerator : public ComObject<IEnumMoniker> {
     }
     return made == count ? S_OK : S_FALSE;
   }
-
-  HRESULT STDMETHODCALLTYPE Skip(ULONG /*count*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Reset() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Clone(IEnumMoniker** /*clone*/) override { return E_NOTIMPL; }
 
  private:
   std::vector<ListedDevice> devices_;

@@ -5,7 +5,7 @@
 
 #include <cstring>
 #else
-#include "platform/simulated/simulated_platform.h"
+#include "platform/portable/task_text.h"
 #endif
 
 namespace zem::simulator {
@@ -25,13 +25,9 @@ BSTR MakeVariantText(const std::wstring& text) { return SysAllocString(text.c_st
 
 #else
 
-wchar_t* MakeTaskText(const std::wstring& text) {
-  return platform::simulated::AllocateTaskText(text);
-}
+wchar_t* MakeTaskText(const std::wstring& text) { return platform::AllocateTaskText(text); }
 
-BSTR MakeVariantText(const std::wstring& text) {
-  return platform::simulated::AllocateTaskText(text);
-}
+BSTR MakeVariantText(const std::wstring& text) { return platform::AllocateTaskText(text); }
 
 #endif
 

@@ -105,7 +105,4 @@ System& TheSystem();
 // Back to a freshly started system.
 void Reset();
 
-// Memory as COM calls hand it out: released with platform::FreeTaskMemory.
-wchar_t* AllocateTaskText(const std::wstring& text);
-
 }  // namespace zem::platform::simulated

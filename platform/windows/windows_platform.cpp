@@ -34,11 +34,12 @@ void InitVariant(VARIANT* value) { VariantInit(value); }
 
 void ClearVariant(VARIANT* value) { VariantClear(value); }
 
-void HostExecutableFolder(std::span<wchar_t, kPathCapacity> folder) {
-  folder[0] = L'\0';
-  GetModuleFileNameW(nullptr, folder.data(), static_cast<DWORD>(folder.size()));
-  folder.back() = L'\0';
-  PathRemoveFileSpecW(folder.data());
+void HostFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name) {
+  wchar_t folder[kPathCapacity] = {};
+  GetModuleFileNameW(nullptr, folder, static_cast<DWORD>(kPathCapacity));
+  folder[kPathCapacity - 1] = L'\0';
+  PathRemoveFileSpecW(folder);
+  FormatWide(path, L"%s\\%s", folder, name);
 }
 
 std::uint32_t PrivateProfileInt(const wchar_t* section, const wchar_t* key, std::uint32_t fallback,

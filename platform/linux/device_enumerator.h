@@ -1,0 +1,13 @@
+// The system device enumerator of this platform: cameras in the video-input category, sound cards
+// with an input in the audio-input category.
+#pragma once
+
+#include "platform/com.h"
+
+namespace zem::platform {
+
+// A new enumerator with one reference for the caller. An empty category is, as on Windows, the
+// result 1 without an enumerator; any other category is empty.
+HRESULT MakeDeviceEnumerator(ICreateDevEnum** enumerator);
+
+}  // namespace zem::platform
