@@ -36,6 +36,12 @@ Camera::Disturbance Camera::NextTransfer() {
       case Fault::Kind::kUnplug:
         Unplug();
         break;
+      case Fault::Kind::kReplug:
+        Unplug();
+        if (replugObserver_) {
+          replugObserver_();
+        }
+        break;
     }
   }
   return disturbance;

@@ -125,6 +125,9 @@ class Camera {
   // Called once, when the camera is unplugged.
   void SetUnplugObserver(std::function<void()> observer) { unplugObserver_ = std::move(observer); }
 
+  // Called behind that one when it is to be plugged in again: whoever lists it makes a new one.
+  void SetReplugObserver(std::function<void()> observer) { replugObserver_ = std::move(observer); }
+
   Outcome Set(std::size_t node, std::uint16_t selector, std::span<const std::uint8_t> bytes);
 
   // Reads into `bytes`; `reported` becomes the byte count that the camera says it moved.
@@ -159,6 +162,7 @@ class Camera {
   std::vector<Fault> faults_;
   std::function<void(const Transfer&)> observer_;
   std::function<void()> unplugObserver_;
+  std::function<void()> replugObserver_;
   KeptMemory loadedMemory_;
   std::uint32_t transfers_ = 0;
   bool unplugged_ = false;

@@ -124,6 +124,24 @@ HRESULT ListMicrophone(std::size_t index) {
                running.options.name + " Microphone", FilterMaker(running.microphone)});
 }
 
+HRESULT ListCamera(std::size_t index);
+
+// In the middle of a host's request: nothing may be thrown into it.
+void ListAgain(std::size_t index) {
+  try {
+    static_cast<void>(ListCamera(index));
+  } catch (const std::exception& error) {
+    TheSimulator().lastError = error.what();
+  }
+}
+
+// A camera that was unplugged comes back, once.
+void Replug(std::size_t index) {
+  std::erase_if(TheSimulator().cameras[index].options.faults,
+                [](const Fault& fault) { return fault.kind == Fault::Kind::kReplug; });
+  ListAgain(index);
+}
+
 // Puts a camera into the system's list as a new one, as if it had just been plugged in. Throws when
 // its state file cannot be read or written.
 HRESULT ListCamera(std::size_t index) {
@@ -147,6 +165,7 @@ HRESULT ListCamera(std::size_t index) {
   running.camera->SetUnplugObserver([instanceName, microphoneName = running.microphoneName] {
     Unlist(instanceName, microphoneName);
   });
+  running.camera->SetReplugObserver([index] { Replug(index); });
   return ListMicrophone(index);
 }
 
@@ -154,11 +173,7 @@ HRESULT ListCamera(std::size_t index) {
 void FollowStage(std::size_t index, BootStage stage) {
   auto& cameras = TheSimulator().cameras;
   if (stage == BootStage::kCamera) {
-    try {
-      static_cast<void>(ListCamera(index));
-    } catch (const std::exception& error) {
-      TheSimulator().lastError = error.what();  // nothing may be thrown into the host
-    }
+    ListAgain(index);
   } else if (cameras[index].camera) {
     cameras[index].camera->Unplug();
   }
@@ -174,6 +189,7 @@ std::vector<RunningCamera> Unlist() {
     if (cameras[index].camera) {
       // A handle to it may be open still, and the next start's cameras may have its name.
       cameras[index].camera->SetUnplugObserver(nullptr);
+      cameras[index].camera->SetReplugObserver(nullptr);
     }
     if (simulator.inRegistry) {
       UnregisterClass(CameraClassId(index));

@@ -24,6 +24,7 @@ TEST(FaultTextTest, Kinds) {
   EXPECT_EQ(ParseFault("length@1")->kind, Fault::Kind::kLength);
   EXPECT_EQ(ParseFault("garbage@1")->kind, Fault::Kind::kGarbage);
   EXPECT_EQ(ParseFault("unplug@1")->kind, Fault::Kind::kUnplug);
+  EXPECT_EQ(ParseFault("replug@1")->kind, Fault::Kind::kReplug);
   EXPECT_EQ(ParseFault("drop@1")->kind, Fault::Kind::kDrop);
 }
 
@@ -125,6 +126,18 @@ TEST_F(FaultyCameraTest, WritesAreDroppedOrGarbled) {
   EXPECT_EQ(unit.written[0].size(), sent.size());
   EXPECT_NE(unit.written[0], sent);
   EXPECT_EQ(unit.written[1], sent);
+}
+
+TEST_F(FaultyCameraTest, ReplugUnplugsAndAsksForANewOne) {
+  std::string reports;
+  camera.SetUnplugObserver([&] { reports += "unplugged "; });
+  camera.SetReplugObserver([&] { reports += "replug "; });
+  camera.AddFault(*ParseFault("replug@2"));
+  EXPECT_EQ(Read(), Outcome::kDone);
+  EXPECT_EQ(reports, "");
+  EXPECT_EQ(Read(), Outcome::kUnplugged);
+  EXPECT_EQ(Read(), Outcome::kUnplugged);
+  EXPECT_EQ(reports, "unplugged replug ");
 }
 
 TEST_F(FaultyCameraTest, UnplugLastsAndIsReportedOnce) {

@@ -81,19 +81,20 @@ update() {
   expect "$code" "$text" $sim --yes --simulator-options "$camera" --simulator-fault "$fault" update \
     firmware --chip 516x $work/image.bin "$@"
 }
-# A burn that was never seen may never have begun: transfer 10 is the order.
-update 0 'burned:         reported, not proven' drop@10
-never 'burned:         yes'
-update 10 'the flash differs from the image, first at 0x000000' drop@10 --verify-at 0
+# A burn that was never seen may never have begun: transfer 11 is the order.
+update 0 'proof:          none: not read back (--verify-at ADDRESS does), and the camera was not seen burning' drop@11
+also 'seen burning:   no'
+also 'verified:       no'
+update 10 'the flash differs from the image, first at 0x000000' drop@11 --verify-at 0
 # A camera that cannot even tell its version is not burned.
 update 7 'Camera: nothing was sent, it keeps what it had. Next: ' fail@2
 # The answer to the announcement was lost, and all else went well.
-update 7 'get vendor 5 (reply to a VCP command, or status, 8 bytes) failed' fail@4
+update 7 'get vendor 5 (reply to a VCP command, or status, 8 bytes) failed' fail@5
 also 'Camera: the camera has come to its end since: the image is burned'
 # A look at the burn that failed is made again.
-update 10 'the check sum of its firmware is wrong' fail@11
+update 10 'the check sum of its firmware is wrong' fail@12
 # Nothing waits for a camera that has left: the library alone would, for ten minutes.
 SECONDS=0
-update 7 'get vendor 5 (reply to a VCP command, or status, 8 bytes) failed: the camera is gone' unplug@11
+update 7 'get vendor 5 (reply to a VCP command, or status, 8 bytes) failed: the camera is gone' unplug@12
 also 'Camera: the camera was burning and no longer answers: the area may be half written'
 [ $SECONDS -le 5 ] || { echo "it took $SECONDS s"; exit 1; }

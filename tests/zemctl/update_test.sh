@@ -68,8 +68,13 @@ expect 11 'nothing was done' $sim update calibration "$cali" </dev/null
 
 run 0 '10000 bytes read back from 0x000000 are equal' "$camera_516x" update firmware --chip 516x \
   "$image" --verify-at 0
-also 'version before: 01 02 03 04 05 06'
+also 'version before:       01 02 03 04 05 06'
+also 'version of the image: 02 00 00 00 00 01'
 also 'the camera reports the burn done; its firmware check sum is right'
+also 'camera:               "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0'
+also 'chip:                 516x'
+also 'forced:               no'
+also 'verified:             yes'
 also 'send: 70 %'
 also 'burn: 90 %'
 also 'verify: 100 %'
@@ -96,13 +101,75 @@ run 6 'the camera has more than 1499 bytes ready' "$camera_516x" data read "$bac
 rm -f "$state"
 camera_517x='{"cameras":[{"chip":"517x"}]}'
 run 5 'Camera: the burn failed' '{"cameras":[{"chip":"517x","burnPolls":1}]}' update firmware \
-  --chip 516x "$image"
+  --chip 516x --force "$image"
 run 0 'the camera reports the burn done; its firmware check sum is right' "$camera_517x" update firmware \
   --chip 517x "$image"
 also 'burn: 80 %'
 run 0 'firmware version:   02 00 00 00 00 01' "$camera_517x" info
 run 5 'Camera: the camera is still burning' '{"cameras":[{"chip":"517x","burnPolls":3}]}' update firmware \
   --chip 517x "$image"
+
+# ---- The camera that was meant ----
+
+expect 11 'The camera "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0, firmware version 01 02 03 04 05 06: its firmware will be overwritten with '"$image"' (10000 bytes, version 02 00 00 00 00 01). Go on?' \
+  $sim update firmware --chip 517x "$image" </dev/null
+expect 11 'firmware version 01 02 03 04 05 06: its calibration data will be overwritten with' $sim update \
+  calibration "$cali" </dev/null
+run 2 '--chip says 517x, and the camera says that it is a 516x' "$camera_516x" update firmware --chip 517x \
+  "$image"
+also 'Camera: nothing was sent, it keeps what it had. Next: Give --chip 516x'
+run 2 '--chip says 516x, and the camera says that it is a 517x' "$camera_517x" update firmware --chip 516x \
+  "$image"
+rm -f "$state"
+run 0 'forced:               yes' '{"cameras":[{"chip":"516x"}]}' update firmware --chip 517x --force "$image"
+also 'chip:                 516x'
+
+# ---- After the restart ----
+
+# The restart comes behind the transfers of the update, at a look at the camera.
+rm -f "$state"
+run 0 'version after:        02 00 00 00 00 01' "$camera_516x" --simulator-fault replug@36 update firmware \
+  --chip 516x "$image" --wait 20
+also 'version as expected:  yes'
+also 'Restart "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0 now'
+rm -f "$state"
+run 10 'the camera came back with version 02 00 00 00 00 01 instead of 03 00 00 00 00 01' "$camera_516x" \
+  --simulator-fault replug@36 update firmware --chip 516x "$image" --wait 20 \
+  --expect-version "03 00 00 00 00 01"
+also 'version as expected:  no'
+rm -f "$state"
+run 3 'the camera did not come back within 1 s' "$camera_516x" --simulator-fault unplug@36 update firmware \
+  --chip 516x "$image" --wait 1
+run 2 'a version has 6 bytes' "$camera_516x" update firmware --chip 516x "$image" --expect-version 01
+
+# ---- Several at once ----
+
+line='{"cameras":[{"name":"A","chip":"516x","burnPolls":2},{"name":"B","chip":"516x","burnPolls":2,"faults":["fail@8"]},{"name":"C","chip":"516x","burnPolls":3},{"name":"D","chip":"517x"}]}'
+several() {
+  local code=$1 text=$2
+  shift 2
+  expect "$code" "$text" $sim --simulator-options "$line" update firmware --chip 516x "$image" "$@"
+}
+several 13 '2 of 4 cameras failed' --yes --all
+also 'A at zem-simulator&0: send: 70 %'
+also 'C at zem-simulator&2: verify: 100 %'
+several 0 '"name": "C"' --yes --cameras 0,2 --json
+several 13 '2 of 4 cameras failed' --yes --all --json
+python3 - $out <<'PYTHON'
+import json, sys
+text = open(sys.argv[1]).read()
+report = json.loads(text[text.index("{"):])
+rows = [(row["name"], row["done"], row["code"], row["verified"]) for row in report["cameras"]]
+assert rows == [("A", True, 0, False), ("B", False, 7, None), ("C", True, 0, False), ("D", False, 2, None)], rows
+assert report["cameras"][1]["camera_state"].startswith("no burn order went through"), report
+assert report["error"]["code"] == 13, report
+PYTHON
+several 11 'Of each of these 4 cameras:' --all </dev/null
+also '  "B" (5a45:8c00) at zem-simulator&1, firmware version 01 02 03 04 05 06'
+several 3 'there is no camera 4 among 4' --yes --cameras 0,4
+several 2 'names 2 more than once' --yes --cameras 2,2
+several 2 '--index chooses one camera' --yes --all --index 0
+several 2 '--all excludes --cameras' --yes --all --cameras 0
 
 # ---- Failures ----
 
@@ -114,11 +181,11 @@ run 5 'is busy or does not take this kind of image; nothing was sent' "$camera_5
 run 5 'Camera: the burn failed' '{"cameras":[{"chip":"516x","burnPolls":2,"burnError":true}]}' update \
   firmware --chip 516x "$image"
 run 0 'firmware check sum: wrong' "$camera_516x" info
-run 7 'no burn order went through' "$camera_516x" --simulator-fault fail@7 update firmware --chip 516x \
+run 7 'no burn order went through' "$camera_516x" --simulator-fault fail@8 update firmware --chip 516x \
   "$image"
 run 7 'part of the image was lost' "$camera_516x" --simulator-fault fail@5 update calibration "$cali"
 run 7 'no burn order went through' "$camera_516x" --simulator-fault unplug@5 update calibration "$cali"
-run 10 'the check sum of its firmware is wrong' "$camera_516x" --simulator-fault garbage@7 update firmware \
+run 10 'the check sum of its firmware is wrong' "$camera_516x" --simulator-fault garbage@8 update firmware \
   --chip 516x "$image"
 run 7 'the camera stopped taking the data at' "$camera_516x" --simulator-fault fail@20+6 data send "$cali"
 run 7 'ZEMAPI_ReadPartialFlashData' "$camera_516x" --simulator-fault fail@4+6 flash read 0 1500 "$back"

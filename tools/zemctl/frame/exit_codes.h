@@ -17,6 +17,7 @@ enum ExitCode {
   kNotVerified = 10,
   kCancelled = 11,
   kInterrupted = 12,
+  kSomeFailed = 13,
 };
 
 // What a code means, in a few words.
@@ -47,7 +48,9 @@ constexpr const char* MeaningOf(ExitCode code) {
     case kCancelled:
       return "the question was not answered with yes";
     case kInterrupted:
-      return "stopped by the user in the middle of an update";
+      return "stopped by the user";
+    case kSomeFailed:
+      return "of several cameras at least one failed";
   }
   return "";
 }

@@ -7,7 +7,10 @@
 
 namespace zemctl {
 
-Progress::Progress(bool silent) : silent_(silent), terminal_(_isatty(_fileno(stderr)) != 0) {}
+Progress::Progress(bool silent, const std::string& label)
+    : silent_(silent),
+      label_(label.empty() ? "" : label + ": "),
+      terminal_(label.empty() && _isatty(_fileno(stderr)) != 0) {}
 
 Progress::~Progress() {
   // An operation that was left half way ends its line.
@@ -54,6 +57,14 @@ void Progress::Complete() {
   phase_.clear();
 }
 
+void Progress::Say(const std::string& sentence) {
+  if (!silent_) {
+    std::fprintf(stderr, "%s%s%s\n", terminal_ && !phase_.empty() ? "\n" : "", label_.c_str(),
+                 sentence.c_str());
+    std::fflush(stderr);
+  }
+}
+
 void Progress::Draw() const {
   if (silent_) {
     return;
@@ -65,7 +76,7 @@ void Progress::Draw() const {
                  std::string(static_cast<std::size_t>(filled), '#').c_str(),
                  std::string(static_cast<std::size_t>(kBarWidth - filled), ' ').c_str(), percent_);
   } else {
-    std::fprintf(stderr, "%s: %u %%\n", phase_.c_str(), percent_);
+    std::fprintf(stderr, "%s%s: %u %%\n", label_.c_str(), phase_.c_str(), percent_);
   }
   std::fflush(stderr);
 }

@@ -17,7 +17,8 @@ class Progress {
     std::uint32_t to;
   };
 
-  explicit Progress(bool silent);
+  // With a label, which stands before every line, others may write lines in between.
+  explicit Progress(bool silent, const std::string& label = "");
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
@@ -30,6 +31,9 @@ class Progress {
   // 100 counts as 100.
   void Update(std::uint32_t percent);
 
+  // A sentence to the person at the terminal, in between.
+  void Say(const std::string& sentence);
+
   // The present phase is complete.
   void Complete();
 
@@ -38,6 +42,7 @@ class Progress {
   void Draw() const;
 
   bool silent_;
+  std::string label_;
   bool terminal_;
   std::string phase_;
   Share share_ = {0, 100};

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <limits>
 #include <numeric>
+#include <span>
 #include <vector>
 
 namespace zemctl {
@@ -42,8 +44,23 @@ std::string Padded(const std::string& text, std::size_t width) {
   return text + std::string(width > text.size() ? width - text.size() : 0, ' ');
 }
 
-// A table all of whose lines have more characters is hard to read on a terminal.
-constexpr std::size_t kLongestLine = 160;
+// A table is hard to read on a terminal when all of its lines have more characters, or one of them
+// has many more.
+constexpr std::size_t kLongLine = 160;
+constexpr std::size_t kLongestLine = 280;
+
+bool IsWide(const std::vector<std::vector<std::string>>& lines) {
+  std::size_t shortest = std::numeric_limits<std::size_t>::max();
+  std::size_t longest = 0;
+  for (const auto& line : std::span(lines).subspan(1)) {
+    const std::size_t size =
+        std::accumulate(line.begin(), line.end(), std::size_t{0},
+                        [](std::size_t sum, const std::string& text) { return sum + text.size(); });
+    shortest = std::min(shortest, size);
+    longest = std::max(longest, size);
+  }
+  return shortest > kLongLine || longest > kLongestLine;
+}
 
 void PrintFields(std::FILE* out, const Report& fields, const std::string& indent);
 
@@ -74,12 +91,7 @@ void PrintTable(std::FILE* out, const Report& rows) {
       widths[column] = std::max(widths[column], line[column].size());
     }
   }
-  if (std::all_of(lines.begin() + 1, lines.end(), [](const auto& line) {
-        return std::accumulate(line.begin(), line.end(), std::size_t{0},
-                               [](std::size_t sum, const std::string& text) {
-                                 return sum + text.size();
-                               }) > kLongestLine;
-      })) {
+  if (IsWide(lines)) {
     PrintRecords(out, rows);
     return;
   }

@@ -17,6 +17,7 @@ const ImageProcedure kUpdate516x = {
     "firmware",
     std::numeric_limits<std::int32_t>::max() - kSector + 1,
     true,
+    "516x",
     true,
     [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
        std::uint64_t user, const ImageParameters& parameters) {
@@ -28,6 +29,7 @@ const ImageProcedure kUpdate517x = {
     "firmware",
     std::numeric_limits<std::int32_t>::max(),
     true,
+    "517x",
     false,
     [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
        std::uint64_t user, const ImageParameters& /*parameters*/) {
@@ -39,6 +41,7 @@ const ImageProcedure kUpdateFlash = {
     "flash area",
     kLongestOf16Bits,
     false,
+    "",
     false,
     [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
        std::uint64_t user, const ImageParameters& parameters) {
@@ -51,6 +54,7 @@ const ImageProcedure kUpdateCalibration = {
     "calibration data",
     std::numeric_limits<std::int32_t>::max(),
     false,
+    "",
     false,
     [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
        std::uint64_t user, const ImageParameters& /*parameters*/) {
@@ -62,6 +66,7 @@ const ImageProcedure kSendData = {
     "data",
     kLongestOf16Bits,
     false,
+    "",
     false,
     [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
        std::uint64_t user, const ImageParameters& parameters) {

@@ -25,6 +25,7 @@ struct ImageProcedure {
   // Longer images cannot be announced.
   std::uint32_t longest;
   bool isFirmware;
+  const char* series;  // of chips that it is for; "" for any
   // Whether the camera is told of the length in steps of 512 bytes.
   bool announcesSectors;
   ZemResult (*run)(void* handle, const std::uint8_t* data, std::uint32_t length,
