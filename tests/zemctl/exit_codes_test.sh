@@ -8,7 +8,7 @@ head -c 100 /dev/zero >$work/image.bin
 
 expect 0 'Exit codes:' --help
 tr -d '\r' <$out | sed -n '/^Exit codes:/,$p' >$work/help
-for code in {0..12}; do
+for code in {0..13}; do
   meaning=$(sed -nE "s/^ *$code ([^(]+[^ (]).*/\1/p" $work/help)
   [ -n "$meaning" ] && grep -qE "^\| $code \| $meaning" README.md ||
     { echo "exit code $code: the README does not say \"$meaning\""; exit 1; }

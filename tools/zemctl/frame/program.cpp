@@ -21,7 +21,7 @@ constexpr const char* kSelectionGroup = "Which camera";
 
 std::string Footer() {
   std::string text = "Exit codes:";
-  for (int code = kDone; code <= kInterrupted; ++code) {
+  for (int code = kDone; code <= kSomeFailed; ++code) {
     text += (code < 10 ? "\n   " : "\n  ") + std::to_string(code) + " " +
             MeaningOf(static_cast<ExitCode>(code));
   }
