@@ -5,8 +5,8 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/com_unused.h"
 #include "simulator/com_controls.h"
+#include "simulator/com_filter.h"
 #include "simulator/system_results.h"
 
 namespace zem::simulator {
@@ -113,8 +113,7 @@ class ProcessingNode : public ComObject<IUnknown> {
   }
 };
 
-class CameraFilter
-    : public NodesOnlyTopology<StreamlessFilter<ComObject<IBaseFilter, IKsTopologyInfo>>> {
+class CameraFilter : public NodesOnlyTopology<StreamlessFilter<IKsTopologyInfo>> {
  public:
   CameraFilter(std::shared_ptr<Camera> camera, CallGate* gate)
       : camera_(std::move(camera)), gate_(gate) {}

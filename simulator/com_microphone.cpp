@@ -2,13 +2,12 @@
 
 #include <utility>
 
-#include "platform/com_unused.h"
+#include "simulator/com_filter.h"
 
 namespace zem::simulator {
 namespace {
 
-class MicrophoneFilter
-    : public LevelOnlyMixer<StreamlessFilter<ComObject<IBaseFilter, IAMAudioInputMixer>>> {
+class MicrophoneFilter : public LevelOnlyMixer<StreamlessFilter<IAMAudioInputMixer>> {
  public:
   MicrophoneFilter(std::shared_ptr<Microphone> microphone, CallGate* gate)
       : microphone_(std::move(microphone)), gate_(gate) {}

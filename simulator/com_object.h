@@ -8,6 +8,7 @@
 
 namespace zem::simulator {
 
+using zem::AnyNull;
 using zem::QueryOne;
 
 // Sees each call that a host makes on the simulated system's objects, before it is carried out, and

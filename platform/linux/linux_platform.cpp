@@ -25,7 +25,7 @@ namespace zem::platform {
 namespace {
 
 // Longer than any settings file.
-constexpr std::uint64_t kMaxProfile = 1024 * 1024;
+constexpr std::uint64_t kMaxProfile = 1U << 20;
 
 // The longest text that goes to the debugger channel in one piece.
 constexpr std::size_t kDebuggerCapacity = 4096;

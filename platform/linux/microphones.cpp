@@ -89,9 +89,9 @@ class Level {
     value.id = info_.id;
     const auto& range = info_.value.integer;
     const double steps = level * (static_cast<double>(range.max) - static_cast<double>(range.min));
-    // To the nearest step: the cut of a number that is not negative rounds down.
-    const long wanted = range.min + static_cast<long>(steps + 0.5);
-    std::fill_n(value.value.integer.value, channels(), std::min(wanted, range.max));
+    auto whole = static_cast<long>(steps);
+    whole += steps - static_cast<double>(whole) >= 0.5 ? 1 : 0;
+    std::fill_n(value.value.integer.value, channels(), std::min(range.min + whole, range.max));
     return file.Control(SNDRV_CTL_IOCTL_ELEM_WRITE, &value);
   }
 

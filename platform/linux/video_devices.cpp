@@ -16,7 +16,7 @@ constexpr std::size_t kMaxVideoDevices = 256;
 constexpr unsigned kVideoInterfaceClass = 0x0E;
 
 // More than one configuration of a camera has, with the device's own descriptor.
-constexpr std::size_t kMaxDescriptors = 128 * 1024;
+constexpr std::size_t kMaxDescriptors = 1U << 17;
 
 PathText VideoFolder(unsigned number) {
   PathText folder({kernel::SysFolder(), "/class/video4linux/video"});

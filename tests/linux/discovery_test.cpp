@@ -44,7 +44,7 @@ class DiscoveryTest : public LinuxTest {
   static std::wstring NameOf(IMoniker* device) {
     wchar_t* name = nullptr;
     EXPECT_EQ(device->GetDisplayName(nullptr, nullptr, &name), S_OK);
-    const std::wstring text = name;
+    std::wstring text = name;
     zem::platform::FreeTaskMemory(name);
     return text;
   }
@@ -56,7 +56,7 @@ class DiscoveryTest : public LinuxTest {
     VARIANT value;
     zem::platform::InitVariant(&value);
     const HRESULT read = bag->Read(property, &value, nullptr);
-    const std::wstring text = SUCCEEDED(read) ? value.bstrVal : L"none";
+    std::wstring text = SUCCEEDED(read) ? value.bstrVal : L"none";
     zem::platform::ClearVariant(&value);
     return text;
   }
