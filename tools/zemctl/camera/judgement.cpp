@@ -48,6 +48,17 @@ const std::array kMayFail = std::to_array<MayFail>({
     {"ZEMAPI_UpdateFW_516x", zem::VendorXu, zem::vendor_selector::kVcpReply, false,
      When::kRepeated},
     {"ZEMAPI_UpdateFlash", zem::VendorXu, zem::vendor_selector::kVcpReply, false, When::kRepeated},
+    {"ZEMUVCEXT_UpdateFW_with_progress", zem::VendorXu, zem::vendor_selector::kVcpReply, false,
+     When::kRepeated},
+    {"ZEMUVCEXT_UpdateFW_with_progressEx", zem::VendorXu, zem::vendor_selector::kVcpReply, false,
+     When::kRepeated},
+    // They ask whether there is a 64-byte data control; without an answer the shorter one is used.
+    {"ZEMUVCEXT_UpdateFW_with_progress", zem::VendorXu, zem::vendor_selector::kBulkData, false,
+     When::kAlways},
+    {"ZEMUVCEXT_UpdateFW_with_progressEx", zem::VendorXu, zem::vendor_selector::kBulkData, false,
+     When::kAlways},
+    {"ZEMUVCEXT_UpdateFW_Vision", zem::VendorXu, zem::vendor_selector::kBulkData, false,
+     When::kAlways},
     {"ZEMAPI_UpdateCaliData", zem::VendorXu, zem::vendor_selector::kVcpReply, false,
      When::kRepeated},
 });

@@ -6,6 +6,7 @@
 
 #include "simulator/windows/import_hook.h"
 #include "tools/zemctl/camera/library_hooks.h"
+#include "tools/zemctl/camera/only_device.h"
 #include "tools/zemctl/camera/traced_devices.h"
 
 namespace zemctl {
@@ -25,8 +26,12 @@ HRESULT WINAPI CreateInstance(REFCLSID classId, LPUNKNOWN outer, DWORD context, 
                               LPVOID* object) {
   const auto replay = ThreadReplay();
   const auto trace = ThreadTrace();
-  if (!(classId == zem::CLSID_SystemDeviceEnum) || !(replay || trace)) {
+  if (!(classId == zem::CLSID_SystemDeviceEnum) ||
+      !(OnlyDevice::OfThread() != nullptr || replay || trace)) {
     return createBefore(classId, outer, context, iid, object);
+  }
+  if (IBaseFilter* const only = OnlyDevice::OfThread()) {
+    return ListOnly(only)->QueryInterface(iid, object);
   }
   ComPtr<ICreateDevEnum> devices;
   if (replay) {

@@ -11,6 +11,7 @@
 #include "simulator/system_results.h"
 #include "tools/zemctl/camera/extension_unit_names.h"
 #include "tools/zemctl/camera/judgement.h"
+#include "tools/zemctl/camera/only_device.h"
 #include "tools/zemctl/camera/required_unit.h"
 #include "tools/zemctl/camera/watched_camera.h"
 #include "tools/zemctl/frame/bytes.h"
@@ -162,6 +163,11 @@ void Session::RefuseStopped() const {
 
 CallOutcome Session::Observe(const char* function, const Function& call) const {
   return Observe(function, call, handle_);
+}
+
+CallOutcome Session::ObserveAsDefault(const char* function, const Function& call) const {
+  const OnlyDevice only(object_.get());
+  return Observe(function, call);
 }
 
 CallOutcome Session::Observe(const char* function, const Function& call, void* device) const {

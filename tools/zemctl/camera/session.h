@@ -62,6 +62,9 @@ class Session {
   // As Call, for those that judge the outcome by themselves.
   CallOutcome Observe(const char* function, const Function& call) const;
 
+  // For exports that take no device but look for the default camera: they find this one.
+  CallOutcome ObserveAsDefault(const char* function, const Function& call) const;
+
   // As the system lists it.
   const SystemDevice& device() const { return device_; }
 

@@ -186,6 +186,8 @@ std::vector<SystemDevice> ListMatches(const DeviceSelection& selection) {
   return devices;
 }
 
+std::wstring DefaultDisplayName() { return L"usb#" + IdPattern({}) + L"&mi_00#"; }
+
 ZemResult FindCamera(const DeviceSelection& selection, FoundCamera& camera) {
   const Matcher matcher(selection);
   unsigned toSkip = selection.index.value_or(0);

@@ -18,6 +18,8 @@ struct DeviceSelection {
   std::string displayName;
   std::string devicePath;
 
+  // Not left to be the default camera.
+  bool isChosen() const { return index || vendorId || productId || isNamed(); }
   // Not chosen by its USB ids.
   bool isNamed() const { return !(name.empty() && displayName.empty() && devicePath.empty()); }
 };
@@ -43,6 +45,9 @@ std::vector<SystemDevice> ListSystemDevices(DeviceCategory category);
 
 // The video-input devices that a selection fits, without a look at its index.
 std::vector<SystemDevice> ListMatches(const DeviceSelection& selection);
+
+// A display name by which the library finds the default camera.
+std::wstring DefaultDisplayName();
 
 struct FoundCamera {
   SystemDevice device;

@@ -44,9 +44,7 @@ int Send(const Options& options, const DataArguments& arguments, Report& report)
   report["file"] = arguments.file;
   report["bytes"] = length;
   const auto sendAll = [&](const Session& session) {
-    return session.Observe(kSendData.function, [&](void* device) {
-      return kSendData.run(device, data.data(), length, nullptr, 0, arguments.parameters);
-    });
+    return Observe(session, kSendData, data.data(), length, nullptr, 0, arguments.parameters);
   };
   if (arguments.dryRun) {
     report["dry run"] = true;

@@ -18,7 +18,7 @@ const ImageProcedure kUpdate516x = {
     std::numeric_limits<std::int32_t>::max() - kSector + 1,
     true,
     "516x",
-    true,
+    false,
     [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
        std::uint64_t user, const ImageParameters& parameters) {
       return ZEMAPI_UpdateFW_516x(handle, data, length, callback, user, parameters.param3);
@@ -73,6 +73,52 @@ const ImageProcedure kSendData = {
       return ZEMAPI_SendData(handle, data, length, callback, user, parameters.param2,
                              parameters.param3);
     }};
+
+const ImageProcedure kHandleLessPlain = {
+    "ZEMUVCEXT_UpdateFW_with_progress",
+    "firmware",
+    std::numeric_limits<std::int32_t>::max(),
+    true,
+    "",
+    true,
+    [](void* /*handle*/, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+       std::uint64_t user, const ImageParameters& /*parameters*/) {
+      return ZEMUVCEXT_UpdateFW_with_progress(data, length, callback, user);
+    }};
+
+const ImageProcedure kHandleLessEx = {
+    "ZEMUVCEXT_UpdateFW_with_progressEx",
+    "firmware",
+    std::numeric_limits<std::int32_t>::max(),
+    true,
+    "",
+    true,
+    [](void* /*handle*/, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+       std::uint64_t user, const ImageParameters& /*parameters*/) {
+      return ZEMUVCEXT_UpdateFW_with_progressEx(data, length, callback, user);
+    }};
+
+const ImageProcedure kHandleLessVision = {
+    "ZEMUVCEXT_UpdateFW_Vision",
+    "firmware",
+    std::numeric_limits<std::int32_t>::max(),
+    true,
+    "",
+    true,
+    [](void* /*handle*/, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+       std::uint64_t user, const ImageParameters& parameters) {
+      return ZEMUVCEXT_UpdateFW_Vision(data, length, parameters.param2, callback, user);
+    }};
+
+CallOutcome Observe(const Session& session, const ImageProcedure& procedure,
+                    const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+                    std::uint64_t user, const ImageParameters& parameters) {
+  const auto run = [&](void* device) {
+    return procedure.run(device, data, length, callback, user, parameters);
+  };
+  return procedure.isHandleLess ? session.ObserveAsDefault(procedure.function, run)
+                                : session.Observe(procedure.function, run);
+}
 
 std::optional<std::string> Unfit(const ImageProcedure& procedure, std::uint64_t length) {
   if (length == 0) {

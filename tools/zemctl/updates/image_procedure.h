@@ -8,6 +8,7 @@
 #include <string>
 
 #include "include/ZemUVCExtApi.h"
+#include "tools/zemctl/camera/session.h"
 
 namespace zemctl {
 
@@ -26,8 +27,8 @@ struct ImageProcedure {
   std::uint32_t longest;
   bool isFirmware;
   const char* series;  // of chips that it is for; "" for any
-  // Whether the camera is told of the length in steps of 512 bytes.
-  bool announcesSectors;
+  // It takes no device and looks for the default camera.
+  bool isHandleLess;
   ZemResult (*run)(void* handle, const std::uint8_t* data, std::uint32_t length,
                    ProgressCallback callback, std::uint64_t user,
                    const ImageParameters& parameters);
@@ -38,6 +39,14 @@ extern const ImageProcedure kUpdate517x;
 extern const ImageProcedure kUpdateFlash;
 extern const ImageProcedure kUpdateCalibration;
 extern const ImageProcedure kSendData;
+extern const ImageProcedure kHandleLessPlain;
+extern const ImageProcedure kHandleLessEx;
+extern const ImageProcedure kHandleLessVision;
+
+// Lets the library run it on the session's camera.
+CallOutcome Observe(const Session& session, const ImageProcedure& procedure,
+                    const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
+                    std::uint64_t user, const ImageParameters& parameters);
 
 // Why an image of this length cannot go through the procedure, as a clause behind the file's name.
 std::optional<std::string> Unfit(const ImageProcedure& procedure, std::uint64_t length);

@@ -28,14 +28,12 @@ ImageRun::ImageRun(const ImageProcedure& procedure, std::span<const unsigned cha
 CallOutcome ImageRun::Run(const Session& session) {
   progress_.Begin("send", kSend);
   session.SetObserver([this](const Transfer& transfer) { image_.OnTransfer(transfer); });
-  CallOutcome outcome = session.Observe(procedure_.function, [this](void* device) {
-    return procedure_.run(
-        device, padded_.data(), length_,
-        [](std::uint32_t value, std::uint64_t user) {
-          reinterpret_cast<ImageRun*>(user)->OnValue(value);
-        },
-        reinterpret_cast<std::uint64_t>(this), parameters_);
-  });
+  CallOutcome outcome = Observe(
+      session, procedure_, padded_.data(), length_,
+      [](std::uint32_t value, std::uint64_t user) {
+        reinterpret_cast<ImageRun*>(user)->OnValue(value);
+      },
+      reinterpret_cast<std::uint64_t>(this), parameters_);
   session.SetObserver(nullptr);
   return outcome;
 }

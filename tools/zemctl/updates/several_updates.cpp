@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tools/zemctl/camera/trace_scope.h"
 #include "tools/zemctl/frame/confirm.h"
 #include "tools/zemctl/frame/interrupt.h"
 #include "tools/zemctl/frame/results.h"
@@ -59,6 +60,16 @@ Report RowOf(const SystemDevice& device, const Outcome& outcome) {
           {"next", OrNothing(outcome.failure.next)}};
 }
 
+// Each thread has a trace of its own.
+TraceOptions TraceOf(const Options& options, std::size_t index) {
+  if (options.trace.empty()) {
+    return {};
+  }
+  return {options.trace + "." + std::to_string(index),
+          options.traceWithoutSerials,
+          {"update", "of camera " + std::to_string(index)}};
+}
+
 std::string Question(const std::vector<SystemDevice>& cameras, const ImageUpdate& update) {
   std::string text = "Of each of these " + std::to_string(cameras.size()) + " cameras:\n";
   for (const SystemDevice& camera : cameras) {
@@ -98,6 +109,10 @@ std::vector<SystemDevice> ChosenCameras(const DeviceSelection& selection,
 
 int UpdateSeveral(const Options& options, const std::vector<SystemDevice>& cameras,
                   const ImageUpdate& update, Report& report) {
+  if (!options.replay.empty()) {
+    throw UsageError(
+        "a trace answers for one camera: replay the one of each, FILE.0, without --all");
+  }
   if (!options.yes) {
     Confirm(options, Question(cameras, update));
   }
@@ -109,6 +124,7 @@ int UpdateSeveral(const Options& options, const std::vector<SystemDevice>& camer
       Outcome& outcome = outcomes[index];
       Progress progress(options.json, camera.name + " at " + camera.place);
       outcome.failure = FailureOf([&] {
+        const TraceScope trace(TraceOf(options, index));
         std::optional<Session> session(std::in_place, Exactly(camera), Use::kWriting);
         CarryOut(session, update, progress, outcome.report);
       });

@@ -23,6 +23,18 @@ using Bytes = std::vector<unsigned char>;
 // Bytes of a firmware version.
 constexpr std::size_t kVersionSize = 6;
 
+// The updates that find their camera by themselves.
+struct HandleLessWay {
+  const char* name;
+  const char* description;
+  const ImageProcedure& procedure;
+};
+const HandleLessWay kHandleLessWays[] = {
+    {"plain", "Send the image and poll until it is burned", kHandleLessPlain},
+    {"ex", "The same for the other kind of image", kHandleLessEx},
+    {"vision", "Send the image and look once, after ten seconds", kHandleLessVision},
+};
+
 struct UpdateArguments {
   std::string file;
   std::string chip;
@@ -60,11 +72,9 @@ void ReportDryRun(const ImageUpdate& update, Report& report) {
   const ImageProcedure& procedure = *update.procedure;
   const Bytes& image = update.image;
   const auto call = [&](const Session& session) {
-    session.Observe(procedure.function, [&](void* device) {
-      return procedure.run(
-          device, image.data(), static_cast<std::uint32_t>(image.size()),
-          [](std::uint32_t, std::uint64_t) {}, 0, update.parameters);
-    });
+    Observe(
+        session, procedure, image.data(), static_cast<std::uint32_t>(image.size()),
+        [](std::uint32_t, std::uint64_t) {}, 0, update.parameters);
   };
   const bool is517x = &procedure == &kUpdate517x;
   const auto dataTransfers = [](const std::vector<RehearsedTransfer>& transfers) {
@@ -80,7 +90,7 @@ void ReportDryRun(const ImageUpdate& update, Report& report) {
   const RehearsedTransfer slow = dataTransfers(Rehearse({is517x, false}, call));
   report["padding"] =
       std::to_string(std::uint64_t{data.count} * data.length - image.size()) + " zero bytes";
-  report["without the 512-byte control"] =
+  report["at full speed"] =
       std::to_string(slow.count) + " transfers of " + std::to_string(slow.length) + " bytes";
   report["dry run"] = true;
   ReportRehearsal(fast, report);
@@ -134,6 +144,25 @@ int Update(const Options& options, const UpdateArguments& arguments,
   return kDone;
 }
 
+int UpdateDefaultCamera(const Options& options, const UpdateArguments& arguments,
+                        const ImageProcedure& procedure, Report& report) {
+  if (options.device.isChosen()) {
+    throw UsageError(
+        "this family reaches the default camera only, the one of the ids in zem_setting.ini: no "
+        "camera can be chosen");
+  }
+  return Update(options, arguments, procedure, report);
+}
+
+void AddVersionOptions(CLI::App* command, const std::shared_ptr<UpdateArguments>& arguments) {
+  command
+      ->add_option("--wait", arguments->waitSeconds,
+                   "Seconds to wait for the camera to be restarted and to tell its new version")
+      ->check(CLI::Range(3600));
+  command->add_option("--expect-version", arguments->expectedVersion,
+                      "The version that it should tell then, six bytes in hexadecimal");
+}
+
 }  // namespace
 
 void AddUpdateCommands(Program& program) {
@@ -142,6 +171,12 @@ void AddUpdateCommands(Program& program) {
                                .add_subcommand("update", "Burn an image into the running camera")
                                ->require_subcommand(1);
   update->fallthrough();
+  const auto addImage = [arguments](CLI::App* command) {
+    command->add_option("file", arguments->file, "The image")->required();
+    command->add_option("--verify-at", arguments->verifyAt,
+                        "Read the flash back from this address and compare it with the image");
+    command->add_flag("--dry-run", arguments->dryRun, "Show what would be sent, without a camera");
+  };
   const auto add = [&](const char* name, const char* description, auto procedureOf) {
     CLI::App* const command =
         program.AddCommand(update, name, description,
@@ -149,9 +184,7 @@ void AddUpdateCommands(Program& program) {
                              return Update(options, *arguments, procedureOf(*arguments), report);
                            },
                            {.yes = true});
-    command->add_option("file", arguments->file, "The image")->required();
-    command->add_option("--verify-at", arguments->verifyAt,
-                        "Read the flash back from this address and compare it with the image");
+    addImage(command);
     auto* const all =
         command->add_flag("--all", arguments->all, "Update all cameras that fit, side by side");
     command
@@ -159,7 +192,6 @@ void AddUpdateCommands(Program& program) {
                      "Those of them at these positions, such as 0,2")
         ->delimiter(',')
         ->excludes(all);
-    command->add_flag("--dry-run", arguments->dryRun, "Show what would be sent, without a camera");
     return command;
   };
   CLI::App* const firmware = add(
@@ -172,12 +204,7 @@ void AddUpdateCommands(Program& program) {
   firmware->add_option("--param", arguments->parameters.param3, "Byte 3 of the burn order (516x)");
   firmware->add_flag("--force", arguments->isForced,
                      "Also when the camera says that it is of the other series");
-  firmware
-      ->add_option("--wait", arguments->waitSeconds,
-                   "Seconds to wait for the camera to be restarted and to tell its new version")
-      ->check(CLI::Range(3600));
-  firmware->add_option("--expect-version", arguments->expectedVersion,
-                       "The version that it should tell then, six bytes in hexadecimal");
+  AddVersionOptions(firmware, arguments);
   add(
       "calibration", "Write the calibration data",
       [](const UpdateArguments&) -> const auto& { return kUpdateCalibration; });
@@ -188,6 +215,27 @@ void AddUpdateCommands(Program& program) {
       ->required();
   flash->add_option("--param3", arguments->parameters.param3, "Byte 3 of announcement and order")
       ->required();
+
+  CLI::App* const handleLess =
+      update
+          ->add_subcommand("handle-less",
+                           "Update the firmware of the default camera, which the library finds")
+          ->require_subcommand(1);
+  handleLess->fallthrough();
+  for (const HandleLessWay& way : kHandleLessWays) {
+    CLI::App* const command =
+        program.AddCommand(handleLess, way.name, way.description,
+                           [arguments, &way](const Options& options, Report& report) {
+                             return UpdateDefaultCamera(options, *arguments, way.procedure, report);
+                           },
+                           {.selection = false, .yes = true});
+    addImage(command);
+    AddVersionOptions(command, arguments);
+    if (&way.procedure == &kHandleLessVision) {
+      command->add_option("--param", arguments->parameters.param2,
+                          "Byte 2 of announcement and order");
+    }
+  }
 }
 
 }  // namespace zemctl
