@@ -39,8 +39,8 @@ expect 0 'set vendor 4   1      8      01 00 03 00 00 28 00 00' update firmware 
   "$image" --dry-run
 also 'set vendor 13  20     512'
 also 'set vendor 4   1      8      01 01 03 07 00 28 00 00'
-also 'padding:                      240 zero bytes'
-also 'without the 512-byte control: 313 transfers of 32 bytes'
+also 'padding:              240 zero bytes'
+also 'at full speed:        313 transfers of 32 bytes'
 expect 0 'set vendor 4   1      8      01 00 03 00 00 00 00 00' update firmware --chip 517x "$image" \
   --dry-run
 also 'set vendor 1   1      8      0a 01 10 67 88 00 00 00'
@@ -170,6 +170,35 @@ several 3 'there is no camera 4 among 4' --yes --cameras 0,4
 several 2 'names 2 more than once' --yes --cameras 2,2
 several 2 '--index chooses one camera' --yes --all --index 0
 several 2 '--all excludes --cameras' --yes --all --cameras 0
+
+# ---- The default camera, which the library finds by itself ----
+
+expect 0 'set vendor 3  157    64' update handle-less plain "$image" --dry-run
+also 'set vendor 4  1      8      01 00 00 00 00 00 00 00'
+also 'set vendor 4  1      8      01 01 00 00 00 00 00 00'
+also 'padding:              48 zero bytes'
+also 'at full speed:        313 transfers of 32 bytes'
+expect 0 'set vendor 4  1      8      01 01 00 01 00 00 00 00' update handle-less ex "$image" --dry-run
+expect 0 'set vendor 4  1      8      01 01 09 00 00 00 00 00' update handle-less vision --param 9 \
+  "$image" --dry-run
+rm -f "$state"
+for way in plain ex; do
+  run 0 '10000 bytes read back from 0x000000 are equal' "$camera_516x" update handle-less $way "$image" \
+    --verify-at 0
+  also 'camera:               "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0'
+  also 'send: 70 %'
+  also 'seen burning:         yes'
+done
+also 'function:             ZEMUVCEXT_UpdateFW_with_progressEx'
+# The library sends the burn order all the same; a lost piece is not burned in silence.
+run 7 'the image could not be sent in full' "$camera_516x" --simulator-fault fail@8 update handle-less ex \
+  "$image"
+also 'Camera: part of the image was lost, and the camera was told to burn what it got'
+run 7 'no burn order went through' "$camera_516x" --simulator-fault unplug@8 update handle-less plain "$image"
+expect 11 'The camera "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0' $sim update handle-less vision \
+  "$image" </dev/null
+run 2 'no camera can be chosen' "$camera_516x" --index 0 update handle-less plain "$image"
+expect 3 '4 cameras fit' $sim --yes --simulator-options "$line" update handle-less plain "$image"
 
 # ---- Failures ----
 
