@@ -61,7 +61,7 @@ expect 0 'fps: 25' $sim h264 fps 0025
 expect 0 'firmware version' $sim --pid 035840 --vid 0x5A45 info
 expect 2 'not in range' $sim led 0256
 # Bytes are hexadecimal.
-expect 0 'command: 10 08 0b 00 00 00 00 00' $sim command isp 010 08 0b
+expect 0 'sent:    10 08 0b 00 00 00 00 00' $sim command isp 010 08 0b
 
 # ---- Answers ----
 

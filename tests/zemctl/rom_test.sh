@@ -28,12 +28,12 @@ with_boot 3 'no video-input device is attached' list
 with_boot 0 'written: yes' rom reg set 0x80001234 0x5A
 with_boot 0 'value:   0x00' rom reg get 0x80001234
 with_boot 2 '' rom reg set 0 256
-with_boot 0 'command:  fa 55 66 06 06 00 03 00 00 00 00 00 00 00 00 00' \
+with_boot 0 'sent:     fa 55 66 06 06 00 03 00 00 00 00 00 00 00 00 00' \
   rom select --storage spi-nand --option 3
 with_boot 7 'ZEMROMAPI_SwitchModePCAM_EMMC: the camera in ROM boot did not carry it out' \
   rom select --storage emmc
 with_boot 2 'takes no option' rom select --storage sf --option 1
-with_boot 0 'data:    aa 55 00 00 56 53 4e 33' rom command fa 55 66 01 --in 16
+with_boot 0 'data: aa 55 00 00 56 53 4e 33' rom command fa 55 66 01 --in 16
 with_boot 11 'nothing was done' rom command fa 55 66 21 </dev/null
 with_boot 0 'bytes sent: 0' rom command fa 55 66 21 --yes
 with_boot 7 'ZEMROMAPI_ScsiCommand' rom command fa 55 66 7f --yes
@@ -47,7 +47,7 @@ emmc=($sim --simulator-options '{"bootLoader":{"storages":[{"type":"emmc","size"
 expect 11 'The eMMC will get an enhanced area (0x01020304, 0xA5B6C7D8), which may erase it' \
   "${emmc[@]}" "${area[@]}" </dev/null
 expect 0 'accepted: yes' "${emmc[@]}" "${area[@]}" --yes
-says 'command:  fa 55 66 22 01 01 02 03 04 a5 b6 c7 d8 00 00 00'
+says 'sent:     fa 55 66 22 01 01 02 03 04 a5 b6 c7 d8 00 00 00'
 with_boot 7 'ZEMROMAPI_MkEmmcEhancedArea: the camera in ROM boot did not carry it out (not accepted, 0x00000000)' \
   "${area[@]}" --yes
 with_boot 2 '' rom make-enhanced-area 1 --yes

@@ -92,17 +92,22 @@ FoundCamera Find(const DeviceSelection& selection, Use use) {
   FoundCamera camera;
   const ZemResult result = FindCamera(selection, camera);
   if (result == ZEM_E_FAIL) {
-    throw CallFailure(OpeningFunction(selection), result,
-                      {"ZEM_E_FAIL", "no camera matches",
-                       "Run \"zemctl list\" to see what is attached; choose with --index, --vid "
-                       "and --pid, --name, --path or --device-path.",
-                       kNoCamera});
+    throw NoCameraMatches(selection);
   }
   Check(OpeningFunction(selection), result);
   return camera;
 }
 
 }  // namespace
+
+CallFailure NoCameraMatches(const DeviceSelection& selection) {
+  return {OpeningFunction(selection),
+          ZEM_E_FAIL,
+          {"ZEM_E_FAIL", "no camera matches",
+           "Run \"zemctl list\" to see what is attached; choose with --index, --vid and --pid, "
+           "--name, --path or --device-path.",
+           kNoCamera}};
+}
 
 ComThread::ComThread() { static_cast<void>(CoInitialize(nullptr)); }
 

@@ -44,7 +44,7 @@ int SendCommand(const Options& options, const RawArguments& arguments, Report& r
     session.Call(channel.function,
                  [&](void* device) { return channel.send(device, command.data(), reply.data()); });
     report["channel"] = channel.name;
-    report["command"] = HexText(command);
+    report["sent"] = HexText(command);
     report["reply"] = HexText(reply);
     return kDone;
   }

@@ -103,7 +103,7 @@ int SelectStorage(const Options& /*options*/, const PlainArguments& arguments, R
   session.Select(arguments.storage);
   ReportKind(session, report);
   report["selected"] = arguments.storage.name;
-  report["command"] = HexText(cdb);
+  report["sent"] = HexText(cdb);
   return kDone;
 }
 
@@ -148,7 +148,7 @@ int SendCommand(const Options& options, const CommandArguments& arguments, Repor
   CheckRom("ZEMROMAPI_ScsiCommand",
            ZEMROMAPI_ScsiCommand(session.handle(), reads ? 1 : 0,
                                  static_cast<unsigned>(data.size()), cdb.data(), data.data()));
-  report["command"] = HexText(cdb);
+  report["sent"] = HexText(cdb);
   if (reads) {
     report["data"] = HexText(data);
   } else {

@@ -26,7 +26,7 @@ int MakeEnhancedArea(const Options& options, const EnhancedAreaArguments& argume
   const RomSession session = RomSession::Open(arguments.selection);
   session.MakeEnhancedArea(arguments.area);
   report["found"] = NameOf(session.kind());
-  report["command"] = HexText(cdb);
+  report["sent"] = HexText(cdb);
   report["accepted"] = true;
   return kDone;
 }

@@ -102,7 +102,7 @@ std::vector<SystemDevice> ChosenCameras(const DeviceSelection& selection,
     chosen.push_back(cameras[position]);
   }
   if (cameras.empty()) {
-    throw CallFailure("ZEMAPI_OpenDevice", ZEM_E_FAIL);
+    throw NoCameraMatches(selection);
   }
   return positions.empty() ? cameras : chosen;
 }
