@@ -20,7 +20,7 @@ expect 2 'not in range' $sim nvmem read 0 0
 expect 7 'platform failure' $sim nvmem read 0x2000 1
 expect 0 'written and compared: yes' $sim --yes nvmem write 0x1000 'a1 a2 a3'
 expect 0 '"bytes": 3' $sim --json --yes nvmem write 0x1000 'a1 a2 a3'
-expect 11 "3 bytes of the vendor unit's non-volatile memory are overwritten from 0x1000 on. Go on?" \
+expect 11 'The camera "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0: 3 bytes of its vendor unit'"'s non-volatile memory will be overwritten from 0x1000 on. Go on?" \
   $sim nvmem write 0x1000 'a1 a2 a3' </dev/null
 expect 0 'would be written: a1 a2 a3' $sim --simulator-fault unplug@1 \
   nvmem write 0x1000 'a1 a2 a3' --dry-run
@@ -70,7 +70,7 @@ expect 0 'written and compared: yes' $sim --yes table write 1 'a1 a2 a3 a4 a5 a6
 expect 0 'written and compared: yes' $sim --yes table write 0x20 --input $work/table
 expect 9 'table 0x01 has 8 bytes and not 2' $sim --yes table write 1 'a1 a2'
 expect 4 'the table store has no table 0x07' $sim --yes table write 7 'a1'
-expect 11 'Table 0x01 of the camera is overwritten. Go on?' \
+expect 11 'The camera "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0: its table 0x01 will be overwritten. Go on?' \
   $sim table write 1 'a1 a2 a3 a4 a5 a6 a7 a8' </dev/null
 expect 0 'would be written: a1 a2 a3 a4 a5 a6 a7 a8' \
   $sim table write 1 'a1 a2 a3 a4 a5 a6 a7 a8' --dry-run
@@ -79,7 +79,7 @@ expect 0 'would be written: a1 a2 a3 a4 a5 a6 a7 a8' \
 expect 0 'output:' $sim table dump --output $work/store
 cmp $work/store $work/tables
 expect 0 '  0x20  64' $sim --simulator-fault unplug@1 table init $work/store --dry-run
-expect 11 "The camera's whole table store is overwritten. Go on?" $sim table init $work/store \
+expect 11 ': its whole table store will be overwritten. Go on?' $sim table init $work/store \
   </dev/null
 bytes $work/bad '\xed\x00\x04\x00'
 expect 9 'does not begin with 0xEE' $sim --yes table init $work/bad

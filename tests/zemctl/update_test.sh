@@ -164,6 +164,12 @@ assert rows == [("A", True, 0, False), ("B", False, 7, None), ("C", True, 0, Fal
 assert report["cameras"][1]["camera_state"].startswith("no burn order went through"), report
 assert report["error"]["code"] == 13, report
 PYTHON
+# Each has a trace of its own.
+rm -f $work/line.trace*
+several 0 'A at zem-simulator&0: send: 70 %' --yes --cameras 0,2 --trace $work/line.trace
+for index in 0 1; do
+  expect 0 'burn' trace show $work/line.trace.$index
+done
 several 11 'Of each of these 4 cameras:' --all </dev/null
 also '  "B" (5a45:8c00) at zem-simulator&1, firmware version 01 02 03 04 05 06'
 several 3 'there is no camera 4 among 4' --yes --cameras 0,4

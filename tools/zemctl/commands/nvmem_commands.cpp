@@ -95,8 +95,9 @@ int WriteNvmem(const Options& options, const NvmemArguments& arguments, Report& 
   if (arguments.isTirella()) {
     RequireUnit(session, "tirella");
   }
-  Confirm(options, std::to_string(bytes.size()) + " bytes of the " + arguments.unit +
-                       " unit's non-volatile memory are overwritten from " +
+  Confirm(options, "The camera " + NameOf(session.device()) + ": " + std::to_string(bytes.size()) +
+                       " bytes of its " + arguments.unit +
+                       " unit's non-volatile memory will be overwritten from " +
                        HexNumber(arguments.address, 4) + " on");
   const auto length = static_cast<std::uint32_t>(bytes.size());
   std::uint32_t written = 0;

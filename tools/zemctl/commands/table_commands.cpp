@@ -167,7 +167,8 @@ int WriteTable(const Options& options, const TableArguments& arguments, Report& 
     report["would be written"] = HexText(data);
     return kDone;
   }
-  Confirm(options, "Table " + HexNumber(arguments.id, 2) + " of the camera is overwritten");
+  Confirm(options, "The camera " + NameOf(session.device()) + ": its table " +
+                       HexNumber(arguments.id, 2) + " will be overwritten");
   std::uint32_t written = 0;
   session.Call("ZEMAPI_WriteTable", [&](void* device) {
     return ZEMAPI_WriteTable(device, static_cast<std::uint8_t>(arguments.id), data.data(),
@@ -252,7 +253,8 @@ int InitTables(const Options& options, const TableArguments& arguments, Report& 
     return kDone;
   }
   const Session session(options.device, Use::kWriting);
-  Confirm(options, "The camera's whole table store is overwritten");
+  Confirm(options,
+          "The camera " + NameOf(session.device()) + ": its whole table store will be overwritten");
   session.Call("ZEMAPI_WriteInitialTable", [&](void* device) {
     return ZEMAPI_WriteInitialTable(device, image.data(), static_cast<std::uint32_t>(image.size()));
   });
