@@ -98,6 +98,12 @@ TEST_F(DiscoveryTest, InTheOrderOfTheirNumbers) {
 }
 
 TEST_F(DiscoveryTest, WithoutDevicesTheCategoryIsEmpty) {
+  ComPtr<ICreateDevEnum> system;
+  ASSERT_EQ(zem::platform::CreateDeviceEnumerator(system.Receive()), S_OK);
+  ComPtr<IEnumMoniker> none;
+  EXPECT_EQ(system->CreateClassEnumerator(zem::CLSID_VideoInputDeviceCategory, none.Receive(), 0),
+            S_FALSE);
+  EXPECT_FALSE(none) << "as on Windows";
   EXPECT_EQ(Cameras(), Texts());
   void* handle = nullptr;
   EXPECT_EQ(ZEMAPI_OpenDevice(0, &handle), ZEM_E_FAIL);

@@ -1,0 +1,57 @@
+#include "simulator/usb/test_picture.h"
+
+#include <algorithm>
+
+namespace zem::simulator::usb {
+namespace {
+
+struct Color {
+  std::uint8_t y;
+  std::uint8_t u;
+  std::uint8_t v;
+};
+
+constexpr Color kWhite = {235, 128, 128};
+constexpr Color kBlack = {16, 128, 128};
+
+// White, yellow, cyan, green, magenta, red, blue, black, at three quarters.
+constexpr Color kBars[] = {{180, 128, 128}, {162, 44, 142}, {131, 156, 44}, {112, 72, 58},
+                           {84, 184, 198},  {65, 100, 212}, {35, 212, 114}, {16, 128, 128}};
+
+constexpr std::size_t kBitWidth = 4;
+constexpr std::size_t kBits = 32;
+constexpr std::size_t kMarkStep = 4;
+
+// Two pixels of one colour at an even place.
+void Draw(std::vector<std::uint8_t>& picture, std::size_t offset, const Color& color) {
+  picture[offset] = color.y;
+  picture[offset + 1] = color.u;
+  picture[offset + 2] = color.y;
+  picture[offset + 3] = color.v;
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> DrawTestPicture(std::size_t width, std::size_t height,
+                                          std::uint32_t frame) {
+  std::vector<std::uint8_t> picture(2 * width * height);
+  const std::size_t mark = height / 8;
+  const std::size_t markLeft = width > 0 ? kMarkStep * frame % width : 0;
+  const std::size_t markTop = height / 2;
+  for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t x = 0; x + 1 < width; x += 2) {
+      Color color = kBars[x * std::size(kBars) / width];
+      if (y >= markTop && y < markTop + mark && x >= markLeft && x < markLeft + mark) {
+        color = kWhite;
+      }
+      if (y == 0 && x < kBits * kBitWidth) {
+        const std::size_t bit = kBits - 1 - x / kBitWidth;
+        color = ((frame >> bit) & 1) != 0 ? kWhite : kBlack;
+      }
+      Draw(picture, 2 * (y * width + x), color);
+    }
+  }
+  return picture;
+}
+
+}  // namespace zem::simulator::usb
