@@ -6,9 +6,9 @@ huge=$work/huge.bin
 truncate -s 1T $huge
 bytes=1099511627776
 for method in image package package-v2 linux partial partial-with-header; do
-  expect 9 "has $bytes bytes, more than the 4294967" $sim recover $huge --as $method --yes
+  expect 9 "has $bytes bytes, more than the 4294967" $sim recover $huge --storage sf --as $method --yes
 done
-expect 9 "has $bytes bytes, more than the 1 that can be used" $sim rom update-partial $huge --address 0xFFFFFFFF --yes
+expect 9 "has $bytes bytes, more than the 1 that can be used" $sim rom update-partial --storage sf $huge --address 0xFFFFFFFF --yes
 expect 9 "has $bytes bytes, more than the 2147483665 that" $sim rom load-updater $huge
 expect 9 "has $bytes bytes, more than the 2147483665 that" $sim rom load-mini-uvc $huge
 expect 9 "has $bytes bytes, more than the 4294967296 that" $sim rom load-memory $huge --yes

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "romboot/vendor_commands.h"
+
 namespace zemctl {
 
 struct ScsiCommand {
@@ -23,13 +25,29 @@ struct ScsiCommand {
   std::uint8_t status = 0;         // what it answered: its SCSI status, 0 when it did the command
 
   bool hasFailed() const { return error != 0 || status != 0; }
+
+  // The code of a vendor command; 0 for any other.
+  zem::SubCommand code() const;
+  // The storage address of a read or a write, and the bytes that it moves.
+  std::uint32_t address() const;
 };
 
-// "error 1117", "SCSI status 2"
+// "write storage", "inquiry"; empty for a command that has no name.
+std::string NameOfCdb(const std::vector<std::uint8_t>& cdb);
+
+// "write storage 0x00001000 (32768 bytes)", "identify (16 bytes)"
+std::string NameOf(const ScsiCommand& command);
+
+// "error 1117", "SCSI status 2", "4 of 16 bytes came"
 std::string FailureOf(const ScsiCommand& command);
 
 // Whether the system says with this error that there is no such device any more.
 bool MeansVolumeGone(std::uint32_t error);
+
+// The first command that was lost: it failed, or brought less than was asked for, and no later one
+// did the same after all. The library does not report each of them. Searches for volumes
+// (inquiries, identifications of those that are none) and what a selection answers do not count.
+std::optional<ScsiCommand> FindScsiLoss(const std::vector<ScsiCommand>& commands);
 
 // The commands of one call of the library after another. Used by one thread.
 class ScsiRecord {

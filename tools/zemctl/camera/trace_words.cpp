@@ -212,50 +212,13 @@ std::string ValueOf(std::uint32_t ofSelector, const Bytes& block, const Bytes& r
 
 // ---- SCSI commands ----
 
-struct NamedScsi {
-  zem::SubCommand code;
-  const char* name;
-};
-
-constexpr auto kScsiCommands = std::to_array<NamedScsi>({
-    {zem::SubCommand::kIdentify, "identify"},
-    {zem::SubCommand::kDownload, "download"},
-    {zem::SubCommand::kLongJump, "jump"},
-    {zem::SubCommand::kReadRegister, "read register"},
-    {zem::SubCommand::kWriteRegister, "write register"},
-    {zem::SubCommand::kSelectStorage, "select storage"},
-    {zem::SubCommand::kReadStorage, "read storage"},
-    {zem::SubCommand::kWriteStorage, "write storage"},
-    {zem::SubCommand::kSetFwDownloadAddress, "set download address"},
-    {zem::SubCommand::kSetAddressDivider, "set address divider"},
-    {zem::SubCommand::kResetSystem, "reset"},
-    {zem::SubCommand::kMakeEnhancedArea, "make enhanced area"},
-});
-
-bool IsVendor(const Bytes& cdb) {
-  return cdb.size() == 16 && cdb[0] == 0xFA && cdb[1] == 0x55 && cdb[2] == 0x66;
-}
-
-std::string ScsiName(const Bytes& cdb) {
-  constexpr std::uint8_t kInquiry = 0x12;
-  if (!IsVendor(cdb)) {
-    return !cdb.empty() && cdb[0] == kInquiry ? "inquiry" : "";
-  }
-  const auto* const found = std::find_if(
-      kScsiCommands.begin(), kScsiCommands.end(),
-      [&](const NamedScsi& each) { return static_cast<std::uint8_t>(each.code) == cdb[3]; });
-  return found != kScsiCommands.end() ? found->name : "";
-}
-
 // Address or storage, and what goes along with it.
-void DescribeScsi(const Bytes& cdb, TraceWords& words) {
-  if (!IsVendor(cdb)) {
-    return;
-  }
+void DescribeScsi(const ScsiCommand& command, TraceWords& words) {
+  const Bytes& cdb = command.cdb;
   const auto sectors = [&](std::size_t at) {
     return std::to_string(zem::LoadBe16(&cdb[at])) + " sectors";
   };
-  switch (static_cast<zem::SubCommand>(cdb[3])) {
+  switch (command.code()) {
     case zem::SubCommand::kDownload:
       words.value = sectors(4);
       break;
@@ -284,8 +247,8 @@ TraceWords DecodeScsi(const ScsiCommand& command) {
   words.action = command.isIn ? "in" : "out";
   words.unit = "volume";
   words.control = HexText(command.cdb);
-  words.command = ScsiName(command.cdb);
-  DescribeScsi(command.cdb, words);
+  words.command = NameOfCdb(command.cdb);
+  DescribeScsi(command, words);
   words.status = command.error == 0 ? HexNumber(command.status, 2) : "";
   words.bytes = Shown(command.data);
   words.result = command.hasFailed() ? FailureOf(command) : "done";
@@ -358,7 +321,7 @@ struct Clause {
   }
   std::string operator()(const TracedCommand& traced) const {
     const ScsiCommand& command = traced.command;
-    const std::string name = ScsiName(command.cdb);
+    const std::string name = NameOfCdb(command.cdb);
     return std::string("SCSI ") + (command.isIn ? "in " : "out ") + command.drive + " (" + name +
            (name.empty() ? "" : ", ") + std::to_string(command.length) + " bytes), " +
            HexText(command.cdb) +

@@ -12,6 +12,10 @@ namespace {
 // it again.
 constexpr std::uint32_t kNotSent = 995;
 
+// What stands for a SCSI status (ERROR_IO_DEVICE): the library looks at the system's error only,
+// and would go on.
+constexpr std::uint32_t kRefused = 1117;
+
 // How long a wait goes on before it is looked whether it still makes sense.
 constexpr std::uint32_t kLongestPauseMilliseconds = 50;
 
@@ -95,15 +99,17 @@ std::uint32_t VolumeWatch::Control(const void* handle, void* block,
   const std::uint64_t began = record_.Now();
   const std::uint32_t error = send();
   command.error = error;
+  std::uint8_t status = 0;
   if (error == 0) {
     const PassThroughBlock answer(block);
-    command.status = answer.status();
+    status = answer.status();
+    command.status = status;
     if (command.isIn) {
       command.data.assign(answer.data(), answer.data() + std::min(answer.length(), command.length));
     }
   }
   record_.Add(std::move(command), began);
-  return error;
+  return status != 0 ? kRefused : error;
 }
 
 std::uint32_t VolumeWatch::Control(const void* handle, void* block, VolumeSource& source) {

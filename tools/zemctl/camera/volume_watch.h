@@ -41,7 +41,8 @@ class VolumeWatch {
   bool Knows(const void* handle) const { return drives_.contains(handle); }
 
   // A pass-through request on a known handle. `send` hands it to the system and returns its error,
-  // or 0; it is not called once the gate is shut. The error of the request, or 0.
+  // or 0; it is not called once the gate is shut. The error of the request, or 0; a refusal of the
+  // device is an error, too.
   std::uint32_t Control(const void* handle, void* block,
                         const std::function<std::uint32_t()>& send);
 

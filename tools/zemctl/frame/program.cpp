@@ -158,7 +158,7 @@ std::vector<const CLI::Option*> Program::SharedOptionsOf(const CLI::App& command
 
 int Program::Run(std::vector<std::string> arguments) {
   arguments.erase(arguments.begin());
-  const std::vector<std::string> given = arguments;
+  options_.words = arguments;
   // For a command line that cannot be understood.
   options_.json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   std::reverse(arguments.begin(), arguments.end());
@@ -170,7 +170,7 @@ int Program::Run(std::vector<std::string> arguments) {
   }
   options_.command = NameOf(GivenCommand(app_));
   Report report = Report::object();
-  const Ending ending = EndingOf([&] { return RunAction(given, report); });
+  const Ending ending = EndingOf([&] { return RunAction(report); });
   if (!ending.failure) {
     ShowReport(options_, report);
   } else if (ending.reportStands) {
@@ -223,7 +223,7 @@ int Program::AnswerParseError(const CLI::ParseError& error) {
                        options_.command));
 }
 
-Program::Ending Program::RunAction(const std::vector<std::string>& arguments, Report& report) {
+Program::Ending Program::RunAction(Report& report) {
   ReplayScope replay(options_.replay);
   std::optional<SimulatorModule> simulator;
   if (options_.simulator) {
@@ -231,7 +231,7 @@ Program::Ending Program::RunAction(const std::vector<std::string>& arguments, Re
   }
   const LibraryHooks hooks;
   const InterruptGuard interrupt;
-  TraceScope trace({options_.trace, options_.traceWithoutSerials, arguments});
+  TraceScope trace({options_.trace, options_.traceWithoutSerials, options_.words});
   const ComThread com;
   Ending ending = EndingOf([&]() -> Ending {
     const int exitCode = chosen_(options_, report);

@@ -14,6 +14,8 @@
 namespace zemctl {
 
 struct Options {
+  // The command line without the program's name.
+  std::vector<std::string> words;
   // The command that runs, such as "rom read"; empty until it is known.
   std::string command;
   DeviceSelection device;
@@ -69,7 +71,7 @@ class Program {
 
     int code() const { return failure ? int{failure->code} : int{kDone}; }
   };
-  Ending RunAction(const std::vector<std::string>& arguments, Report& report);
+  Ending RunAction(Report& report);
   // What `run` comes to, also where it throws.
   Ending EndingOf(const std::function<Ending()>& run) const;
   int Fail(const Failure& failure) const;

@@ -28,11 +28,17 @@ void Progress::Begin(const std::string& phase, Share share) {
   phase_ = phase;
   share_ = share;
   percent_ = share.from;
+  bytes_.clear();
   Draw();
 }
 
 void Progress::Update(std::uint32_t percent) {
   Reach(share_.from + std::min<std::uint32_t>(percent, 100) * (share_.to - share_.from) / 100);
+}
+
+void Progress::UpdateBytes(std::uint64_t done, std::uint64_t whole) {
+  bytes_ = " (" + std::to_string(done) + " of " + std::to_string(whole) + " bytes)";
+  Update(whole == 0 ? 0 : static_cast<std::uint32_t>(done * 100 / whole));
 }
 
 void Progress::Reach(std::uint32_t percent) {
@@ -72,11 +78,13 @@ void Progress::Draw() const {
   constexpr int kBarWidth = 40;
   const int filled = static_cast<int>(percent_) * kBarWidth / 100;
   if (terminal_) {
-    std::fprintf(stderr, "\r%-12s [%s%s] %3u %%", phase_.c_str(),
+    std::fprintf(stderr, "\r%-12s [%s%s] %3u %%%s", phase_.c_str(),
                  std::string(static_cast<std::size_t>(filled), '#').c_str(),
-                 std::string(static_cast<std::size_t>(kBarWidth - filled), ' ').c_str(), percent_);
+                 std::string(static_cast<std::size_t>(kBarWidth - filled), ' ').c_str(), percent_,
+                 bytes_.c_str());
   } else {
-    std::fprintf(stderr, "%s%s: %u %%\n", label_.c_str(), phase_.c_str(), percent_);
+    std::fprintf(stderr, "%s%s: %u %%%s\n", label_.c_str(), phase_.c_str(), percent_,
+                 bytes_.c_str());
   }
   std::fflush(stderr);
 }

@@ -31,6 +31,9 @@ class Progress {
   // 100 counts as 100.
   void Update(std::uint32_t percent);
 
+  // The same in bytes, which are shown.
+  void UpdateBytes(std::uint64_t done, std::uint64_t whole);
+
   // A sentence to the person at the terminal, in between.
   void Say(const std::string& sentence);
 
@@ -47,6 +50,7 @@ class Progress {
   std::string phase_;
   Share share_ = {0, 100};
   std::uint32_t percent_ = 0;  // of the whole
+  std::string bytes_;          // " (512 of 1024 bytes)"; empty where they are not told
 };
 
 }  // namespace zemctl

@@ -5,7 +5,6 @@
 #include "include/ZemUVCExtApi.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/files.h"
-#include "tools/zemctl/rom_boot/rom_session.h"
 
 namespace zemctl {
 namespace {
@@ -94,10 +93,12 @@ BurnPlan PlanOf(const BurnRequest& request) {
                         [&](const Bytes& file) { return method.plan(file, request); });
 }
 
-void Burn(void* session, const BurnRequest& request) {
+void Burn(const RomSession& session, const BurnRequest& request) {
   const Method& method = FindMethod(request);
   unsigned address = request.address;
-  CheckRom(method.function, method.burn(session, Widen(request.path).c_str(), request, &address));
+  session.Call(method.function, [&](void* handle) {
+    return method.burn(handle, Widen(request.path).c_str(), request, &address);
+  });
 }
 
 }  // namespace zemctl

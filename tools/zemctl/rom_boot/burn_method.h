@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tools/zemctl/rom_boot/burn_plan.h"
+#include "tools/zemctl/rom_boot/rom_session.h"
 
 namespace zemctl {
 
@@ -24,7 +25,7 @@ inline constexpr std::array<const char*, 6> kBurnMethods = {
 // burned that way, UsageError for an address where the method takes none.
 BurnPlan PlanOf(const BurnRequest& request);
 
-// Burns it through a ROM-boot session. Throws CallFailure.
-void Burn(void* session, const BurnRequest& request);
+// Burns it through a session. Throws CallFailure.
+void Burn(const RomSession& session, const BurnRequest& request);
 
 }  // namespace zemctl

@@ -79,7 +79,7 @@ PackageData FindPackageData(const Bytes& file) {
 
 }  // namespace
 
-std::vector<PlannedCommand> CommandsOf(const BurnPlan& plan) {
+std::vector<PlannedCommand> CommandsOf(std::span<const PlannedWrite> plan) {
   std::vector<PlannedCommand> commands;
   for (const PlannedWrite& write : plan) {
     std::uint32_t address = write.address;

@@ -47,7 +47,7 @@ struct PlannedCommand {
   std::uint32_t sectors;
   std::uint8_t flag;
 };
-std::vector<PlannedCommand> CommandsOf(const BurnPlan& plan);
+std::vector<PlannedCommand> CommandsOf(std::span<const PlannedWrite> plan);
 
 // What storage holds after a plan. A byte that a later write covers, or that no file defines, is
 // not `defined`.

@@ -20,20 +20,33 @@ Report CommandRows(const BurnPlan& plan, const StorageChoice& storage) {
   return rows;
 }
 
-std::string DescribeLoss(const BurnPlan& plan, const StorageChoice& storage) {
+std::string DescribeLoss(const BurnPlan& plan, const Overwriting& overwriting) {
   std::string text;
   for (const PlannedWrite& write : plan) {
     text += text.empty() ? "" : ", ";
     text += write.what + ": " + std::to_string(write.sectors() * std::uint64_t{512}) +
             " bytes from " + HexNumber(write.address, 8);
   }
-  return "The storage " + storage.name + " will be overwritten (" + text + ")";
+  const std::string with = overwriting.file.empty() ? "" : " with " + overwriting.file;
+  return "The storage " + overwriting.storage + " of " + overwriting.camera +
+         " will be overwritten" + with + " (" + text + ")";
 }
 
-void WritePlan(const BurnPlan& plan, Progress& progress, Report& report,
+std::string CameraWords(const RomSession& session) {
+  return "the camera in ROM boot at " + session.volume().drive + " (" + session.volume().Words() +
+         ")";
+}
+
+void WritePlan(const RomSession& session, const BurnPlan& plan, Progress& progress, Report& report,
                const std::function<void()>& carryOut) {
   progress.Begin("write");
-  carryOut();
+  {
+    const RomTrail& trail = session.watch().trail();
+    const ObserverGuard shown(session.watch(), [&](const ScsiCommand& /*command*/) {
+      progress.UpdateBytes(trail.writtenBytes(), trail.plannedBytes());
+    });
+    carryOut();
+  }
   progress.Complete();
   Report writes = Report::array();
   for (const PlannedWrite& write : plan) {

@@ -19,11 +19,21 @@ Report CommandRow(const std::string& what, const std::string& address, std::uint
 // What a plan sends, command by command, the selection of the storage first.
 Report CommandRows(const BurnPlan& plan, const StorageChoice& storage);
 
-// "The storage sf will be overwritten (erase: 4096 bytes from 0x00000000, payload: ...)"
-std::string DescribeLoss(const BurnPlan& plan, const StorageChoice& storage);
+// What is overwritten, and with which file, if any.
+struct Overwriting {
+  std::string camera;  // "the camera in ROM boot at F:"
+  std::string storage;
+  std::string file;
+};
 
-// Phase "write": carries the plan out, and reports what was written where.
-void WritePlan(const BurnPlan& plan, Progress& progress, Report& report,
+// "The storage sf of CAMERA will be overwritten with FILE (erase: 4096 bytes from 0x00000000, ...)"
+std::string DescribeLoss(const BurnPlan& plan, const Overwriting& overwriting);
+
+// "the camera in ROM boot at F: (boot loader VSN3)"
+std::string CameraWords(const RomSession& session);
+
+// Phase "write": carries out the plan that the trail knows, and reports what was written where.
+void WritePlan(const RomSession& session, const BurnPlan& plan, Progress& progress, Report& report,
                const std::function<void()>& carryOut);
 
 // Phase "compare": reads back what the plan has written, and reports how much of it is right.

@@ -40,35 +40,41 @@ std::uint64_t EndOf(const BurnPlan& plan) {
 
 // Shows the plan, or asks, carries it out and compares.
 int RunPlan(const Options& options, const BurnArguments& arguments, const BurnPlan& plan,
-            const std::function<void(void* session)>& carryOut, Report& report) {
+            RomWatch& watch, const std::function<void(const RomSession&)>& carryOut,
+            Report& report) {
+  static_cast<void>(SelectCdb(arguments.storage));
   if (arguments.dryRun) {
     report["commands"] = CommandRows(plan, arguments.storage);
     return kDone;
   }
-  static_cast<void>(SelectCdb(arguments.storage));
-  Confirm(options, DescribeLoss(plan, arguments.storage));
-  const RomSession session = RomSession::Open(arguments.selection);
+  watch.trail().PlanWrites(arguments.storage.name, plan);
+  const RomSession session = RomSession::Open(watch, arguments.selection);
+  Confirm(options, DescribeLoss(plan, {CameraWords(session), arguments.storage.name,
+                                       arguments.request.path}));
+  ReportVolume(session, report);
   session.Select(arguments.storage);
-  if (!arguments.dumpFile.empty()) {
-    CheckRom("ZEMROMAPI_CreateDumpFile",
-             ZEMROMAPI_CreateDumpFile(session.handle(), Widen(arguments.dumpFile).c_str(),
-                                      static_cast<int>(EndOf(plan))));
-  }
-  report["found"] = NameOf(session.kind());
   report["storage"] = arguments.storage.name;
+  if (!arguments.dumpFile.empty()) {
+    session.Call("ZEMROMAPI_CreateDumpFile", [&](void* handle) {
+      return ZEMROMAPI_CreateDumpFile(handle, Widen(arguments.dumpFile).c_str(),
+                                      static_cast<int>(EndOf(plan)));
+    });
+  }
   Progress progress(options.json);
-  WritePlan(plan, progress, report, [&] { carryOut(session.handle()); });
+  WritePlan(session, plan, progress, report, [&] { carryOut(session); });
   Verify(session, plan, progress, report);
   return kDone;
 }
 
-int BurnFile(const Options& options, const BurnArguments& arguments, Report& report) {
+int BurnFile(const Options& options, const BurnArguments& arguments, RomWatch& watch,
+             Report& report) {
   return RunPlan(
-      options, arguments, PlanOf(arguments.request),
-      [&](void* session) { Burn(session, arguments.request); }, report);
+      options, arguments, PlanOf(arguments.request), watch,
+      [&](const RomSession& session) { Burn(session, arguments.request); }, report);
 }
 
-int EraseRange(const Options& options, const RangeArguments& arguments, Report& report) {
+int EraseRange(const Options& options, const RangeArguments& arguments, RomWatch& watch,
+               Report& report) {
   const BurnPlan plan = [&] {
     try {
       return PlanErase(arguments.address, arguments.size);
@@ -80,25 +86,37 @@ int EraseRange(const Options& options, const RangeArguments& arguments, Report& 
   erase.selection = arguments.selection;
   erase.storage = arguments.storage;
   erase.dryRun = arguments.dryRun;
-  const auto carryOut = [&](void* session) {
-    CheckRom("ZEMROMAPI_Erase", ZEMROMAPI_Erase(session, arguments.address, arguments.size));
+  const auto carryOut = [&](const RomSession& session) {
+    session.Call("ZEMROMAPI_Erase", [&](void* handle) {
+      return ZEMROMAPI_Erase(handle, arguments.address, arguments.size);
+    });
   };
-  return RunPlan(options, erase, plan, carryOut, report);
+  return RunPlan(options, erase, plan, watch, carryOut, report);
 }
 
-int ReadRange(const Options& options, const RangeArguments& arguments, Report& report) {
-  constexpr std::size_t kStep = 32768;
-  Bytes bytes(arguments.size);
-  const RomSession session = RomSession::Open(arguments.selection);
+int ReadRange(const Options& options, const RangeArguments& arguments, RomWatch& watch,
+              Report& report) {
+  constexpr std::uint64_t kEnd = 1ULL << 32;
+  // The camera is asked for whole sectors.
+  const std::uint64_t sectors = (std::uint64_t{arguments.size} + kSectorSize - 1) / kSectorSize;
+  if (arguments.address + sectors * kSectorSize > kEnd) {
+    throw UsageError("the range ends behind the last address of a storage, 0xFFFFFFFF");
+  }
+  static_cast<void>(SelectCdb(arguments.storage));
+  if (FileExists(arguments.file)) {
+    Confirm(options, arguments.file + " is there already and will be overwritten");
+  }
+  const RomSession session = RomSession::Open(watch, arguments.selection);
   session.Select(arguments.storage);
+  Bytes bytes(arguments.size);
   Progress progress(options.json);
   progress.Begin("read");
   for (std::size_t done = 0; done < bytes.size();) {
-    const std::size_t size = std::min(kStep, bytes.size() - done);
+    const std::size_t size = std::min<std::size_t>(kPieceSize, bytes.size() - done);
     session.Read(arguments.address + static_cast<std::uint32_t>(done),
                  std::span(bytes).subspan(done, size));
     done += size;
-    progress.Update(static_cast<std::uint32_t>(std::uint64_t{done} * 100 / bytes.size()));
+    progress.UpdateBytes(done, bytes.size());
   }
   progress.Complete();
   WriteOutputFile(arguments.file, bytes);
@@ -109,10 +127,13 @@ int ReadRange(const Options& options, const RangeArguments& arguments, Report& r
   return kDone;
 }
 
-int VerifyFile(const Options& options, const BurnArguments& arguments, Report& report) {
+int VerifyFile(const Options& options, const BurnArguments& arguments, RomWatch& watch,
+               Report& report) {
   const BurnPlan plan = PlanOf(arguments.request);
-  const RomSession session = RomSession::Open(arguments.selection);
+  static_cast<void>(SelectCdb(arguments.storage));
+  const RomSession session = RomSession::Open(watch, arguments.selection);
   session.Select(arguments.storage);
+  report["storage"] = arguments.storage.name;
   Progress progress(options.json);
   Verify(session, plan, progress, report);
   return kDone;
@@ -180,8 +201,8 @@ void AddRomBurnCommands(Program& program, CLI::App* rom) {
       ->check(CLI::Range(1U, 0xFFFFFFFFU));
 
   const auto read = std::make_shared<RangeArguments>();
-  CLI::App* const readCommand =
-      AddRomCommand(program, rom, read, "read", "Read storage into a file", ReadRange);
+  CLI::App* const readCommand = AddRomCommand(
+      program, rom, read, "read", "Read storage into a file", ReadRange, kAsksWithoutSelection);
   AddStorageOptions(readCommand, read->storage);
   readCommand->add_option("file", read->file, "File to write")->required();
   readCommand->add_option("--address", read->address, "Storage address");

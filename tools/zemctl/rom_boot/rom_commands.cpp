@@ -1,10 +1,11 @@
-// zemctl rom enter, info, select, reset, reg get, reg set, command
+// zemctl rom enter, info, reset, reg get, reg set, command
 #include <algorithm>
 
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/confirm.h"
 #include "tools/zemctl/frame/files.h"
 #include "tools/zemctl/frame/results.h"
+#include "tools/zemctl/rom_boot/burn_run.h"
 #include "tools/zemctl/rom_boot/rom_arguments.h"
 
 namespace zemctl {
@@ -13,13 +14,12 @@ namespace {
 // ---- Arguments ----
 
 struct EntryArguments {
-  RomSelection selection = {std::nullopt, 10, false};
+  RomSelection selection = {std::nullopt, 10, false, ""};
   std::string way = "both";
 };
 
 struct PlainArguments {
   RomSelection selection;
-  StorageChoice storage;
 };
 
 struct RegisterArguments {
@@ -35,10 +35,6 @@ struct CommandArguments {
   std::string fileToSend;
 };
 
-void ReportKind(const RomSession& session, Report& report) {
-  report["found"] = NameOf(session.kind());
-}
-
 // ---- Going there and coming back ----
 
 struct EntryWay {
@@ -52,78 +48,68 @@ const EntryWay kEntryWays[] = {
     {"vcp16", "ZEMAPI_ResetToRomboot_VCP16", ZEMAPI_ResetToRomboot_VCP16},
 };
 
-int Enter(const Options& options, const EntryArguments& arguments, Report& report) {
+int Enter(const Options& options, const EntryArguments& arguments, RomWatch& watch,
+          Report& report) {
   const auto* const way =
       std::find_if(std::begin(kEntryWays), std::end(kEntryWays),
                    [&](const EntryWay& candidate) { return arguments.way == candidate.name; });
+  // What is in ROM boot already is another camera.
+  for (const RomVolume& volume : watch.Survey()) {
+    watch.LeaveAlone(volume.drive);
+  }
   {
     const Session camera(options.device, Use::kWriting);
+    report["camera"] = NameOf(camera.device());
+    watch.trail().OnRunning();
     camera.Call(way->function, [&](void* device) { return way->enter(device); });
+    watch.trail().OnEntered();
   }
-  const RomSession session = RomSession::Open(arguments.selection);
-  ReportKind(session, report);
+  ReportVolume(RomSession::Open(watch, arguments.selection), report);
   return kDone;
 }
 
-int Reset(const Options& /*options*/, const PlainArguments& arguments, Report& report) {
-  const RomSession session = RomSession::Open(arguments.selection);
-  ReportKind(session, report);
-  ZEMROMAPI_ResetSystem(session.handle());
-  report["reset"] = "sent; the camera does not say whether it took it";
+int Reset(const Options& /*options*/, const PlainArguments& arguments, RomWatch& watch,
+          Report& report) {
+  const RomSession session = RomSession::Open(watch, arguments.selection);
+  ReportVolume(session, report);
+  report["reset"] = session.Reset() ? "accepted" : "sent; the camera left before it answered";
   return kDone;
 }
 
 // ---- What it is ----
 
-std::string SignatureOf(std::span<const unsigned char, 16> identity) {
-  std::string text;
-  for (const unsigned char byte : identity.subspan(4)) {
-    if (byte < 0x20 || byte > 0x7E) {
-      break;
-    }
-    text += static_cast<char>(byte);
-  }
-  return text;
-}
-
-int ShowInfo(const Options& /*options*/, const PlainArguments& arguments, Report& report) {
-  const RomSession session = RomSession::Open(arguments.selection);
-  const auto identity = session.Identify();
-  ReportKind(session, report);
+int ShowInfo(const Options& /*options*/, const PlainArguments& arguments, RomWatch& watch,
+             Report& report) {
+  const RomSession session = RomSession::Open(watch, arguments.selection);
+  ReportVolume(session, report);
   if (session.kind() == RomKind::kBootLoader) {
-    report["signature"] = SignatureOf(identity);
+    report["signature"] = session.volume().Signature();
   }
-  report["identity"] = HexText(identity);
-  return kDone;
-}
-
-int SelectStorage(const Options& /*options*/, const PlainArguments& arguments, Report& report) {
-  const Cdb cdb = SelectCdb(arguments.storage);
-  const RomSession session = RomSession::Open(arguments.selection);
-  session.Select(arguments.storage);
-  ReportKind(session, report);
-  report["selected"] = arguments.storage.name;
-  report["sent"] = HexText(cdb);
+  report["identity"] = HexText(session.volume().identity);
   return kDone;
 }
 
 // ---- Registers and raw commands ----
 
-int GetRegister(const Options& /*options*/, const RegisterArguments& arguments, Report& report) {
-  const RomSession session = RomSession::Open(arguments.selection);
+int GetRegister(const Options& /*options*/, const RegisterArguments& arguments, RomWatch& watch,
+                Report& report) {
+  const RomSession session = RomSession::Open(watch, arguments.selection);
   unsigned char value = 0;
-  CheckRom("ZEMROMAPI_ReadRegister",
-           ZEMROMAPI_ReadRegister(session.handle(), arguments.address, &value));
+  session.Call("ZEMROMAPI_ReadRegister", [&](void* handle) {
+    return ZEMROMAPI_ReadRegister(handle, arguments.address, &value);
+  });
   report["address"] = HexNumber(arguments.address, 8);
   report["value"] = HexNumber(value, 2);
   return kDone;
 }
 
-int SetRegister(const Options& /*options*/, const RegisterArguments& arguments, Report& report) {
-  const RomSession session = RomSession::Open(arguments.selection);
-  CheckRom("ZEMROMAPI_WriteRegister",
-           ZEMROMAPI_WriteRegister(session.handle(), arguments.address,
-                                   static_cast<unsigned char>(arguments.value)));
+int SetRegister(const Options& /*options*/, const RegisterArguments& arguments, RomWatch& watch,
+                Report& report) {
+  const RomSession session = RomSession::Open(watch, arguments.selection);
+  session.Call("ZEMROMAPI_WriteRegister", [&](void* handle) {
+    return ZEMROMAPI_WriteRegister(handle, arguments.address,
+                                   static_cast<unsigned char>(arguments.value));
+  });
   report["address"] = HexNumber(arguments.address, 8);
   report["value"] = HexNumber(arguments.value, 2);
   report["written"] = true;
@@ -131,7 +117,8 @@ int SetRegister(const Options& /*options*/, const RegisterArguments& arguments, 
 }
 
 // Whatever does not read may erase: its meaning is the device's.
-int SendCommand(const Options& options, const CommandArguments& arguments, Report& report) {
+int SendCommand(const Options& options, const CommandArguments& arguments, RomWatch& watch,
+                Report& report) {
   std::vector<unsigned char> cdb = ParseBlock(arguments.bytes, Cdb().size());
   std::vector<unsigned char> data;
   const bool reads = arguments.bytesToRead > 0;
@@ -140,17 +127,24 @@ int SendCommand(const Options& options, const CommandArguments& arguments, Repor
   } else if (!arguments.fileToSend.empty()) {
     data = ReadInputFile(arguments.fileToSend, 0xFFFFFFFF);
   }
+  const RomSession session = RomSession::Open(watch, arguments.selection);
   if (!reads) {
     Confirm(options, "The raw command " + HexText(cdb) + " with " + std::to_string(data.size()) +
-                         " bytes of data goes to the camera as it is");
+                         " bytes of data goes to " + CameraWords(session) + " as it is");
   }
-  const RomSession session = RomSession::Open(arguments.selection);
-  CheckRom("ZEMROMAPI_ScsiCommand",
-           ZEMROMAPI_ScsiCommand(session.handle(), reads ? 1 : 0,
-                                 static_cast<unsigned>(data.size()), cdb.data(), data.data()));
-  report["sent"] = HexText(cdb);
+  const std::string sent = HexText(cdb);
+  const ZemResult result = session.Observe([&](void* handle) {
+    return ZEMROMAPI_ScsiCommand(handle, reads ? 1 : 0, static_cast<unsigned>(data.size()),
+                                 cdb.data(), data.data());
+  });
+  const std::vector<ScsiCommand>& commands = watch.record().commands();
+  if (result < 0 || commands.empty()) {
+    session.Judge("ZEMROMAPI_ScsiCommand", result < 0 ? result : ZEM_E_FAIL);
+  }
+  report["sent"] = sent;
   if (reads) {
-    report["data"] = HexText(data);
+    // As many as came: what a raw command brings is not known here.
+    report["data"] = HexText(commands.back().data);
   } else {
     report["bytes sent"] = data.size();
   }
@@ -191,8 +185,6 @@ void AddRomCommands(Program& program) {
   AddRomCommand(program, rom, plain, "info", "Show what answers, and how it identifies itself",
                 ShowInfo);
   AddRomCommand(program, rom, plain, "reset", "Reset the camera", Reset);
-  AddStorageOptions(AddRomCommand(program, rom, plain, "select", "Select a storage", SelectStorage),
-                    plain->storage);
 
   AddRegisterCommands(program, rom);
   AddRomLoadCommands(program, rom);

@@ -14,18 +14,19 @@ struct EnhancedAreaArguments {
 };
 
 int MakeEnhancedArea(const Options& options, const EnhancedAreaArguments& arguments,
-                     Report& report) {
+                     RomWatch& watch, Report& report) {
   const Cdb cdb = EnhancedAreaCdb(arguments.area);
   if (arguments.dryRun) {
     report["commands"] = Report::array({CommandRow("enhanced area", "", 0, cdb)});
     return kDone;
   }
-  Confirm(options, "The eMMC will get an enhanced area (" + HexNumber(arguments.area.first, 8) +
-                       ", " + HexNumber(arguments.area.second, 8) +
+  const RomSession session = RomSession::Open(watch, arguments.selection);
+  Confirm(options, "The eMMC of " + CameraWords(session) + " will get an enhanced area (" +
+                       HexNumber(arguments.area.first, 8) + ", " +
+                       HexNumber(arguments.area.second, 8) +
                        "), which may erase it and may be for good");
-  const RomSession session = RomSession::Open(arguments.selection);
   session.MakeEnhancedArea(arguments.area);
-  report["found"] = NameOf(session.kind());
+  ReportVolume(session, report);
   report["sent"] = HexText(cdb);
   report["accepted"] = true;
   return kDone;

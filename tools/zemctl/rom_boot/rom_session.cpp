@@ -1,7 +1,5 @@
 #include "tools/zemctl/rom_boot/rom_session.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -15,16 +13,9 @@ using zem::StoreBe16;
 using zem::StoreBe32;
 
 constexpr unsigned kSendDivider = 0x10;
-constexpr unsigned kProbePauseMilliseconds = 500;
+constexpr std::uint32_t kProbePauseMilliseconds = 500;
 
-constexpr unsigned char kIdentify = 0x01;
-constexpr unsigned char kDownload = 0x02;
-constexpr unsigned char kSelect = 0x06;
-constexpr unsigned char kRead = 0x07;
-constexpr unsigned char kWrite = 0x08;
-constexpr unsigned char kMakeEnhancedArea = 0x22;
-
-Cdb VendorCdb(unsigned char code) { return {0xFA, 0x55, 0x66, code}; }
+Cdb VendorCdb(zem::SubCommand code) { return {0xFA, 0x55, 0x66, static_cast<unsigned char>(code)}; }
 
 struct StorageKind {
   const char* name;
@@ -66,81 +57,149 @@ const StorageKind& FindStorage(const StorageChoice& choice) {
   return *found;
 }
 
-[[noreturn]] void ThrowRomFailure(const char* function, ZemResult result, const char* name) {
-  throw CallFailure(function, result,
-                    {name, "the camera in ROM boot did not carry it out",
-                     "Look at the volume with \"zemctl rom info\"; the debugger channel tells the "
-                     "system's error.",
-                     kTransferFailed});
+// ": read storage 0x00001000 (512 bytes): error 1117"
+std::string Words(const std::optional<ScsiCommand>& loss) {
+  return loss ? ": " + NameOf(*loss) + ": " + FailureOf(*loss) : "";
+}
+
+const char* NameOf(ZemResult result) { return result < 0 ? "ZEM_E_FAIL" : "reported as done"; }
+
+[[noreturn]] void ThrowRomFailure(const char* function, ZemResult result, const char* name,
+                                  const std::optional<ScsiCommand>& loss) {
+  throw CallFailure(
+      function, result,
+      {name, "the camera in ROM boot did not carry it out" + Words(loss), "", kTransferFailed});
+}
+
+// "F: (boot loader VSN3), G: (ZEM storage)"
+std::string ListOf(const std::vector<RomVolume>& volumes) {
+  std::string text;
+  for (const RomVolume& volume : volumes) {
+    text += (text.empty() ? "" : ", ") + volume.drive + " (" + volume.Words() + ")";
+  }
+  return text;
+}
+
+[[noreturn]] void ThrowNotFound(const RomSelection& selection,
+                                const std::vector<RomVolume>& others) {
+  std::string text = "no ";
+  text += selection.kind ? NameOf(*selection.kind) : "camera in ROM boot";
+  text += " was found ";
+  text += selection.drive.empty() ? "among the volumes C: to Z:" : "at " + selection.drive;
+  text += others.empty() ? "" : "; there is " + ListOf(others);
+  throw CallFailure("ZEMROMAPI_OpenDevice", ZEM_E_FAIL,
+                    {"ZEM_E_FAIL", text,
+                     "Send a running camera into ROM boot with \"zemctl rom enter\"; wait with "
+                     "--boot-wait; raw access to volumes needs administrator rights.",
+                     kNoCamera});
 }
 
 }  // namespace
 
-const char* NameOf(RomKind kind) {
-  return kind == RomKind::kBootLoader ? "boot loader" : "ZEM storage";
-}
-
-void CheckRom(const char* function, ZemResult result) {
-  if (result < 0) {
-    ThrowRomFailure(function, result, "ZEM_E_FAIL");
+std::optional<RomVolume> Choose(const std::vector<RomVolume>& found, const std::string& drive) {
+  if (drive.empty() && found.size() > 1) {
+    throw ToolFailure(kNoCamera, "more than one camera is in ROM boot: " + ListOf(found),
+                      "Choose one with --drive, or unplug the others.",
+                      "nothing was sent to any of them");
   }
-}
-
-std::optional<RomSession> RomSession::Find(const RomSelection& selection) {
-  for (const RomKind kind : {RomKind::kBootLoader, RomKind::kZemStorage}) {
-    if (selection.kind.value_or(kind) != kind) {
-      continue;
-    }
-    const unsigned mode = static_cast<unsigned>(kind) | (selection.sendDivider ? kSendDivider : 0);
-    if (void* const handle = ZEMROMAPI_OpenDevice(mode)) {
-      return RomSession(handle, kind);
+  for (const RomVolume& volume : found) {
+    if (drive.empty() || volume.drive == drive) {
+      return volume;
     }
   }
   return std::nullopt;
 }
 
-RomSession RomSession::Open(const RomSelection& selection) {
-  const ULONGLONG end = GetTickCount64() + 1000ULL * selection.waitSeconds;
+std::optional<RomSession> RomSession::Find(RomWatch& watch, const RomSelection& selection) {
+  const std::vector<RomVolume> found = watch.Survey();
+  std::optional<RomVolume> chosen = Choose(found, selection.drive);
+  if (!chosen || (selection.kind && *selection.kind != chosen->kind)) {
+    return std::nullopt;
+  }
+  for (const RomVolume& volume : found) {
+    if (volume.drive != chosen->drive) {
+      watch.LeaveAlone(volume.drive);
+    }
+  }
+  const unsigned divider = selection.sendDivider ? kSendDivider : 0;
+  watch.record().BeginCall();
+  watch.record().OpenOnly(chosen->drive);
+  void* const handle = ZEMROMAPI_OpenDevice(static_cast<unsigned>(chosen->kind) | divider);
+  watch.record().OpenOnly("");
+  if (const auto loss = FindScsiLoss(watch.record().commands())) {
+    void* lost = handle;
+    ZEMROMAPI_CloseDevice(&lost);
+    ThrowRomFailure("ZEMROMAPI_OpenDevice", handle != nullptr ? ZEM_OK : ZEM_E_FAIL,
+                    handle != nullptr ? "a session" : "no session", loss);
+  }
+  if (handle == nullptr) {
+    return std::nullopt;
+  }
+  return RomSession(watch, handle, std::move(*chosen));
+}
+
+RomSession RomSession::Open(RomWatch& watch, const RomSelection& selection) {
+  const std::uint64_t end = watch.Now() + std::uint64_t{1000} * selection.waitSeconds;
   for (;;) {
-    if (std::optional<RomSession> found = Find(selection)) {
+    if (std::optional<RomSession> found = Find(watch, selection)) {
       return std::move(*found);
     }
-    if (GetTickCount64() >= end) {
-      const std::string wanted = selection.kind ? NameOf(*selection.kind) : "camera in ROM boot";
-      throw CallFailure("ZEMROMAPI_OpenDevice", ZEM_E_FAIL,
-                        {"ZEM_E_FAIL", "no " + wanted + " was found among the volumes C: to Z:",
-                         "Send a running camera into ROM boot with \"zemctl rom enter\"; wait with "
-                         "--wait; raw access to volumes needs administrator rights.",
-                         kNoCamera});
+    watch.ThrowIfStopped();
+    if (watch.Now() >= end) {
+      ThrowNotFound(selection, watch.Survey());
     }
-    Sleep(kProbePauseMilliseconds);
+    watch.Pause(kProbePauseMilliseconds);
   }
 }
 
 RomSession::RomSession(RomSession&& other) noexcept
-    : handle_(std::exchange(other.handle_, nullptr)), kind_(other.kind_) {}
+    : watch_(other.watch_),
+      handle_(std::exchange(other.handle_, nullptr)),
+      volume_(std::move(other.volume_)) {}
 
 RomSession::~RomSession() { ZEMROMAPI_CloseDevice(&handle_); }
 
-std::array<unsigned char, 16> RomSession::Identify() const {
-  Cdb cdb = VendorCdb(kIdentify);
-  std::array<unsigned char, 16> reply = {};
-  CheckRom("ZEMROMAPI_ScsiCommand",
-           ZEMROMAPI_ScsiCommand(handle_, 1, static_cast<unsigned>(reply.size()), cdb.data(),
-                                 reply.data()));
-  return reply;
+ZemResult RomSession::Observe(const Function& call) const {
+  watch_.ThrowIfStopped();
+  watch_.record().BeginCall();
+  return call(handle_);
+}
+
+ZemResult RomSession::Call(const char* function, const Function& call) const {
+  const ZemResult result = Observe(call);
+  Judge(function, result);
+  return result;
+}
+
+void RomSession::Judge(const char* function, ZemResult result) const {
+  const std::optional<ScsiCommand> loss = FindScsiLoss(watch_.record().commands());
+  if (result < 0 || loss) {
+    ThrowRomFailure(function, result, NameOf(result), loss);
+  }
 }
 
 void RomSession::Select(const StorageChoice& storage) const {
   const StorageKind& kind = FindStorage(storage);
-  CheckRom(kind.function, kind.select(handle_, static_cast<unsigned char>(storage.option)));
+  const ZemResult result = Observe([&](void* session) {
+    return kind.select(session, static_cast<unsigned char>(storage.option));
+  });
+  const std::optional<ScsiCommand> loss = FindScsiLoss(watch_.record().commands());
+  if (result < 0 || loss) {
+    throw CallFailure(
+        kind.function, result,
+        {NameOf(result), "the storage " + storage.name + " could not be selected" + Words(loss),
+         "Check that this camera has it, see --storage and --option.", kTransferFailed});
+  }
 }
 
 void RomSession::MakeEnhancedArea(const EnhancedArea& area) const {
   // 1 or 0, unlike any other command.
-  const ZemResult accepted = ZEMROMAPI_MkEmmcEhancedArea(handle_, area.first, area.second);
-  if (accepted != 1) {
-    ThrowRomFailure("ZEMROMAPI_MkEmmcEhancedArea", accepted, "not accepted");
+  const char* const function = "ZEMROMAPI_MkEmmcEhancedArea";
+  const ZemResult accepted = Observe(
+      [&](void* session) { return ZEMROMAPI_MkEmmcEhancedArea(session, area.first, area.second); });
+  const std::optional<ScsiCommand> loss = FindScsiLoss(watch_.record().commands());
+  if (accepted != 1 || loss) {
+    ThrowRomFailure(function, accepted, accepted != 1 ? "not accepted" : "reported as done", loss);
   }
 }
 
@@ -151,19 +210,29 @@ void RomSession::Read(std::uint32_t address, std::span<unsigned char> bytes) con
         static_cast<std::uint32_t>(std::min<std::size_t>(bytes.size(), piece.size()));
     const std::uint32_t sectors = (wanted + kSectorSize - 1) / kSectorSize;
     Cdb cdb = ReadCdb(address, sectors);
-    CheckRom("ZEMROMAPI_ScsiCommand",
-             ZEMROMAPI_ScsiCommand(handle_, 1, sectors * kSectorSize, cdb.data(), piece.data()));
+    Call("ZEMROMAPI_ScsiCommand", [&](void* session) {
+      return ZEMROMAPI_ScsiCommand(session, 1, sectors * kSectorSize, cdb.data(), piece.data());
+    });
     std::copy_n(piece.begin(), wanted, bytes.begin());
     address += wanted;
     bytes = bytes.subspan(wanted);
   }
 }
 
+bool RomSession::Reset() const {
+  Observe([](void* session) { return ZEMROMAPI_ResetSystem(session); });
+  const std::optional<ScsiCommand> loss = FindScsiLoss(watch_.record().commands());
+  if (loss && !MeansVolumeGone(loss->error)) {
+    ThrowRomFailure("ZEMROMAPI_ResetSystem", 1, NameOf(1), loss);
+  }
+  return !loss;
+}
+
 std::vector<Cdb> DownloadCdbs(std::uint32_t codeSize) {
   std::vector<Cdb> cdbs;
   for (std::uint32_t sectors = (codeSize + kSectorSize - 1) / kSectorSize; sectors > 0;) {
     const std::uint32_t some = std::min(sectors, kMostCommandSectors);
-    cdbs.push_back(VendorCdb(kDownload));
+    cdbs.push_back(VendorCdb(zem::SubCommand::kDownload));
     StoreBe16(&cdbs.back()[4], static_cast<std::uint16_t>(some));
     sectors -= some;
   }
@@ -171,29 +240,35 @@ std::vector<Cdb> DownloadCdbs(std::uint32_t codeSize) {
 }
 
 Cdb SelectCdb(const StorageChoice& storage) {
-  Cdb cdb = VendorCdb(kSelect);
+  Cdb cdb = VendorCdb(zem::SubCommand::kSelectStorage);
   cdb[4] = FindStorage(storage).code;
   cdb[6] = static_cast<unsigned char>(storage.option);
   return cdb;
 }
 
 Cdb ReadCdb(std::uint32_t address, std::uint32_t sectors) {
-  Cdb cdb = VendorCdb(kRead);
+  Cdb cdb = VendorCdb(zem::SubCommand::kReadStorage);
   StoreBe32(&cdb[4], address);
   StoreBe16(&cdb[8], static_cast<std::uint16_t>(sectors));
   return cdb;
 }
 
 Cdb WriteCdb(const PlannedCommand& command) {
-  Cdb cdb = VendorCdb(kWrite);
+  Cdb cdb = VendorCdb(zem::SubCommand::kWriteStorage);
   StoreBe32(&cdb[4], command.address);
   StoreBe16(&cdb[8], static_cast<std::uint16_t>(command.sectors));
   cdb[10] = command.flag;
   return cdb;
 }
 
+Cdb DownloadAddressCdb(std::uint32_t address) {
+  Cdb cdb = VendorCdb(zem::SubCommand::kSetFwDownloadAddress);
+  StoreBe32(&cdb[4], address);
+  return cdb;
+}
+
 Cdb EnhancedAreaCdb(const EnhancedArea& area) {
-  Cdb cdb = VendorCdb(kMakeEnhancedArea);
+  Cdb cdb = VendorCdb(zem::SubCommand::kMakeEnhancedArea);
   cdb[4] = 1;
   StoreBe32(&cdb[5], area.first);
   StoreBe32(&cdb[9], area.second);

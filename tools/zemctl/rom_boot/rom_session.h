@@ -1,8 +1,10 @@
-// A camera in ROM boot: found among the volumes, and what every rom command does with it.
+// A camera in ROM boot: found among the volumes, and what every rom command does with it. The
+// library is called through it, so that the tool sees each command of each call.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -10,24 +12,20 @@
 
 #include "tools/zemctl/frame/results.h"
 #include "tools/zemctl/rom_boot/burn_plan.h"
+#include "tools/zemctl/rom_boot/rom_watch.h"
 
 namespace zemctl {
-
-enum class RomKind : unsigned {
-  kBootLoader = 1,
-  kZemStorage = 2,
-};
-const char* NameOf(RomKind kind);
 
 struct RomSelection {
   std::optional<RomKind> kind;  // without one, whichever answers
   unsigned waitSeconds = 0;     // how long to look for it
   bool sendDivider = false;     // also tell the device the storage address divider
+  std::string drive;            // such as "F:"; without one there must be no other
 };
 
 struct StorageChoice {
-  std::string name = "sf";  // see kStorageNames
-  unsigned option = 0;      // one byte, of the NANDs and the eMMC
+  std::string name;     // see kStorageNames
+  unsigned option = 0;  // one byte, of the NANDs and the eMMC
 };
 inline constexpr std::array<const char*, 5> kStorageNames = {"sf", "dram", "emmc", "spi-nand",
                                                              "parallel-nand"};
@@ -40,37 +38,53 @@ struct EnhancedArea {
 
 using Cdb = std::array<unsigned char, 16>;
 
-// Throws CallFailure, worded for a camera in ROM boot, when `result` is negative.
-void CheckRom(const char* function, ZemResult result);
+// The one volume of those found that is meant: the drive, if one was named, or else the only one.
+// Nothing when there is none. Throws ToolFailure (kNoCamera) that names the drives when more than
+// one answers.
+std::optional<RomVolume> Choose(const std::vector<RomVolume>& found, const std::string& drive);
 
 // An open session, ended when it goes out of scope.
 class RomSession {
  public:
-  // Nothing when no such camera answers at once.
-  static std::optional<RomSession> Find(const RomSelection& selection);
+  // Nothing when no such camera answers at once. The others that answer are left alone from then
+  // on. Throws as Choose, before anything but identifications was sent.
+  static std::optional<RomSession> Find(RomWatch& watch, const RomSelection& selection);
 
   // Throws CallFailure when no such camera answers in time.
-  static RomSession Open(const RomSelection& selection);
+  static RomSession Open(RomWatch& watch, const RomSelection& selection);
 
   RomSession(RomSession&& other) noexcept;
   RomSession& operator=(RomSession&&) = delete;
   ~RomSession();
 
-  void* handle() const { return handle_; }
-  RomKind kind() const { return kind_; }
+  RomWatch& watch() const { return watch_; }
+  const RomVolume& volume() const { return volume_; }
+  RomKind kind() const { return volume_.kind; }
+
+  // Calls the library. Throws CallFailure when the result is negative, and when a command was lost
+  // although the call reports something else.
+  using Function = std::function<ZemResult(void* session)>;
+  ZemResult Call(const char* function, const Function& call) const;
+  // As Call, for those that judge the outcome by themselves.
+  ZemResult Observe(const Function& call) const;
+  // Throws CallFailure for a call whose result is bad, or that has lost a command.
+  void Judge(const char* function, ZemResult result) const;
 
   // All of these throw CallFailure.
-  std::array<unsigned char, 16> Identify() const;
   void Select(const StorageChoice& storage) const;
   void MakeEnhancedArea(const EnhancedArea& area) const;
   // Reads the selected storage into `bytes`. Any address, any length.
   void Read(std::uint32_t address, std::span<unsigned char> bytes) const;
+  // The camera may leave before it has acknowledged the command; false then.
+  bool Reset() const;
 
  private:
-  RomSession(void* handle, RomKind kind) : handle_(handle), kind_(kind) {}
+  RomSession(RomWatch& watch, void* handle, RomVolume volume)
+      : watch_(watch), handle_(handle), volume_(std::move(volume)) {}
 
+  RomWatch& watch_;
   void* handle_;
-  RomKind kind_;
+  RomVolume volume_;
 };
 
 // The commands by which these and the burns reach the device, for those who want to see them first.
@@ -82,5 +96,6 @@ Cdb SelectCdb(const StorageChoice& storage);
 Cdb ReadCdb(std::uint32_t address, std::uint32_t sectors);
 Cdb WriteCdb(const PlannedCommand& command);
 Cdb EnhancedAreaCdb(const EnhancedArea& area);
+Cdb DownloadAddressCdb(std::uint32_t address);
 
 }  // namespace zemctl

@@ -34,14 +34,14 @@ std::uint64_t CompareStorage(const RomSession& session, const BurnPlan& plan, Pr
         }
       }
       read += piece.size();
-      progress.Update(static_cast<std::uint32_t>(read * 100 / total));
+      progress.UpdateBytes(read, total);
     }
   }
   if (different > 0) {
     throw ToolFailure(kNotVerified,
                       std::to_string(different) + " of " + std::to_string(compared) +
                           " bytes of the storage are not those of the file; " + first,
-                      "Do not reset the camera. Burn again, and compare again.");
+                      "Do not reset the camera.");
   }
   return compared;
 }
