@@ -49,7 +49,8 @@ const std::vector<PlannedBurn>& Burns() {
          return ZEMROMAPI_UpdateLinuxFwPkg(session, path, 0xFFFFFFFF, 0x20000);
        },
        {PartOf(LinuxHeader(9, 0x1234), 0, 600), LinuxHeader(9, 0x1234),
-        Joined({LinuxHeader(9, 0x1234), data})}},
+        // Without a body its address may be anything: beyond 32 bits, or inside the header.
+        LinuxHeader(12, 0x100000), LinuxHeader(12, 0x21), Joined({LinuxHeader(9, 0x1234), data})}},
       {"LinuxAtAnother",
        [](const Bytes& file) { return zemctl::PlanLinux(file, 0x20000, 0x300000); },
        [](void* session, const wchar_t* path) {

@@ -205,7 +205,9 @@ TEST_F(VolumeWatchTest, ASourceAnswersInPlaceOfTheSystem) {
   zem::FillHeader(buffered_.header, 16, SCSI_IOCTL_DATA_IN, 16, 2);
   buffered_.header.DataBufferOffset = zem::kDataOffset;
   buffered_.header.Cdb[3] = 4;
-  EXPECT_EQ(watch_.Control(handle_, &buffered_, source), 0U);
+  // A refusal of the device is an error to the library, which looks at nothing else.
+  EXPECT_EQ(watch_.Control(handle_, &buffered_, source), 1117U);
+  EXPECT_EQ(record_.commands()[0].error, 0U);
   EXPECT_EQ(source.asked.drive, "F:");
   EXPECT_EQ(source.asked.cdb[3], 4);
   EXPECT_EQ(source.asked.length, 16U);

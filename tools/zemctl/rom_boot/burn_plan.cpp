@@ -174,10 +174,13 @@ BurnPlan PlanLinux(const Bytes& file, std::uint32_t headerAddress,
   }
   Need(file, kLinuxHeaderSize, "the header of a Linux package");
   const std::uint64_t bodySize = file.size() - kLinuxHeaderSize;
-  if (body < std::uint64_t{headerAddress} + kLinuxHeaderSize && headerAddress < body + bodySize) {
-    throw MalformedFile("would have its body overwritten by its header");
+  // Where a body would begin is nothing to look at when there is none.
+  if (bodySize > 0) {
+    if (body < std::uint64_t{headerAddress} + kLinuxHeaderSize && headerAddress < body + bodySize) {
+      throw MalformedFile("would have its body overwritten by its header");
+    }
+    plan.push_back(Write("body", body, Part(file, kLinuxHeaderSize, bodySize, "body")));
   }
-  plan.push_back(Write("body", body, Part(file, kLinuxHeaderSize, bodySize, "body")));
   plan.push_back(Write("header", headerAddress, Part(patched, 0, kLinuxHeaderSize, "header")));
   return plan;
 }

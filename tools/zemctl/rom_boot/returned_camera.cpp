@@ -1,6 +1,6 @@
-#include <algorithm>
+#include "tools/zemctl/rom_boot/returned_camera.h"
 
-#include "tools/zemctl/rom_boot/returning_camera.h"
+#include <algorithm>
 
 namespace zemctl {
 

@@ -2,21 +2,15 @@
 // in beside it.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/zemctl/camera/system_devices.h"
 #include "tools/zemctl/frame/report.h"
+#include "tools/zemctl/rom_boot/returned_camera.h"
 #include "tools/zemctl/rom_boot/rom_watch.h"
 
 namespace zemctl {
-
-// Of the cameras that are listed now, the one that was not among `before`, while it was away; where
-// its place is known, the one there. Nothing when there is none, and when it is not clear which.
-std::optional<SystemDevice> FindReturned(const std::vector<SystemDevice>& before,
-                                         const std::vector<SystemDevice>& now,
-                                         const std::string& place);
 
 struct ReturnedCamera {
   SystemDevice device;
