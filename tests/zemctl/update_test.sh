@@ -256,6 +256,26 @@ stop_at 'burn: 70 %' 500 12
 also 'Camera: the camera was told to burn and goes on by itself. Next: leave the camera powered'
 run 0 'firmware version:   02 00 00 00 00 01' "$camera_516x" info
 
+# A whole line stops.
+python3 - "$tool" "$image" "$out" <<'PYTHON'
+import signal, subprocess, sys, time
+tool, image, out = sys.argv[1:]
+cameras = ",".join('{"name":"%s","chip":"516x","burnPolls":500}' % name for name in "AB")
+with open(out, "w") as output:
+    run = subprocess.Popen(
+        ["wine", tool, "--simulator", "--yes", "--simulator-options", '{"cameras":[%s]}' % cameras,
+         "update", "firmware", "--chip", "516x", image, "--all"],
+        stdout=output, stderr=subprocess.STDOUT,
+        preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+deadline = time.monotonic() + 30
+while run.poll() is None and open(out).read().count("burn: 70 %") < 2 and time.monotonic() < deadline:
+    time.sleep(0.02)
+run.send_signal(signal.SIGINT)
+sys.exit(run.wait(30) != 12)
+PYTHON
+also 'stopped by the user: 2 of 2 cameras failed'
+also '  camera state:   the camera was told to burn and goes on by itself'
+
 # ---- State files ----
 
 echo nonsense >"$state"

@@ -151,7 +151,7 @@ void PrintFields(std::FILE* out, const Report& fields, const std::string& indent
     if (IsTable(value)) {
       std::fprintf(out, "%s%s:\n", indent.c_str(), name.c_str());
       PrintTable(out, value);
-    } else {
+    } else if (!value.is_null()) {
       std::fprintf(out, "%s%s %s\n", indent.c_str(), Padded(name + ":", width + 1).c_str(),
                    TextOf(value).c_str());
     }

@@ -146,7 +146,8 @@ int UpdateSeveral(const Options& options, const std::vector<SystemDevice>& camer
   if (failed > 0) {
     throw PartialFailure(
         {StopRequested() ? kInterrupted : kSomeFailed,
-         std::to_string(failed) + " of " + std::to_string(cameras.size()) + " cameras failed",
+         std::string(StopRequested() ? "stopped by the user: " : "") + std::to_string(failed) +
+             " of " + std::to_string(cameras.size()) + " cameras failed",
          "The table tells what state each of them is in, and what comes next.", "", "", "", ""});
   }
   return kDone;
