@@ -7,6 +7,7 @@
 
 #include "simulator/options.h"
 #include "simulator/windows/ZemSimulator.h"
+#include "tools/zemctl/frame/files.h"
 #include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
@@ -22,6 +23,21 @@ Function* FindFunction(void* module, const char* name) {
 }
 
 constexpr const char* kOptionsName = "--simulator-options: ";
+constexpr std::uint64_t kLongestOptions = 1ULL << 20;
+
+// JSON as it was given, or what stands in the file of that name.
+std::string ReadOptions(const std::string& given) {
+  const std::size_t first = given.find_first_not_of(" \t\r\n");
+  if (first == std::string::npos || given[first] == '{' || given[first] == '[') {
+    return given;
+  }
+  try {
+    const std::vector<unsigned char> file = ReadInputFile(given, kLongestOptions);
+    return {file.begin(), file.end()};
+  } catch (const ToolFailure& failure) {
+    throw UsageError(kOptionsName + std::string(failure.what()) + ", and it is no JSON");
+  }
+}
 
 std::size_t CountCameras(const std::string& options) {
   try {
@@ -71,7 +87,7 @@ std::string Complete(const std::string& options, const std::vector<std::string>&
 
 SimulatorModule::SimulatorModule(const std::string& options, const std::vector<std::string>& faults,
                                  const std::string& state) {
-  const std::string text = Complete(options, faults, state);
+  const std::string text = Complete(ReadOptions(options), faults, state);
   module_ = LoadLibraryW(L"ZemSimulator.dll");
   if (module_ == nullptr) {
     throw std::runtime_error("ZemSimulator.dll cannot be loaded; it belongs beside zemctl.exe");

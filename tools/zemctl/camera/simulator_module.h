@@ -8,7 +8,8 @@ namespace zemctl {
 
 class SimulatorModule {
  public:
-  // Starts the simulated cameras of `options` (JSON, or empty for one camera). The first of them
+  // Starts the simulated cameras of `options` (JSON, the name of a file with it, or empty for one
+  // camera). The first of them
   // gets `faults` and, unless it is empty, the state file `state`. Until they are stopped the
   // library and this program find no other devices. Throws UsageError with the name of the option
   // that is malformed, std::runtime_error when the start fails otherwise.

@@ -80,7 +80,7 @@ Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi
   auto* const flag =
       app_.add_flag("--simulator", options_.simulator, "Use simulated cameras")->group(simulated);
   app_.add_option("--simulator-options", options_.simulatorOptions,
-                  "What to simulate, as JSON (docs/simulator.md)")
+                  "What to simulate: JSON, or a file with it (docs/simulator.md)")
       ->group(simulated)
       ->needs(flag);
   app_.add_option("--simulator-fault", options_.simulatorFaults,
