@@ -163,17 +163,11 @@ class CameraControls : public CountedObject<Interface> {
     if (AnyNull(minimum, maximum, step, defaultValue, flags)) {
       return E_POINTER;
     }
-    const PropertyRow* const row = FindRow(property);
-    if (row == nullptr) {
-      return ResultOfError(kNotFound);
-    }
+    const PropertyRow* row = nullptr;
     v4l2_queryctrl description = {};
-    if (const int result = controls_.Query(row->control, description); result < 0) {
-      return ResultOfQuery(result);
-    }
     SwitchValues values;
-    if (const int result = controls_.ReadSwitch(row->automatic, values); result < 0) {
-      return ResultOfErrno(result);
+    if (const HRESULT result = Describe(property, row, description, values); FAILED(result)) {
+      return result;
     }
     *minimum = FromV4l2(row->unit, description.minimum);
     *maximum = FromV4l2(row->unit, description.maximum);
@@ -184,17 +178,11 @@ class CameraControls : public CountedObject<Interface> {
   }
 
   HRESULT STDMETHODCALLTYPE Set(LONG property, LONG value, LONG flags) override {
-    const PropertyRow* const row = FindRow(property);
-    if (row == nullptr) {
-      return ResultOfError(kNotFound);
-    }
+    const PropertyRow* row = nullptr;
     v4l2_queryctrl description = {};
-    if (const int result = controls_.Query(row->control, description); result < 0) {
-      return ResultOfQuery(result);
-    }
     SwitchValues values;
-    if (const int result = controls_.ReadSwitch(row->automatic, values); result < 0) {
-      return ResultOfErrno(result);
+    if (const HRESULT result = Describe(property, row, description, values); FAILED(result)) {
+      return result;
     }
     if ((flags != kAutomatic && flags != kManual) || (FlagsOf(values) & flags) == 0 ||
         (flags == kManual && !IsInRange(*row, description, value))) {
@@ -249,6 +237,19 @@ class CameraControls : public CountedObject<Interface> {
       return row.property == property;
     });
     return found != rows.end() ? &*found : nullptr;
+  }
+
+  HRESULT Describe(LONG property, const PropertyRow*& row, v4l2_queryctrl& description,
+                   SwitchValues& values) const {
+    row = FindRow(property);
+    if (row == nullptr) {
+      return ResultOfError(kNotFound);
+    }
+    if (const int result = controls_.Query(row->control, description); result < 0) {
+      return ResultOfQuery(result);
+    }
+    const int result = controls_.ReadSwitch(row->automatic, values);
+    return result < 0 ? ResultOfErrno(result) : S_OK;
   }
 
   static LONG FlagsOf(const SwitchValues& values) {

@@ -9,13 +9,9 @@
 namespace zem::simulator::usb {
 namespace {
 
-// Descriptor types.
-constexpr std::uint8_t kDevice = 0x01;
-constexpr std::uint8_t kConfiguration = 0x02;
-constexpr std::uint8_t kString = 0x03;
+// Types of descriptors within a configuration.
 constexpr std::uint8_t kInterface = 0x04;
 constexpr std::uint8_t kEndpoint = 0x05;
-constexpr std::uint8_t kDeviceQualifier = 0x06;
 constexpr std::uint8_t kAssociation = 0x0B;
 constexpr std::uint8_t kClassInterface = 0x24;
 constexpr std::uint8_t kClassEndpoint = 0x25;
@@ -218,7 +214,7 @@ Bytes DescribeStreaming(std::uint8_t outputTerminal) {
 
 CameraDescriptors DescribeCamera(const CameraOptions& options) {
   CameraDescriptors camera;
-  Block device = {kDevice};
+  Block device = {descriptor_type::kDevice};
   device.Add16(0x0200);
   // An interface association in a class that says so.
   device.Add({0xEF, 2, 1, 64});
@@ -227,7 +223,7 @@ CameraDescriptors DescribeCamera(const CameraOptions& options) {
   device.Add16(0x0100);
   device.Add({1, 2, 3, 1});
   camera.device = device.Descriptor();
-  camera.qualifier = {10, kDeviceQualifier, 0x00, 0x02, 0xEF, 2, 1, 64, 1, 0};
+  camera.qualifier = {10, descriptor_type::kQualifier, 0x00, 0x02, 0xEF, 2, 1, 64, 1, 0};
 
   Block interfaces;
   interfaces.Append({8, kAssociation, kVideoControlInterface, 2, kVideoClass, 3, 0, 2});
@@ -237,7 +233,7 @@ CameraDescriptors DescribeCamera(const CameraOptions& options) {
   interfaces.Append(DescribeStreaming(outputTerminal));
 
   constexpr std::size_t kConfigurationLength = 9;
-  Block configuration = {kConfiguration};
+  Block configuration = {descriptor_type::kConfiguration};
   configuration.Add16(static_cast<std::uint16_t>(kConfigurationLength + interfaces.bytes().size()));
   configuration.Add({2, 1, 0, 0x80, 50});
   camera.configuration = configuration.Descriptor();
@@ -249,7 +245,7 @@ CameraDescriptors DescribeCamera(const CameraOptions& options) {
 
 Bytes DescribeText(const std::string& text) {
   constexpr std::size_t kMostCharacters = 126;
-  Block block = {kString};
+  Block block = {descriptor_type::kString};
   for (const char character : text.substr(0, kMostCharacters)) {
     block.Add({static_cast<std::uint8_t>(character), 0});
   }
@@ -257,7 +253,7 @@ Bytes DescribeText(const std::string& text) {
 }
 
 Bytes DescribeLanguages() {
-  return {4, kString, 0x09, 0x04};  // English
+  return {4, descriptor_type::kString, 0x09, 0x04};  // English
 }
 
 }  // namespace zem::simulator::usb

@@ -12,6 +12,16 @@ namespace zem::simulator::usb {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// Types of the descriptors that a host asks for.
+namespace descriptor_type {
+
+inline constexpr std::uint8_t kDevice = 0x01;
+inline constexpr std::uint8_t kConfiguration = 0x02;
+inline constexpr std::uint8_t kString = 0x03;
+inline constexpr std::uint8_t kQualifier = 0x06;
+
+}  // namespace descriptor_type
+
 // Ids of the camera's entities. Those of its extension units follow that of the processing unit in
 // the order of the model's nodes; the output terminal's is behind the last.
 inline constexpr std::uint8_t kCameraTerminalId = 1;

@@ -7,12 +7,14 @@
 #include <vector>
 
 #include "device/extension_units.h"
+#include "tests/support/joined.h"
 
 namespace {
 
 using zem::platform::EntityKind;
 using zem::platform::ReadVideoTopology;
 using zem::platform::VideoTopology;
+using zem::testing::Joined;
 using Bytes = std::vector<std::uint8_t>;
 
 const Bytes kDevice = {18, 1, 0, 2, 0xEF, 2, 1, 64, 0x45, 0x5A, 0, 0x8C, 0, 1, 1, 2, 0, 1};
@@ -26,14 +28,6 @@ const Bytes kVendorUnit = {27,   0x24, 6,    3,    0xD0, 0x9E, 0xE4, 0x23, 0x78,
                            0x3B, 0x48, 16,   1,    2,    2,    0xFF, 0xFF, 0};
 const Bytes kEncoding = {13, 0x24, 7, 6, 2, 0, 3, 0, 0, 0, 0, 0, 0};
 const Bytes kOutput = {9, 0x24, 3, 5, 0x01, 0x01, 0, 3, 0};
-
-Bytes Joined(std::initializer_list<Bytes> pieces) {
-  Bytes whole;
-  for (const Bytes& piece : pieces) {
-    whole.insert(whole.end(), piece.begin(), piece.end());
-  }
-  return whole;
-}
 
 // Configuration `number` with these descriptors behind its own.
 Bytes Configuration(std::uint8_t number, const Bytes& content) {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <vector>
 
+#include "tests/support/joined.h"
 #include "tests/support/rom_boot_test.h"
 
 namespace zem::testing {
@@ -13,14 +13,6 @@ inline void PutLe32(Bytes& bytes, std::size_t offset, std::uint32_t number) {
   for (std::size_t index = 0; index < 4; ++index) {
     bytes.at(offset + index) = static_cast<std::uint8_t>(number >> (8 * index));
   }
-}
-
-inline Bytes Joined(std::initializer_list<Bytes> parts) {
-  Bytes joined;
-  for (const Bytes& part : parts) {
-    joined.insert(joined.end(), part.begin(), part.end());
-  }
-  return joined;
 }
 
 // 18 bytes, a header block of 4,096, the payload.

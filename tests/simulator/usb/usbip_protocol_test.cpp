@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "tests/support/joined.h"
+
 namespace {
 
 using zem::simulator::usb::Bytes;
@@ -21,14 +23,7 @@ using zem::simulator::usb::SubmitCommand;
 using zem::simulator::usb::SubmitReply;
 using zem::simulator::usb::UnlinkCommand;
 using zem::simulator::usb::UnlinkReply;
-
-Bytes Joined(std::initializer_list<Bytes> pieces) {
-  Bytes whole;
-  for (const Bytes& piece : pieces) {
-    whole.insert(whole.end(), piece.begin(), piece.end());
-  }
-  return whole;
-}
+using zem::testing::Joined;
 
 Bytes Padded(std::string_view text, std::size_t size) {
   Bytes field(text.begin(), text.end());
