@@ -140,7 +140,7 @@ also 'version as expected:  no'
 rm -f "$state"
 run 3 'the camera did not come back within 1 s' "$camera_516x" --simulator-fault unplug@36 update firmware \
   --chip 516x "$image" --wait 1
-run 2 'a version has 6 bytes' "$camera_516x" update firmware --chip 516x "$image" --expect-version 01
+run 2 '"01" is no version of 6 bytes in hexadecimal' "$camera_516x" update firmware --chip 516x "$image" --expect-version 01
 
 # ---- Several at once ----
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "tools/zemctl/camera/camera_wait.h"
+#include "tools/zemctl/camera/firmware_version.h"
 #include "tools/zemctl/camera/session.h"
 #include "tools/zemctl/frame/interrupt.h"
 
@@ -45,7 +45,7 @@ std::string WaitForRestart(const SystemDevice& before, const std::string& versio
   bool hasLeft = false;
   for (;;) {
     const std::optional<SystemDevice> device = FindAgain(before);
-    const std::string version = device ? VersionOf(*device) : "";
+    std::string version = device ? VersionOf(*device) : "";
     if (!version.empty() && (hasLeft || version != versionBefore)) {
       return version;
     }

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "tools/zemctl/camera/answers.h"
-#include "tools/zemctl/camera/camera_wait.h"
 #include "tools/zemctl/camera/extension_unit_names.h"
+#include "tools/zemctl/camera/firmware_version.h"
 #include "tools/zemctl/camera/system_devices.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/program.h"

@@ -167,6 +167,9 @@ int Program::Run(std::vector<std::string> arguments) {
   } catch (const CLI::ParseError& error) {
     options_.command = NameOf(GivenCommand(app_));
     return AnswerParseError(error);
+  } catch (const UsageError& error) {
+    options_.command = NameOf(GivenCommand(app_));
+    return Fail(WrongCommandLine(error.what(), options_.command));
   }
   options_.command = NameOf(GivenCommand(app_));
   Report report = Report::object();

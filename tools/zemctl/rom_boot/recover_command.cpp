@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "tools/zemctl/camera/camera_wait.h"
+#include "tools/zemctl/camera/firmware_version.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/confirm.h"
 #include "tools/zemctl/frame/results.h"
@@ -28,26 +28,6 @@ struct RecoverArguments {
   std::string expectedVersion;
   bool dryRun = false;
 };
-
-// "010203040506", with or without blanks, as the camera's version is shown: "01 02 03 04 05 06".
-std::string ReadVersionText(const std::string& text) {
-  constexpr std::size_t kVersionDigits = 12;
-  std::string digits;
-  for (const char character : text) {
-    if (character != ' ') {
-      digits += static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-    }
-  }
-  if (digits.size() != kVersionDigits ||
-      digits.find_first_not_of("0123456789abcdef") != std::string::npos) {
-    throw CLI::ValidationError("\"" + text + "\" is no version of 6 bytes in hexadecimal");
-  }
-  std::string shown = digits.substr(0, 2);
-  for (std::size_t index = 2; index < digits.size(); index += 2) {
-    shown += " " + digits.substr(index, 2);
-  }
-  return shown;
-}
 
 // What is known of a camera that runs and is to be sent into ROM boot.
 struct RunningCamera {
@@ -236,7 +216,7 @@ void AddRecoverCommand(Program& program) {
   command
       ->add_option("--expect-version", arguments->expectedVersion,
                    "Firmware version that the camera must show then, such as 010203040506")
-      ->transform(ReadVersionText);
+      ->transform(ParseVersion);
   AddDryRun(command, arguments->dryRun);
 }
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "tools/zemctl/camera/camera_wait.h"
+#include "tools/zemctl/camera/firmware_version.h"
 #include "tools/zemctl/camera/session.h"
 
 namespace zemctl {

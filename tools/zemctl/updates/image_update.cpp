@@ -3,7 +3,7 @@
 #include <array>
 
 #include "simulator/firmware_image.h"
-#include "tools/zemctl/camera/camera_wait.h"
+#include "tools/zemctl/camera/firmware_version.h"
 #include "tools/zemctl/camera/restart_wait.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/results.h"

@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "tools/zemctl/camera/firmware_version.h"
 #include "tools/zemctl/camera/rehearsal.h"
 #include "tools/zemctl/camera/required_unit.h"
 #include "tools/zemctl/frame/bytes.h"
@@ -19,9 +20,6 @@ namespace zemctl {
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-
-// Bytes of a firmware version.
-constexpr std::size_t kVersionSize = 6;
 
 // The updates that find their camera by themselves.
 struct HandleLessWay {
@@ -41,7 +39,7 @@ struct UpdateArguments {
   ImageParameters parameters;
   std::optional<std::uint32_t> verifyAt;
   std::optional<unsigned> waitSeconds;
-  std::vector<std::string> expectedVersion;
+  std::string expectedVersion;
   bool isForced = false;
   bool all = false;
   std::vector<unsigned> cameras;
@@ -105,12 +103,8 @@ ImageUpdate UpdateOf(const ImageProcedure& procedure, const UpdateArguments& arg
   update.isForced = arguments.isForced;
   update.verifyAt = arguments.verifyAt;
   update.waitSeconds = arguments.waitSeconds;
-  const Bytes expected = ParseBytes(arguments.expectedVersion);
-  if (!expected.empty() && expected.size() != kVersionSize) {
-    throw UsageError("a version has " + std::to_string(kVersionSize) + " bytes");
-  }
-  update.expectedVersion = HexText(expected);
-  if (expected.empty() && procedure.isFirmware) {
+  update.expectedVersion = arguments.expectedVersion;
+  if (update.expectedVersion.empty() && procedure.isFirmware) {
     update.expectedVersion = VersionOfImage(update.image);
   }
   return update;
@@ -159,8 +153,10 @@ void AddVersionOptions(CLI::App* command, const std::shared_ptr<UpdateArguments>
       ->add_option("--wait", arguments->waitSeconds,
                    "Seconds to wait for the camera to be restarted and to tell its new version")
       ->check(CLI::Range(3600));
-  command->add_option("--expect-version", arguments->expectedVersion,
-                      "The version that it should tell then, six bytes in hexadecimal");
+  command
+      ->add_option("--expect-version", arguments->expectedVersion,
+                   "The version that it should tell then, six bytes in hexadecimal")
+      ->transform(ParseVersion);
 }
 
 }  // namespace
