@@ -214,7 +214,8 @@ std::optional<Command> Reader::NextCommand() {
     return std::nullopt;
   }
   const Bytes message = Take(whole);
-  FieldReader fields(std::span(message).subspan(kCommandHeader));
+  FieldReader fields(message);
+  fields.Next(kCommandHeader);
   const auto moved = fields.Next(data);
   submit.data.assign(moved.begin(), moved.end());
   submit.packets = ReadPackets(fields, packets, submit.length);
