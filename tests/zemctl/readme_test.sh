@@ -38,6 +38,7 @@ files = {
     "rom.options": json.dumps({"bootLoader": {"storages": storages}}).encode(),
     "enter.options": json.dumps({"bootLoader": {"start": "camera"}}).encode(),
     "boot.json": json.dumps({"bootLoader": {}}).encode(),
+    "unplugged.json": json.dumps({"bootLoader": {"faults": ["unplug@18"]}}).encode(),
     "firmware.bin": header(10000, 9980 * 97 & 0xFFFF) + b"a" * 9980,
     "calibration.bin": b"a" * 1500,
     "block.bin": b"a" * 500,
