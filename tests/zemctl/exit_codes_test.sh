@@ -52,3 +52,27 @@ expect 2 'brightness takes 0 to 255 in steps of 1 (manual), and not 128 (automat
   $sim control set brightness auto
 expect 7 'the camera is gone' $sim --simulator-fault unplug@1 control set brightness 100
 says 'Check that the camera is attached'
+
+# What was done before reading back failed stands.
+units='{"cameras":[{"encodingUnit":true,"streamProbeUnit":true,"orvaUnit":true}]}'
+done_before() {
+  local state=$1 fault=$2
+  shift 2
+  expect 7 "Camera: $state; only reading back failed" $sim --yes --simulator-options "$units" \
+    --simulator-fault "$fault" "$@"
+}
+printf '\xee\x00\x04\x00' >$work/store.bin
+done_before 'the bytes were written' fail@3 nvmem write 0x1000 'a1'
+done_before 'the table was written' unplug@585 table write 1 'a1 a2 a3 a4 a5 a6 a7 a8'
+done_before 'the table store was sent' fail@6 table init $work/store.bin
+done_before 'the control was set' fail@2 control set brightness 100
+done_before 'the control was written' fail@2 encoding set priority-id 1
+done_before 'the block was written' fail@3 encoding probe wIndex=1
+done_before 'the format was written' fail@3 stream probe --width 640
+
+# ---- 1: what nobody expects, told in the same way ----
+
+mkdir -p $work/alone
+cp build/windows/zemctl.exe build/windows/ZemUVCExtApi.dll $work/alone
+tool=$work/alone/zemctl.exe
+expect 1 '"message": "ZemSimulator.dll cannot be loaded; it belongs beside zemctl.exe"' --json $sim list

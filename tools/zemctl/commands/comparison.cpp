@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "tools/zemctl/frame/bytes.h"
-#include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
 
@@ -18,6 +17,13 @@ void RequireSame(std::span<const unsigned char> written, std::span<const unsigne
                     what + " differs from what was written, from byte " +
                         HexNumber(static_cast<std::uint64_t>(first - written.begin()), 4) + " on",
                     "Write it again.");
+}
+
+CallFailure AfterDone(const std::string& done, const CallFailure& failure) {
+  ResultText text = failure.text();
+  text.cameraState = done + "; only reading back failed" +
+                     (text.cameraState.empty() ? "" : ": " + text.cameraState);
+  return {failure.function(), failure.result(), text};
 }
 
 }  // namespace zemctl

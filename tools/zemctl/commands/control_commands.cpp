@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 
+#include "tools/zemctl/commands/comparison.h"
 #include "tools/zemctl/frame/command_tree.h"
 #include "tools/zemctl/frame/program.h"
 #include "tools/zemctl/frame/results.h"
@@ -245,7 +246,7 @@ int SetControl(const Options& options, const ControlArguments& arguments, Report
     }
     throw;
   }
-  return ShowControl(session, control, report);
+  return ReadBack("the control was set", [&] { return ShowControl(session, control, report); });
 }
 
 }  // namespace

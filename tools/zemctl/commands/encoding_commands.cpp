@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 
+#include "tools/zemctl/commands/comparison.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/program.h"
 #include "tools/zemctl/frame/results.h"
@@ -230,7 +231,7 @@ int SetEncoding(const Options& options, const EncodingArguments& arguments, Repo
   session.Move("WREN_EuSet", [&](void* device) {
     return WREN_EuSet(device, control.selector, block.bytes().data(), control.length);
   });
-  ShowControl(session, control, block, report);
+  ReadBack("the control was written", [&] { ShowControl(session, control, block, report); });
   report["written"] = true;
   return kDone;
 }
@@ -261,8 +262,10 @@ int UseStreamBlock(const Options& options, const StreamBlock& stream,
     block.Apply(arguments.values);
     session.Move(stream.setter,
                  [&](void* device) { return stream.set(device, block.bytes().data()); });
-    session.Move(stream.getter,
-                 [&](void* device) { return stream.get(device, block.bytes().data()); });
+    ReadBack("the block was written", [&] {
+      session.Move(stream.getter,
+                   [&](void* device) { return stream.get(device, block.bytes().data()); });
+    });
   }
   report["block"] = stream.name;
   block.Show(report);

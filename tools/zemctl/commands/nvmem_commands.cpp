@@ -113,7 +113,8 @@ int WriteNvmem(const Options& options, const NvmemArguments& arguments, Report& 
   }
   NvmemArguments place = arguments;
   place.length = length;
-  RequireSame(bytes, ReadMemory(session, place), "the memory");
+  RequireSame(bytes, ReadBack("the bytes were written", [&] { return ReadMemory(session, place); }),
+              "the memory");
   report["written and compared"] = true;
   return kDone;
 }

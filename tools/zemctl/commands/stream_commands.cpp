@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "tools/zemctl/camera/required_unit.h"
+#include "tools/zemctl/commands/comparison.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/program.h"
 #include "tools/zemctl/frame/results.h"
@@ -92,7 +93,7 @@ int MoveFormat(const Options& options, const StreamArguments& arguments, Operati
     format.dwFrameInterval = arguments.interval.value_or(format.dwFrameInterval);
     format.dwBitRate = arguments.bitRate.value_or(format.dwBitRate);
     session.Move(format, write);
-    session.Move(format, read);
+    ReadBack("the format was written", [&] { session.Move(format, read); });
   }
   report["format"] = format.bStreamFormat;
   report["width"] = format.wWidth;

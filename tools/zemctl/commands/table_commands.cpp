@@ -174,7 +174,10 @@ int WriteTable(const Options& options, const TableArguments& arguments, Report& 
     return ZEMAPI_WriteTable(device, static_cast<std::uint8_t>(arguments.id), data.data(),
                              static_cast<std::uint32_t>(data.size()), &written);
   });
-  RequireSame(data, ReadTable(TableStore(session), arguments.id), "the table");
+  RequireSame(data,
+              ReadBack("the table was written",
+                       [&] { return ReadTable(TableStore(session), arguments.id); }),
+              "the table");
   report["written and compared"] = true;
   return kDone;
 }
@@ -258,8 +261,13 @@ int InitTables(const Options& options, const TableArguments& arguments, Report& 
   session.Call("ZEMAPI_WriteInitialTable", [&](void* device) {
     return ZEMAPI_WriteInitialTable(device, image.data(), static_cast<std::uint32_t>(image.size()));
   });
-  AwaitIdle(session);
-  RequireSame(image, TableStore(session).Image(), "the table store");
+  RequireSame(image,
+              ReadBack("the table store was sent",
+                       [&] {
+                         AwaitIdle(session);
+                         return TableStore(session).Image();
+                       }),
+              "the table store");
   report["written and compared"] = true;
   return kDone;
 }

@@ -41,11 +41,13 @@ Words ChoicesOf(const CLI::Option& option) {
 void AddOption(const CLI::Option& option, const std::string& command, Words& options,
                Tables& tables) {
   const Words choices = ChoicesOf(option);
+  const std::string before = command + " ";
+  const std::string behind = option.get_items_expected_max() > 0 ? "=" : "";
   for (const std::string& name : option.get_lnames()) {
     const std::string word = "--" + name;
-    options.push_back(word + (option.get_items_expected_max() > 0 ? "=" : ""));
+    options.push_back(word + behind);
     if (!choices.empty()) {
-      tables.values.emplace_back(command + " " + word, choices);
+      tables.values.emplace_back(before + word, choices);
     }
   }
 }
