@@ -10,7 +10,8 @@ namespace zemctl {
 // The camera's. Throws CallFailure.
 std::string ReadVersion(const Session& session);
 
-// The same from a command line, where the blanks may be missing. Throws UsageError for what is none.
+// The same from a command line, where the blanks may be missing. Throws UsageError for what is
+// none.
 std::string ParseVersion(const std::string& text);
 
 }  // namespace zemctl

@@ -92,7 +92,8 @@ class Session {
   void* handle_ = nullptr;
 };
 
-// That nothing fits the selection, told by the library's export that finds a camera in the same way.
+// That nothing fits the selection, told by the library's export that finds a camera in the same
+// way.
 CallFailure NoCameraMatches(const DeviceSelection& selection);
 
 // The failure of a call that lost a transfer.

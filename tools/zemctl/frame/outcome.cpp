@@ -45,6 +45,29 @@ void PrintFailureText(const Failure& failure) {
 
 }  // namespace
 
+Failure WrongCommandLine(const std::string& message, const std::string& command) {
+  return {
+      kUsageError, message, "Run \"zemctl " + command + (command.empty() ? "" : " ") + "--help\".",
+      "",          "",      "",
+      ""};
+}
+
+Ending EndingOf(const std::string& command, const std::function<Ending()>& run) {
+  try {
+    return run();
+  } catch (const PartialFailure& partial) {
+    return {partial.failure(), true};
+  } catch (const CallFailure& failure) {
+    return {failure.failure(), false};
+  } catch (const ToolFailure& failure) {
+    return {failure.failure(), false};
+  } catch (const UsageError& error) {
+    return {WrongCommandLine(error.what(), command), false};
+  } catch (const std::exception& error) {
+    return {Failure{kInternalError, error.what(), "", "", "", "", ""}, false};
+  }
+}
+
 void ShowReport(const Options& options, const Report& report) {
   if (options.json) {
     PrintJson(stdout, Document(options, report));

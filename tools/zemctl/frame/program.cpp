@@ -28,13 +28,6 @@ std::string Footer() {
   return text;
 }
 
-Failure WrongCommandLine(const std::string& message, const std::string& command) {
-  return {
-      kUsageError, message, "Run \"zemctl " + command + (command.empty() ? "" : " ") + "--help\".",
-      "",          "",      "",
-      ""};
-}
-
 }  // namespace
 
 Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi.dll.", "zemctl") {
@@ -173,7 +166,7 @@ int Program::Run(std::vector<std::string> arguments) {
   }
   options_.command = NameOf(GivenCommand(app_));
   Report report = Report::object();
-  const Ending ending = EndingOf([&] { return RunAction(report); });
+  const Ending ending = EndingOf(options_.command, [&] { return RunAction(report); });
   if (!ending.failure) {
     ShowReport(options_, report);
   } else if (ending.reportStands) {
@@ -182,22 +175,6 @@ int Program::Run(std::vector<std::string> arguments) {
     ShowFailure(options_, *ending.failure);
   }
   return ending.code();
-}
-
-Program::Ending Program::EndingOf(const std::function<Ending()>& run) const {
-  try {
-    return run();
-  } catch (const PartialFailure& partial) {
-    return {partial.failure(), true};
-  } catch (const CallFailure& failure) {
-    return {failure.failure(), false};
-  } catch (const ToolFailure& failure) {
-    return {failure.failure(), false};
-  } catch (const UsageError& error) {
-    return {WrongCommandLine(error.what(), options_.command), false};
-  } catch (const std::exception& error) {
-    return {Failure{kInternalError, error.what(), "", "", "", "", ""}, false};
-  }
 }
 
 int Program::AnswerParseError(const CLI::ParseError& error) {
@@ -226,7 +203,7 @@ int Program::AnswerParseError(const CLI::ParseError& error) {
                        options_.command));
 }
 
-Program::Ending Program::RunAction(Report& report) {
+Ending Program::RunAction(Report& report) {
   ReplayScope replay(options_.replay);
   std::optional<SimulatorModule> simulator;
   if (options_.simulator) {
@@ -236,7 +213,7 @@ Program::Ending Program::RunAction(Report& report) {
   const InterruptGuard interrupt;
   TraceScope trace({options_.trace, options_.traceWithoutSerials, options_.words});
   const ComThread com;
-  Ending ending = EndingOf([&]() -> Ending {
+  Ending ending = EndingOf(options_.command, [&]() -> Ending {
     const int exitCode = chosen_(options_, report);
     if (exitCode == kDone) {
       return {};

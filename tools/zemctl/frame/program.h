@@ -30,6 +30,14 @@ struct Options {
   std::string replay;  // the trace that answers in place of the devices
 };
 
+// How a command ended.
+struct Ending {
+  std::optional<Failure> failure;
+  bool reportStands = true;
+
+  int code() const { return failure ? int{failure->code} : int{kDone}; }
+};
+
 class Program {
  public:
   Program();
@@ -64,16 +72,7 @@ class Program {
 
  private:
   int AnswerParseError(const CLI::ParseError& error);
-  // How the command ended.
-  struct Ending {
-    std::optional<Failure> failure;
-    bool reportStands = true;
-
-    int code() const { return failure ? int{failure->code} : int{kDone}; }
-  };
   Ending RunAction(Report& report);
-  // What `run` comes to, also where it throws.
-  Ending EndingOf(const std::function<Ending()>& run) const;
   int Fail(const Failure& failure) const;
 
   CLI::App app_;

@@ -5,6 +5,7 @@
 #include "tools/zemctl/camera/trace_scope.h"
 #include "tools/zemctl/frame/confirm.h"
 #include "tools/zemctl/frame/interrupt.h"
+#include "tools/zemctl/frame/outcome.h"
 #include "tools/zemctl/frame/results.h"
 #include "tools/zemctl/frame/side_by_side.h"
 
@@ -20,24 +21,8 @@ DeviceSelection Exactly(const SystemDevice& device) {
 // What came of one camera, written by its own thread.
 struct Outcome {
   Report report = Report::object();
-  Failure failure = {kDone, "", "", "", "", "", ""};
+  std::optional<Failure> failure;
 };
-
-// Everything that a command can end with.
-Failure FailureOf(const std::function<void()>& work) {
-  try {
-    work();
-    return {kDone, "", "", "", "", "", ""};
-  } catch (const PartialFailure& partial) {
-    return partial.failure();
-  } catch (const CallFailure& failure) {
-    return failure.failure();
-  } catch (const ToolFailure& failure) {
-    return failure.failure();
-  } catch (const std::exception& error) {
-    return {kInternalError, error.what(), "", "", "", "", ""};
-  }
-}
 
 Report OrNothing(const std::string& text) { return text.empty() ? Report() : Report(text); }
 
@@ -46,18 +31,19 @@ Report RowOf(const SystemDevice& device, const Outcome& outcome) {
     const auto field = outcome.report.find(name);
     return field != outcome.report.end() ? *field : Report();
   };
+  const Failure failure = outcome.failure.value_or(Failure{kDone, "", "", "", "", "", ""});
   return {{"name", device.name},
           {"place", device.place},
-          {"done", outcome.failure.code == kDone},
-          {"code", outcome.failure.code},
+          {"done", !outcome.failure},
+          {"code", failure.code},
           {"version before", told("version before")},
           {"version after", told("version after")},
           {"reported", told("reported")},
           {"verified", told("verified")},
           {"proof", told("proof")},
-          {"message", OrNothing(outcome.failure.message)},
-          {"camera state", OrNothing(outcome.failure.cameraState)},
-          {"next", OrNothing(outcome.failure.next)}};
+          {"message", OrNothing(failure.message)},
+          {"camera state", OrNothing(failure.cameraState)},
+          {"next", OrNothing(failure.next)}};
 }
 
 // Each thread has a trace of its own.
@@ -65,9 +51,7 @@ TraceOptions TraceOf(const Options& options, std::size_t index) {
   if (options.trace.empty()) {
     return {};
   }
-  return {options.trace + "." + std::to_string(index),
-          options.traceWithoutSerials,
-          {"update", "of camera " + std::to_string(index)}};
+  return {options.trace + "." + std::to_string(index), options.traceWithoutSerials, options.words};
 }
 
 std::string Question(const std::vector<SystemDevice>& cameras, const ImageUpdate& update) {
@@ -123,13 +107,21 @@ int UpdateSeveral(const Options& options, const std::vector<SystemDevice>& camer
       const SystemDevice& camera = cameras[index];
       Outcome& outcome = outcomes[index];
       Progress progress(options.json, camera.name + " at " + camera.place);
-      outcome.failure = FailureOf([&] {
-        const TraceScope trace(TraceOf(options, index));
-        std::optional<Session> session(std::in_place, Exactly(camera), Use::kWriting);
-        CarryOut(session, update, progress, outcome.report);
-      });
-      if (outcome.failure.code != kDone) {
-        progress.Say(outcome.failure.message);
+      outcome.failure =
+          EndingOf(options.command, [&]() -> Ending {
+            TraceScope trace(TraceOf(options, index));
+            Ending ending = EndingOf(options.command, [&]() -> Ending {
+              std::optional<Session> session(std::in_place, Exactly(camera), Use::kWriting);
+              CarryOut(session, update, progress, outcome.report);
+              return {};
+            });
+            if (auto untold = trace.End(ending.code()); untold && !ending.failure) {
+              ending.failure = std::move(untold);
+            }
+            return ending;
+          }).failure;
+      if (outcome.failure) {
+        progress.Say(outcome.failure->message);
       }
     });
   }
@@ -141,7 +133,7 @@ int UpdateSeveral(const Options& options, const std::vector<SystemDevice>& camer
   }
   report["cameras"] = rows;
   const auto failed = std::count_if(outcomes.begin(), outcomes.end(), [](const Outcome& outcome) {
-    return outcome.failure.code != kDone;
+    return outcome.failure.has_value();
   });
   if (failed > 0) {
     throw PartialFailure(
