@@ -59,3 +59,30 @@ head -c 100 /dev/zero >$work/image.bin
 document 11 'd["error"]["message"] == "nothing was done"' --json $sim update calibration $work/image.bin
 document 9 'd["error"]["result"] is None' --json $sim --yes update calibration $work/nothing.bin
 document 3 'd["command"] == "list"' --json list
+
+# Ctrl-C in the middle of a burn, once the trace shows that it has begun.
+head -c 2048 /dev/zero >$work/image.bin
+rm -f $work/trace
+python3 - $tool $work <<'PYTHON'
+import json, os, signal, subprocess, sys, time
+tool, work = sys.argv[1:]
+options = '{"cameras":[{"chip":"516x","burnPolls":500}]}'
+run = subprocess.Popen(
+    ["wine", tool, "--json", "--simulator", "--yes", "--simulator-options", options, "--trace", f"{work}/trace",
+     "update", "calibration", f"{work}/image.bin"],
+    stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+    preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+deadline = time.monotonic() + 30
+def lines():
+    return open(f"{work}/trace").read().count("\n") if os.path.exists(f"{work}/trace") else 0
+while lines() < 20 and run.poll() is None and time.monotonic() < deadline:
+    time.sleep(0.02)
+run.send_signal(signal.SIGINT)
+output, _ = run.communicate(timeout=60)
+document = json.loads(output)
+error = document["error"]
+if (run.returncode, error["code"], document["command"]) != (12, 12, "update calibration"):
+    sys.exit(f"stopped: status {run.returncode}, {output.decode()}")
+if not error["camera_state"] or not error["next"]:
+    sys.exit(f"neither state nor next step: {error}")
+PYTHON

@@ -23,11 +23,6 @@ with_boot() {
 
 blank() { rm -f $flash $memory; }
 
-# says TEXT: the last run's output has it too.
-says() {
-  tr -d '\r' <$out | grep -qF -- "$1" || { echo "no \"$1\" in:"; cat $out; exit 1; }
-}
-
 # stored FILE FROM SIZE AT: SIZE bytes of FILE from FROM on stand in the flash at AT.
 stored() {
   cmp -n "$3" -i "$2:$4" "$1" $flash || { echo "the flash differs from $1"; exit 1; }
