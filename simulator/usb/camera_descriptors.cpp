@@ -5,6 +5,7 @@
 
 #include "platform/bytes.h"
 #include "simulator/standard_controls.h"
+#include "simulator/usb/unit_controls.h"
 
 namespace zem::simulator::usb {
 namespace {
@@ -212,8 +213,8 @@ Bytes DescribeStreaming(std::uint8_t outputTerminal) {
 
 }  // namespace
 
-CameraDescriptors DescribeCamera(const CameraOptions& options) {
-  CameraDescriptors camera;
+DeviceDescriptors DescribeCamera(const CameraOptions& options) {
+  DeviceDescriptors camera;
   Block device = {descriptor_type::kDevice};
   device.Add16(0x0200);
   // An interface association in a class that says so.
@@ -241,19 +242,6 @@ CameraDescriptors DescribeCamera(const CameraOptions& options) {
                               interfaces.bytes().end());
   camera.strings = {"ZEM", options.name, "0000000000000000"};
   return camera;
-}
-
-Bytes DescribeText(const std::string& text) {
-  constexpr std::size_t kMostCharacters = 126;
-  Block block = {descriptor_type::kString};
-  for (const char character : text.substr(0, kMostCharacters)) {
-    block.Add({static_cast<std::uint8_t>(character), 0});
-  }
-  return block.Descriptor();
-}
-
-Bytes DescribeLanguages() {
-  return {4, descriptor_type::kString, 0x09, 0x04};  // English
 }
 
 }  // namespace zem::simulator::usb

@@ -2,25 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <vector>
 
 #include "simulator/options.h"
-#include "simulator/usb/unit_controls.h"
+#include "simulator/usb/standard_requests.h"
 
 namespace zem::simulator::usb {
-
-using Bytes = std::vector<std::uint8_t>;
-
-// Types of the descriptors that a host asks for.
-namespace descriptor_type {
-
-inline constexpr std::uint8_t kDevice = 0x01;
-inline constexpr std::uint8_t kConfiguration = 0x02;
-inline constexpr std::uint8_t kString = 0x03;
-inline constexpr std::uint8_t kQualifier = 0x06;
-
-}  // namespace descriptor_type
 
 // Ids of the camera's entities. Those of its extension units follow that of the processing unit in
 // the order of the model's nodes; the output terminal's is behind the last.
@@ -44,18 +30,6 @@ inline constexpr std::uint32_t kFrameInterval = 333333;  // of 100 ns
 // The most bytes of a picture that go in one payload, with its header.
 inline constexpr std::uint32_t kPayloadSize = 16384;
 
-struct CameraDescriptors {
-  Bytes device;
-  Bytes configuration;               // with all that belongs to it
-  Bytes qualifier;                   // of the other speed
-  std::vector<std::string> strings;  // by index from 1: maker, product, serial number
-};
-
-CameraDescriptors DescribeCamera(const CameraOptions& options);
-
-// A string descriptor of ASCII text, cut to what one holds.
-Bytes DescribeText(const std::string& text);
-// The languages that texts are in.
-Bytes DescribeLanguages();
+DeviceDescriptors DescribeCamera(const CameraOptions& options);
 
 }  // namespace zem::simulator::usb

@@ -10,25 +10,6 @@
 namespace zem::simulator::usb {
 namespace {
 
-// Kinds of a request, and whom it is for.
-constexpr std::uint8_t kKindMask = 0x60;
-constexpr std::uint8_t kStandardKind = 0x00;
-constexpr std::uint8_t kClassKind = 0x20;
-constexpr std::uint8_t kTargetMask = 0x1F;
-constexpr std::uint8_t kToInterface = 0x01;
-constexpr std::uint8_t kIn = 0x80;
-
-// Standard requests.
-constexpr std::uint8_t kGetStatus = 0;
-constexpr std::uint8_t kClearFeature = 1;
-constexpr std::uint8_t kSetFeature = 3;
-constexpr std::uint8_t kSetAddress = 5;
-constexpr std::uint8_t kGetDescriptor = 6;
-constexpr std::uint8_t kGetConfiguration = 8;
-constexpr std::uint8_t kSetConfiguration = 9;
-constexpr std::uint8_t kGetInterface = 10;
-constexpr std::uint8_t kSetInterface = 11;
-
 // Controls of the interfaces themselves.
 constexpr std::uint8_t kRequestErrorCode = 0x02;
 constexpr std::uint8_t kProbe = 0x01;
@@ -78,72 +59,20 @@ Answer AnswerOf(Outcome outcome, Bytes data) {
 UsbCamera::UsbCamera(const CameraOptions& options, std::shared_ptr<Camera> camera)
     : options_(options),
       camera_(std::move(camera)),
-      descriptors_(DescribeCamera(options)),
+      standard_(DescribeCamera(options)),
       units_(DescribeUnits(options)) {}
 
 Answer UsbCamera::Control(const SetupPacket& setup, std::span<const std::uint8_t> data) {
   if (isGone()) {
     return Answer::Gone();
   }
-  const std::uint8_t kind = setup[0] & kKindMask;
   Answer answer = Answer::Stalled(StallReason::kInvalidRequest);
-  if (kind == kStandardKind) {
-    answer = Standard(setup);
-  } else if (kind == kClassKind && (setup[0] & kTargetMask) == kToInterface) {
+  if (IsStandard(setup)) {
+    answer = standard_.Request(setup);
+  } else if (IsOfClass(setup)) {
     answer = Video(setup, data);
   }
-  const std::size_t asked = (setup[0] & kIn) != 0 ? LoadLe16(&setup[6]) : 0;
-  answer.data.resize(std::min(answer.data.size(), asked));
-  return answer;
-}
-
-Answer UsbCamera::Standard(const SetupPacket& setup) {
-  switch (setup[1]) {
-    case kGetDescriptor:
-      return Describe(setup[3], setup[2]);
-    case kGetStatus:
-      return Answer::Done({0, 0});
-    case kGetConfiguration:
-      return Answer::Done({configuration_});
-    case kSetConfiguration:
-      if (setup[2] > 1) {
-        return Answer::Stalled(StallReason::kInvalidRequest);
-      }
-      configuration_ = setup[2];
-      return Answer::Done();
-    case kGetInterface:
-      return Answer::Done({0});
-    case kSetInterface:
-      // Each interface has one setting.
-      return setup[2] == 0 && setup[4] <= kStreamingInterface
-                 ? Answer::Done()
-                 : Answer::Stalled(StallReason::kInvalidRequest);
-    case kClearFeature:
-    case kSetFeature:
-    case kSetAddress:
-      return Answer::Done();
-    default:
-      return Answer::Stalled(StallReason::kInvalidRequest);
-  }
-}
-
-Answer UsbCamera::Describe(std::uint8_t type, std::uint8_t index) const {
-  if (type == descriptor_type::kDevice && index == 0) {
-    return Answer::Done(descriptors_.device);
-  }
-  if (type == descriptor_type::kConfiguration && index == 0) {
-    return Answer::Done(descriptors_.configuration);
-  }
-  if (type == descriptor_type::kQualifier && index == 0) {
-    return Answer::Done(descriptors_.qualifier);
-  }
-  if (type == descriptor_type::kString && index == 0) {
-    return Answer::Done(DescribeLanguages());
-  }
-  if (type == descriptor_type::kString && index <= descriptors_.strings.size()) {
-    return Answer::Done(DescribeText(descriptors_.strings[index - 1U]));
-  }
-  return Answer::Stalled(StallReason::kInvalidRequest);
+  return CutToRequest(setup, std::move(answer));
 }
 
 Answer UsbCamera::Video(const SetupPacket& setup, std::span<const std::uint8_t> data) {

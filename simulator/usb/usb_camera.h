@@ -2,7 +2,6 @@
 // its picture. It knows no transport. One thread at a time.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -11,12 +10,10 @@
 #include "simulator/options.h"
 #include "simulator/usb/camera_descriptors.h"
 #include "simulator/usb/control_requests.h"
+#include "simulator/usb/standard_requests.h"
 #include "simulator/usb/unit_controls.h"
 
 namespace zem::simulator::usb {
-
-// A control transfer's eight bytes.
-using SetupPacket = std::array<std::uint8_t, 8>;
 
 class UsbCamera {
  public:
@@ -34,22 +31,19 @@ class UsbCamera {
   // Begins the stream anew, with the frame `frame`.
   void RestartStream(std::uint32_t frame = 0);
 
-  const CameraDescriptors& descriptors() const { return descriptors_; }
+  const DeviceDescriptors& descriptors() const { return standard_.descriptors(); }
   bool isGone() const { return camera_->unplugged(); }
-  std::uint8_t configuration() const { return configuration_; }
+  std::uint8_t configuration() const { return standard_.configuration(); }
 
  private:
-  Answer Standard(const SetupPacket& setup);
-  Answer Describe(std::uint8_t type, std::uint8_t index) const;
   Answer Video(const SetupPacket& setup, std::span<const std::uint8_t> data);
   Answer RequestUnit(std::size_t unit, const ControlRequest& request);
   Answer RequestStream(const ControlRequest& request);
 
   CameraOptions options_;
   std::shared_ptr<Camera> camera_;
-  CameraDescriptors descriptors_;
+  StandardRequests standard_;
   std::vector<DescribedUnit> units_;
-  std::uint8_t configuration_ = 0;
   StallReason lastReason_ = StallReason::kNone;
   std::uint32_t frame_ = 0;
   Bytes picture_;

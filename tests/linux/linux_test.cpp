@@ -112,6 +112,8 @@ int FakeCamera::Query(void* argument) {
     control.value.assign(query.data, query.data + query.size);
     return 0;
   }
+  // Of a short answer the kernel hands out its whole buffer.
+  std::fill_n(query.data, query.size, std::uint8_t{0});
   std::copy(control.value.begin(), control.value.end(), query.data);
   return control.value.size() == control.length ? 0 : static_cast<int>(control.value.size());
 }

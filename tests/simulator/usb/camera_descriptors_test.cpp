@@ -13,12 +13,12 @@ using zem::platform::ReadVideoTopology;
 using zem::platform::VideoTopology;
 using zem::simulator::CameraOptions;
 using zem::simulator::usb::Bytes;
-using zem::simulator::usb::CameraDescriptors;
 using zem::simulator::usb::DescribeCamera;
 using zem::simulator::usb::DescribeLanguages;
 using zem::simulator::usb::DescribeText;
+using zem::simulator::usb::DeviceDescriptors;
 
-VideoTopology Topology(const CameraDescriptors& camera) {
+VideoTopology Topology(const DeviceDescriptors& camera) {
   Bytes all = camera.device;
   all.insert(all.end(), camera.configuration.begin(), camera.configuration.end());
   VideoTopology topology;
@@ -30,7 +30,7 @@ TEST(CameraDescriptorsTest, TheDeviceLiterally) {
   CameraOptions options;
   options.vendorId = 0x1234;
   options.productId = 0x5678;
-  const CameraDescriptors camera = DescribeCamera(options);
+  const DeviceDescriptors camera = DescribeCamera(options);
   EXPECT_EQ(camera.device,
             (Bytes{18, 1, 0, 2, 0xEF, 2, 1, 64, 0x34, 0x12, 0x78, 0x56, 0, 1, 1, 2, 3, 1}));
   EXPECT_EQ(camera.qualifier, (Bytes{10, 6, 0, 2, 0xEF, 2, 1, 64, 1, 0}));
@@ -76,7 +76,7 @@ TEST(CameraDescriptorsTest, EveryUnitInTheOrderOfTheModel) {
   options.encodingUnit = true;
   options.streamProbeUnit = true;
   options.tirellaUnit = true;
-  const CameraDescriptors camera = DescribeCamera(options);
+  const DeviceDescriptors camera = DescribeCamera(options);
   const VideoTopology topology = Topology(camera);
   ASSERT_EQ(topology.count, 10U);
   const GUID kUnits[] = {zem::VendorXu,       zem::H264Xu,        zem::SkypeXu,  zem::OrvaXu,
