@@ -114,11 +114,15 @@ class PassThrough {
       return ErrorOfErrno(sent);
     }
     header_.ScsiStatus = request.status;
-    header_.SenseInfoLength = request.sb_len_wr;
-    header_.DataTransferLength -= static_cast<std::uint32_t>(
-        std::clamp<std::int64_t>(request.resid, 0, std::int64_t{header_.DataTransferLength}));
+    const std::uint32_t error = ErrorOf(request).value_or(0);
+    if (error == 0) {
+      header_.SenseInfoLength = request.sb_len_wr;
+      header_.DataTransferLength -= static_cast<std::uint32_t>(
+          std::clamp<std::int64_t>(request.resid, 0, std::int64_t{header_.DataTransferLength}));
+    }
+    // What failed keeps its lengths: the caller may send the same block again.
     std::memcpy(block_, &header_, sizeof(header_));
-    return ErrorOf(request).value_or(0);
+    return error;
   }
 
  private:

@@ -184,7 +184,7 @@ TEST_F(VolumesTest, DirectRequestsLiterally) {
   EXPECT_EQ(none.header.dxferp, nullptr);
 }
 
-TEST_F(VolumesTest, SenseAndResidueComeBackWithAFailure) {
+TEST_F(VolumesTest, StatusAndSenseComeBackWithAFailureAndTheLengthsStay) {
   const auto generic = AddGeneric(0);
   generic->status = 2;
   generic->driverStatus = 8;
@@ -196,8 +196,8 @@ TEST_F(VolumesTest, SenseAndResidueComeBackWithAFailure) {
   EXPECT_FALSE(platform::ControlVolume(volume, 0x4D004, &request, 56, 92 + 16));
   EXPECT_EQ(platform::LastError(), 1117U);
   EXPECT_EQ(request.header.ScsiStatus, 2);
-  EXPECT_EQ(request.header.SenseInfoLength, 14);
-  EXPECT_EQ(request.header.DataTransferLength, 2U);
+  EXPECT_EQ(request.header.SenseInfoLength, 24);
+  EXPECT_EQ(request.header.DataTransferLength, 16U);
   EXPECT_EQ(Bytes(request.sense, request.sense + 15),
             (Bytes{0x70, 0, 5, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0x24, 0, 0}));
   platform::CloseVolume(volume);
@@ -326,6 +326,24 @@ TEST_F(VolumesTest, TheBootLoaderIsFound) {
   EXPECT_EQ(kernel.openFiles(), 2);
   kernel.Close(3);
   kernel.Close(4);
+}
+
+// A real kernel told a failed command's residue, and the next attempt asked for nothing.
+TEST_F(VolumesTest, EveryAttemptIsTheSame) {
+  const auto loader = AddGeneric(0);
+  zem::UsbScsiCmd command;
+  command.volume = platform::OpenVolume(LR"(\\.\C:)");
+  loader->hostStatus = 7;
+  loader->residue = 4;
+  zem::VendorCdb cdb = {};
+  Bytes data(4);
+  EXPECT_EQ(command.SendScsiCmd(1, zem::kDataIn, 4, cdb.data(), data.data()), 0);
+  ASSERT_EQ(loader->requests.size(), 6U);
+  for (const auto& request : loader->requests) {
+    EXPECT_EQ(request.header.dxfer_direction, -3);
+    EXPECT_EQ(request.header.dxfer_len, 4U);
+    EXPECT_EQ(request.header.mx_sb_len, 24);
+  }
 }
 
 // Only a general failure is tried again; an unplugged device is reported at once.
