@@ -19,7 +19,7 @@ struct Fault {
     kDrop,     // a write succeeds and never arrives; a boot loader has no such fault
     kUnplug,   // the camera is gone from this transfer on
     kReplug,   // the camera is gone, and has been plugged in again as a new one; a boot loader has
-              // no such fault
+               // no such fault
   };
 
   Kind kind = Kind::kFail;
