@@ -21,6 +21,7 @@ Transfer Made(const GUID& unit, std::uint32_t selector, bool isSet, HRESULT resu
   transfer.selector = selector;
   transfer.isSet = isSet;
   transfer.length = 8;
+  transfer.moved = FAILED(result) ? 0 : 8;
   transfer.result = result;
   return transfer;
 }
@@ -50,6 +51,29 @@ TEST(JudgementTest, TheFirstFailedTransferIsTheLoss) {
   ASSERT_TRUE(loss);
   EXPECT_EQ(loss->selector, 2U);
   EXPECT_EQ(loss->result, kStall);
+}
+
+Transfer Short(Transfer transfer) {
+  transfer.moved = 7;
+  return transfer;
+}
+
+TEST(JudgementTest, AnAnswerThatIsTooShortIsALoss) {
+  const auto loss = FindLoss("ZEMAPI_GetRegister", std::vector{Set(1, S_OK), Short(Get(2, S_OK))});
+  ASSERT_TRUE(loss);
+  EXPECT_EQ(FailureOf(*loss), "it brought 7 of 8 bytes");
+  // What is written is not counted by what was moved, and a standard control moves no bytes.
+  EXPECT_FALSE(HasLoss("ZEMAPI_SetRegister", {Short(Set(1, S_OK))}));
+  Transfer control = Short(Get(4, S_OK));
+  control.unit = zem::IID_IAMCameraControl;
+  EXPECT_FALSE(HasLoss("ZEMAPI_GetCameraControl", {control}));
+  // Where the length is what is asked for.
+  EXPECT_FALSE(HasLoss("ZEMAPI_UpdateFlash", {Short(Get(13, S_OK)), Set(3, S_OK)}));
+  EXPECT_FALSE(HasLoss("ZEMAPI_ReadFWData", {Short(Get(3, S_OK)), Get(3, S_OK)}));
+  EXPECT_TRUE(HasLoss("ZEMAPI_ReadFWData", {Get(3, S_OK), Short(Get(3, S_OK))}));
+  // Nobody tries again because of it.
+  EXPECT_TRUE(HasLoss("ZEMAPI_UpdateFW_516x", {Short(Get(5, S_OK)), Get(5, S_OK)}));
+  EXPECT_TRUE(HasLoss("ZEMAPI_ReadPartialFlashData", {Short(Get(8, S_OK)), Get(8, S_OK)}));
 }
 
 TEST(JudgementTest, TheSpeedMayBeUnknown) {

@@ -23,7 +23,10 @@ struct MayFail {
   When when;
 };
 
-// The transfers that may fail although the call did what it reports.
+bool IsLost(const Transfer& transfer) { return transfer.hasFailed() || transfer.isShort(); }
+
+// The transfers that may fail, or bring less than was asked for, although the call did what it
+// reports.
 const std::array kMayFail = std::to_array<MayFail>({
     // Asks whether there is a 512-byte data control; without an answer the shorter one is used.
     {"", zem::VendorXu, zem::vendor_selector::kFastBulkData, false, When::kAlways},
@@ -71,7 +74,7 @@ bool WentWellLater(std::span<const Transfer> transfers, std::size_t index) {
         (failed.isSet && next.bytes != failed.bytes)) {
       return false;
     }
-    if (!next.hasFailed()) {
+    if (!IsLost(next)) {
       return true;
     }
   }
@@ -94,7 +97,8 @@ bool Excuses(const MayFail& entry, std::string_view function, std::span<const Tr
     case When::kIfAbsent:
       return !failed.isAddressed || IsUnknownControl(failed.result);
     case When::kRepeated:
-      return WentWellLater(transfers, index);
+      // Nobody tries again because an answer was too short.
+      return failed.hasFailed() && WentWellLater(transfers, index);
   }
   return false;
 }
@@ -103,7 +107,7 @@ bool Excuses(const MayFail& entry, std::string_view function, std::span<const Tr
 
 std::optional<Transfer> FindLoss(std::string_view function, std::span<const Transfer> transfers) {
   for (std::size_t index = 0; index < transfers.size(); ++index) {
-    if (transfers[index].hasFailed() &&
+    if (IsLost(transfers[index]) &&
         std::none_of(kMayFail.begin(), kMayFail.end(), [&](const MayFail& entry) {
           return Excuses(entry, function, transfers, index);
         })) {

@@ -47,9 +47,10 @@ HRESULT WINAPI CreateInstance(REFCLSID classId, LPUNKNOWN outer, DWORD context, 
   return devices->QueryInterface(iid, object);
 }
 
-// Nothing is to be waited for in a trace.
 void WINAPI SleepUnlessReplayed(DWORD milliseconds) {
-  if (!ThreadReplay()) {
+  if (const auto replay = ThreadReplay()) {
+    replay->Wait(milliseconds);
+  } else {
     sleepBefore(milliseconds);
   }
 }

@@ -30,6 +30,10 @@ class Replay : public VolumeSource {
   // The time of the line that answered last.
   std::uint64_t milliseconds() const { return milliseconds_; }
 
+  // The time that was waited for, which is not the trace's.
+  std::uint64_t waited() const { return waited_; }
+  void Wait(std::uint32_t milliseconds) { waited_ += milliseconds; }
+
   // The devices of a category, as they are listed next.
   TracedDevices ListDevices(bool isAudio);
 
@@ -74,6 +78,7 @@ class Replay : public VolumeSource {
   std::map<std::string, Answers> questions_;
   std::optional<std::string> difference_;
   std::uint64_t milliseconds_ = 0;
+  std::uint64_t waited_ = 0;
 };
 
 // A device object that answers from the trace.

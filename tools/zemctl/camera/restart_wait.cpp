@@ -1,11 +1,10 @@
 #include "tools/zemctl/camera/restart_wait.h"
 
-#include <windows.h>
-
 #include <algorithm>
 
 #include "tools/zemctl/camera/firmware_version.h"
 #include "tools/zemctl/camera/session.h"
+#include "tools/zemctl/camera/waiting.h"
 #include "tools/zemctl/frame/interrupt.h"
 
 namespace zemctl {
@@ -41,7 +40,7 @@ std::optional<SystemDevice> FindAgain(const SystemDevice& before) {
 
 std::string WaitForRestart(const SystemDevice& before, const std::string& versionBefore,
                            unsigned seconds) {
-  const ULONGLONG end = GetTickCount64() + 1000ULL * seconds;
+  const std::uint64_t end = WaitingClock() + 1000ULL * seconds;
   bool hasLeft = false;
   for (;;) {
     const std::optional<SystemDevice> device = FindAgain(before);
@@ -54,10 +53,10 @@ std::string WaitForRestart(const SystemDevice& before, const std::string& versio
       throw Stopped("the burn is done; it was not seen again since",
                     "look for it with \"zemctl list\".");
     }
-    if (GetTickCount64() >= end) {
+    if (WaitingClock() >= end) {
       break;
     }
-    Sleep(kLookMilliseconds);
+    Wait(kLookMilliseconds);
   }
   const std::string time = "within " + std::to_string(seconds) + " s";
   if (hasLeft) {

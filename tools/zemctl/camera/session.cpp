@@ -12,7 +12,10 @@
 #include "tools/zemctl/camera/extension_unit_names.h"
 #include "tools/zemctl/camera/judgement.h"
 #include "tools/zemctl/camera/only_device.h"
+#include "tools/zemctl/camera/replay.h"
 #include "tools/zemctl/camera/required_unit.h"
+#include "tools/zemctl/camera/trace.h"
+#include "tools/zemctl/camera/waiting.h"
 #include "tools/zemctl/camera/watched_camera.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/interrupt.h"
@@ -31,6 +34,15 @@ std::string NextAfter(const Transfer& loss) {
     return "Check the values: the camera does not take one of them.";
   }
   return "Run this command once more; if it fails again, check the values, then the cable.";
+}
+
+// In step with the trace, so that a replay finds a camera gone when the recorded run did.
+std::uint64_t TransferClock() {
+  if (const auto replay = ThreadReplay()) {
+    return replay->milliseconds();
+  }
+  const auto trace = ThreadTrace();
+  return trace ? trace->milliseconds() : SteadyClock();
 }
 
 // A lost transfer counts more than any result but one that says that a transfer failed.
@@ -131,8 +143,7 @@ Session::Session(const DeviceSelection& selection, Use use) : Session(Find(selec
 
 Session::Session(FoundCamera camera)
     : device_(std::move(camera.device)),
-      record_(std::make_shared<TransferRecord>([] { return std::uint64_t{GetTickCount64()}; },
-                                               StopRequested)),
+      record_(std::make_shared<TransferRecord>(TransferClock, StopRequested)),
       object_(Watch(std::move(camera.object), record_)) {
   // Closing gives one back, and opening this way takes none.
   static_cast<void>(CoInitialize(nullptr));

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "tools/zemctl/camera/waiting.h"
 #include "tools/zemctl/frame/bytes.h"
 
 namespace zemctl {
@@ -30,8 +31,7 @@ std::string TextOf(const TraceEvent& event) { return FormatTraceLine({0, event})
 
 }  // namespace
 
-Trace::Trace(OpenedFile file, TracedRun run)
-    : file_(std::move(file)), start_(std::chrono::steady_clock::now()) {
+Trace::Trace(OpenedFile file, TracedRun run) : file_(std::move(file)), start_(SteadyClock()) {
   // A line is written at once, so that a program that is killed leaves whole lines.
   constexpr std::size_t kLongerThanALine = 1U << 20;
   static_cast<void>(std::setvbuf(file_.get(), nullptr, _IOFBF, kLongerThanALine));
@@ -45,10 +45,8 @@ void Trace::Write(TraceEvent event) {
   if (serials_) {
     serials_->TakeOut(event);
   }
-  const auto since = std::chrono::steady_clock::now() - start_;
-  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(since).count();
-  const std::string line =
-      FormatTraceLine({static_cast<std::uint64_t>(milliseconds), std::move(event)}) + "\n";
+  milliseconds_ = SteadyClock() - start_;
+  const std::string line = FormatTraceLine({milliseconds_, std::move(event)}) + "\n";
   isWhole_ = std::fwrite(line.data(), 1, line.size(), file_.get()) == line.size() &&
              std::fflush(file_.get()) == 0 && isWhole_;
 }

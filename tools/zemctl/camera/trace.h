@@ -1,7 +1,6 @@
 // What passes between the tool and the devices, written to a file as it happens.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <map>
@@ -33,6 +32,9 @@ class Trace {
   // The number of the device with this display name.
   std::uint32_t CameraOf(const std::string& path);
 
+  // The time of the last line.
+  std::uint64_t milliseconds() const { return milliseconds_; }
+
   // Whether all of it could be written.
   bool isWhole() const { return isWhole_; }
 
@@ -47,12 +49,13 @@ class Trace {
   static bool IsNew(Answers& answers, const std::string& answer, std::uint64_t& number);
 
   OpenedFile file_;
-  std::chrono::steady_clock::time_point start_;
+  std::uint64_t start_;
   std::unique_ptr<SerialFilter> serials_;  // when they are left out
   std::map<std::string, std::uint32_t> cameras_;
   std::map<Question, Answers> lookups_;
   std::map<bool, Answers> devices_;
   std::map<std::string, Answers> volumes_;
+  std::uint64_t milliseconds_ = 0;
   bool isWhole_ = true;
 };
 

@@ -117,6 +117,10 @@ std::string NameOf(const Transfer& transfer) {
 }
 
 std::string FailureOf(const Transfer& transfer) {
+  if (transfer.isShort()) {
+    return "it brought " + std::to_string(transfer.moved) + " of " +
+           std::to_string(transfer.length) + " bytes";
+  }
   std::array<char, 16> code = {};
   std::snprintf(code.data(), code.size(), " (0x%08X)", static_cast<unsigned>(transfer.result));
   const char* meaning = "the transfer failed";

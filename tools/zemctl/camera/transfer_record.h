@@ -29,6 +29,10 @@ struct Transfer {
   HRESULT result = S_OK;
 
   bool hasFailed() const { return FAILED(result); }
+  // It went well, and brought less than was asked for.
+  bool isShort() const {
+    return !hasFailed() && isAddressed && !isSet && !isStandardControl() && moved < length;
+  }
   // Of a standard control or a microphone's level: it moves values, no bytes.
   bool isStandardControl() const {
     return unit == zem::IID_IAMVideoProcAmp || unit == zem::IID_IAMCameraControl ||

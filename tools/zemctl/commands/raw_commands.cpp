@@ -1,7 +1,9 @@
 // zemctl command, zemctl xu get, zemctl xu set, zemctl xu check
 #include <objbase.h>
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "tools/zemctl/camera/extension_unit_names.h"
 #include "tools/zemctl/frame/bytes.h"
@@ -69,14 +71,27 @@ int GetUnitControl(const Options& options, const RawArguments& arguments, Report
   std::vector<unsigned char> data(arguments.length);
   ZemULong moved = 0;
   const Session session(options.device, Use::kReading);
-  session.Call("ZEMAPI_UvcExtGet", [&](void* device) {
-    return ZEMAPI_UvcExtGet(device, &unit, arguments.selector, data.data(),
-                            static_cast<ZemULong>(data.size()), &moved);
-  });
+  std::optional<Failure> shortAnswer;
+  try {
+    session.Call("ZEMAPI_UvcExtGet", [&](void* device) {
+      return ZEMAPI_UvcExtGet(device, &unit, arguments.selector, data.data(),
+                              static_cast<ZemULong>(data.size()), &moved);
+    });
+  } catch (const CallFailure& failure) {
+    if (failure.result() < 0 || moved == 0) {
+      throw;
+    }
+    // The control has fewer bytes than were asked for: those are shown.
+    shortAnswer = failure.failure();
+  }
+  data.resize(std::min<std::size_t>(data.size(), moved));
   report["unit"] = GuidText(unit);
   report["selector"] = arguments.selector;
   report["bytes moved"] = moved;
   report["data"] = HexText(data);
+  if (shortAnswer) {
+    throw PartialFailure(*shortAnswer);
+  }
   return kDone;
 }
 

@@ -1,9 +1,8 @@
 // zemctl table list, zemctl table read, zemctl table write, zemctl table dump, zemctl table init
-#include <windows.h>
-
 #include <array>
 #include <memory>
 
+#include "tools/zemctl/camera/waiting.h"
 #include "tools/zemctl/commands/comparison.h"
 #include "tools/zemctl/commands/payload.h"
 #include "tools/zemctl/frame/bytes.h"
@@ -227,7 +226,7 @@ std::vector<unsigned char> ReadImageFile(const std::string& path, Report& report
 void AwaitIdle(const Session& session) {
   constexpr unsigned short kStatusSelector = 5;
   constexpr unsigned char kFailed = 0x82;
-  constexpr DWORD kPollMilliseconds = 30;
+  constexpr unsigned kPollMilliseconds = 30;
   constexpr int kPolls = 1000;
   for (int poll = 0; poll < kPolls; ++poll) {
     std::array<unsigned char, 8> status = {};
@@ -243,7 +242,7 @@ void AwaitIdle(const Session& session) {
       throw ToolFailure(kCameraRefused, "the camera reports that it could not write the tables",
                         "Check its table store with \"zemctl table list\".");
     }
-    Sleep(kPollMilliseconds);
+    Wait(kPollMilliseconds);
   }
   throw ToolFailure(kCameraRefused, "the camera is still busy after half a minute",
                     "Check its table store with \"zemctl table list\".");

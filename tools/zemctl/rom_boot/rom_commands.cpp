@@ -78,6 +78,8 @@ int Reset(const Options& /*options*/, const PlainArguments& arguments, RomWatch&
 
 // ---- What it is ----
 
+constexpr std::size_t kIdentitySize = 16;
+
 int ShowInfo(const Options& /*options*/, const PlainArguments& arguments, RomWatch& watch,
              Report& report) {
   const RomSession session = RomSession::Open(watch, arguments.selection);
@@ -85,7 +87,16 @@ int ShowInfo(const Options& /*options*/, const PlainArguments& arguments, RomWat
   if (session.kind() == RomKind::kBootLoader) {
     report["signature"] = session.volume().Signature();
   }
-  report["identity"] = HexText(session.volume().identity);
+  const auto& identity = session.volume().identity;
+  report["identity"] = HexText(identity);
+  if (identity.size() < kIdentitySize) {
+    throw PartialFailure(ToolFailure(kTransferFailed,
+                                     "the camera told " + std::to_string(identity.size()) + " of " +
+                                         std::to_string(kIdentitySize) + " bytes of its identity",
+                                     "Run this command once more; if it fails again, check the "
+                                     "cable.")
+                             .failure());
+  }
   return kDone;
 }
 

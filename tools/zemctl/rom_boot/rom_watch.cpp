@@ -1,23 +1,16 @@
 #include "tools/zemctl/rom_boot/rom_watch.h"
 
 #include <algorithm>
-#include <chrono>
 #include <optional>
-#include <thread>
 #include <utility>
 
 #include "include/ZemUVCExtApi.h"
+#include "tools/zemctl/camera/waiting.h"
 #include "tools/zemctl/frame/interrupt.h"
 #include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
 namespace {
-
-std::uint64_t Milliseconds() {
-  return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(
-                                        std::chrono::steady_clock::now().time_since_epoch())
-                                        .count());
-}
 
 // A word of a command line, as a shell takes it.
 std::string Quoted(const std::string& word) {
@@ -34,7 +27,7 @@ std::string Quoted(const std::string& word) {
 }  // namespace
 
 RomWatch::RomWatch(const Options& options)
-    : options_(options), record_(Milliseconds, StopRequested), volumes_(record_) {
+    : options_(options), record_(WaitingClock, StopRequested), volumes_(record_) {
   record_.AddObserver([this](const ScsiCommand& command) {
     trail_.OnCommand(command);
     if (observer_) {
@@ -117,7 +110,7 @@ void RomWatch::Pause(std::uint32_t milliseconds) const {
   constexpr std::uint32_t kStep = 50;
   for (std::uint32_t passed = 0; passed < milliseconds; passed += kStep) {
     ThrowIfStopped();
-    std::this_thread::sleep_for(std::chrono::milliseconds(std::min(kStep, milliseconds - passed)));
+    Wait(std::min(kStep, milliseconds - passed));
   }
   ThrowIfStopped();
 }

@@ -1,0 +1,39 @@
+#include "tests/zemctl/sweep/virtual_time.h"
+
+#include <windows.h>
+
+#include <atomic>
+
+#include "simulator/windows/import_hook.h"
+
+namespace {
+
+using zem::simulator::AsImport;
+using zem::simulator::HeldModule;
+using zem::simulator::ImportHook;
+
+std::atomic<std::uint64_t> now = 1000;
+
+void WINAPI PassTime(DWORD milliseconds) { now += milliseconds; }
+DWORD WINAPI LibraryClock() { return static_cast<DWORD>(now); }
+BOOL WINAPI ProgramClock(LARGE_INTEGER* count) {
+  LARGE_INTEGER frequency;
+  QueryPerformanceFrequency(&frequency);
+  count->QuadPart = static_cast<LONGLONG>(now) * frequency.QuadPart / 1000;
+  return TRUE;
+}
+}  // namespace
+
+struct VirtualTime::Hooks {
+  HeldModule library = zem::simulator::HoldLibrary();
+  HeldModule program = zem::simulator::HoldProgram();
+  ImportHook librarySleep{library.get(), "Sleep", AsImport(PassTime)};
+  ImportHook libraryClock{library.get(), "timeGetTime", AsImport(LibraryClock)};
+  ImportHook programSleep{program.get(), "Sleep", AsImport(PassTime)};
+  ImportHook programClock{program.get(), "QueryPerformanceCounter", AsImport(ProgramClock)};
+};
+
+VirtualTime::VirtualTime() : hooks_(std::make_unique<Hooks>()) {}
+VirtualTime::~VirtualTime() = default;
+
+std::uint64_t VirtualTime::Milliseconds() { return now; }
