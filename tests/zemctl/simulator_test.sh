@@ -41,7 +41,7 @@ for run in {1..20}; do
   wait ${runs[run - 1]} || status=$?
   path=$(printf 'usb#vid_5a45&pid_%04x&mi_00#zem-simulator&0' $((0x1000 + run)))
   if [ $status -ne 0 ] || [ "$(grep -c '^  index:' $work/list-"$run")" -ne 1 ] ||
-    ! tr -d '\r' <$work/list-"$run" | grep -qF "  name:             Camera $run" ||
+    ! grep -qF "  name:             Camera $run" $work/list-"$run" ||
     ! grep -qF "$path" $work/list-"$run"; then
     echo "run $run of twenty at once: status $status"
     cat $work/list-"$run"
@@ -62,7 +62,8 @@ stop() {
 stop KILL 137
 ask waiting
 stop INT 12
-tr -d "\r" <$work/question | grep -qF "zemctl: stopped by the user." && grep -qF "Camera: nothing was done" $work/question
+grep -qF "zemctl: stopped by the user." $work/question
+grep -qF "Camera: nothing was done" $work/question
 ask waiting
 echo no >&3
 status=0

@@ -13,8 +13,8 @@ out=$work/out
 expect() {
   local code=$1 text=$2 status=0
   shift 2
-  wine $tool "$@" >$out 2>&1 || status=$?
-  if [ "$status" -ne "$code" ] || ! tr -d '\r' <$out | grep -qF -- "$text"; then
+  wine $tool "$@" 2>&1 | tr -d '\r' >$out || status=$?
+  if [ "$status" -ne "$code" ] || ! grep -qF -- "$text" $out; then
     echo "zemctl $*: status $status, wanted $code and \"$text\":"
     cat $out
     exit 1
@@ -23,7 +23,7 @@ expect() {
 
 # says TEXT, silent_about TEXT: the last run's output has a line with it, or none.
 says() {
-  tr -d '\r' <$out | grep -qF -- "$1" || { echo "\"$1\" is missing:"; cat $out; exit 1; }
+  grep -qF -- "$1" $out || { echo "\"$1\" is missing:"; cat $out; exit 1; }
 }
 silent_about() {
   if grep -qF -- "$1" $out; then

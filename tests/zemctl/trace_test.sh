@@ -6,32 +6,24 @@ source "$(dirname "$0")/support.sh"
 trace=$work/trace.jsonl
 head -c 2048 /dev/zero | tr '\0' 'a' >$work/image.bin
 
-# has TEXT, lacks TEXT: a line of the last run's output has it, or none has.
-has() {
-  tr -d '\r' <$out | grep -qF -- "$1" || { echo "no \"$1\" in:"; cat $out; exit 1; }
-}
-lacks() {
-  ! grep -qF -- "$1" $out || { echo "\"$1\" is in:"; cat $out; exit 1; }
-}
-
 # ---- Written, decoded ----
 
 expect 0 'value:   0x5170' $sim --trace $trace reg get isp 0
 expect 0 'run:            zemctl --simulator --trace' trace show $trace
-has 'exit code:      0'
-has 'reg get isp 0'
+says 'exit code:      0'
+says 'reg get isp 0'
 tr -s ' ' <$out >$work/squeezed
 mv $work/squeezed $out
-has 'camera 0 set vendor 1 ISP command read register isp 0x0000 0a 00 00 00 00 00 00 00 done'
-has 'camera 0 get vendor 2 reply to an ISP command read register isp 0x0000 0x5170 accepted (0x00) 00 00 70 51 00 00 00 00 done'
-lacks 'lookup'
+says 'camera 0 set vendor 1 ISP command read register isp 0x0000 0a 00 00 00 00 00 00 00 done'
+says 'camera 0 get vendor 2 reply to an ISP command read register isp 0x0000 0x5170 accepted (0x00) 00 00 70 51 00 00 00 00 done'
+silent_about 'lookup'
 expect 0 'lookup' trace show $trace --all
 expect 0 '"place": "isp 0x0000"' --json trace show $trace
 
 # A failure is told by name.
 expect 7 'the camera is gone' $sim --simulator-fault unplug@2 --trace $trace reg get isp 0
 expect 0 'the camera is gone (0x8007048F)' trace show $trace
-has 'exit code:      7'
+says 'exit code:      7'
 
 # Every command that cannot write its trace ends before anything is sent.
 expect 9 'cannot be created' $sim --trace $work/none/trace.jsonl reg get isp 0
@@ -90,11 +82,11 @@ expect 0 'firmware version:' $sim --trace $work/other.jsonl info
 expect 0 'lines that differ: 0' trace diff $trace $work/other.jsonl
 expect 7 'not read' $sim --simulator-fault fail@2 --trace $work/other.jsonl info
 expect 10 'the traces differ' trace diff $trace $work/other.jsonl
-has 'first on the left:  line 17: {"type":"transfer"'
-has '"data":"00 00 01 02 03 04 05 06","result":"0x00000000"}'
-has 'first on the right: line 17: {"type":"transfer"'
-has '"data":"","result":"0x8007001F"}'
-has 'lines that differ:  2'
+says 'first on the left:  line 17: {"type":"transfer"'
+says '"data":"00 00 01 02 03 04 05 06","result":"0x00000000"}'
+says 'first on the right: line 17: {"type":"transfer"'
+says '"data":"","result":"0x8007001F"}'
+says 'lines that differ:  2'
 expect 10 '"lines_that_differ": 2' --json trace diff $trace $work/other.jsonl
 
 # ---- Malformed ----

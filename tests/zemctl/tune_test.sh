@@ -23,13 +23,13 @@ expect 0 'version: 0x12' $sim --simulator-options '{"cameras":[{"skypeUnit":true
   tune skype-version
 expect 0 'version: 0x15' $sim --simulator-options '{"cameras":[{"skypeUnit":true,"skypeVersion":21}]}' \
   tune skype-version
-expect 4 'ZEMAPI_GetSkypeXUVersion' $sim tune skype-version
+expect 8 'ZEMAPI_GetSkypeXUVersion: the camera has no skype extension unit' $sim tune skype-version
 expect 0 '"feature": "max-qp"' $sim --json tune max-qp 40
 expect 2 'af takes 1 value' $sim tune af
 expect 2 'awb-gain takes 3 values' $sim tune awb-gain 1 2
 expect 2 'values of af end at 255' $sim tune af 256
 expect 2 'values of manual-gain end at 1' $sim tune manual-gain 2
-expect 2 'subcommand is required' $sim tune
+expect 2 '"tune" is not whole; behind it comes one of af, ae, ' $sim tune
 expect 5 'ZEMAPI_EnableAF: the camera refused the command' $sim --simulator-fault refuse@2=5 tune af 1
 expect 7 'ZEMAPI_SetShadding: the platform reported a failure (platform failure, 0x8007001F)' $sim \
   --simulator-fault fail@1 tune shading 1

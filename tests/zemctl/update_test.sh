@@ -28,23 +28,19 @@ run() {
   shift 3
   expect "$code" "$text" $sim --yes --state "$state" --simulator-options "$options" "$@"
 }
-# also TEXT: the last run's output has this line too.
-also() {
-  tr -d '\r' <$out | grep -qF -- "$1" || { echo "\"$1\" is missing:"; cat $out; exit 1; }
-}
 
 # ---- What would be sent ----
 
 expect 0 'set vendor 4   1      8      01 00 03 00 00 28 00 00' update firmware --chip 516x --param 7 \
   "$image" --dry-run
-also 'set vendor 13  20     512'
-also 'set vendor 4   1      8      01 01 03 07 00 28 00 00'
-also 'padding:              240 zero bytes'
-also 'at full speed:        313 transfers of 32 bytes'
+says 'set vendor 13  20     512'
+says 'set vendor 4   1      8      01 01 03 07 00 28 00 00'
+says 'padding:              240 zero bytes'
+says 'at full speed:        313 transfers of 32 bytes'
 expect 0 'set vendor 4   1      8      01 00 03 00 00 00 00 00' update firmware --chip 517x "$image" \
   --dry-run
-also 'set vendor 1   1      8      0a 01 10 67 88 00 00 00'
-also 'set vendor 4   1      8      01 01 03 00 00 00 00 00'
+says 'set vendor 1   1      8      0a 01 10 67 88 00 00 00'
+says 'set vendor 4   1      8      01 01 03 00 00 00 00 00'
 expect 0 '"block": "01 01 03 05 00 00 00 00"' --json update calibration "$cali" --dry-run
 expect 0 'set vendor 4   1      8      01 00 20 03 10 27 00 00' update flash --param2 0x20 --param3 3 \
   "$image" --dry-run
@@ -68,18 +64,18 @@ expect 11 'nothing was done' $sim update calibration "$cali" </dev/null
 
 run 0 '10000 bytes read back from 0x000000 are equal' "$camera_516x" update firmware --chip 516x \
   "$image" --verify-at 0
-also 'version before:       01 02 03 04 05 06'
-also 'version of the image: 02 00 00 00 00 01'
-also 'the camera reports the burn done; its firmware check sum is right'
-also 'camera:               "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0'
-also 'chip:                 516x'
-also 'forced:               no'
-also 'verified:             yes'
-also 'send: 70 %'
-also 'burn: 90 %'
-also 'verify: 100 %'
+says 'version before:       01 02 03 04 05 06'
+says 'version of the image: 02 00 00 00 00 01'
+says 'the camera reports the burn done; its firmware check sum is right'
+says 'camera:               "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0'
+says 'chip:                 516x'
+says 'forced:               no'
+says 'verified:             yes'
+says 'send: 70 %'
+says 'burn: 90 %'
+says 'verify: 100 %'
 run 0 'firmware version:   02 00 00 00 00 01' "$camera_516x" info
-also 'firmware check sum: right'
+says 'firmware check sum: right'
 run 0 'two reads are equal' "$camera_516x" flash read 0 10000 "$back" --verify
 cmp "$image" "$back"
 
@@ -104,7 +100,7 @@ run 5 'Camera: the burn failed' '{"cameras":[{"chip":"517x","burnPolls":1}]}' up
   --chip 516x --force "$image"
 run 0 'the camera reports the burn done; its firmware check sum is right' "$camera_517x" update firmware \
   --chip 517x "$image"
-also 'burn: 80 %'
+says 'burn: 80 %'
 run 0 'firmware version:   02 00 00 00 00 01' "$camera_517x" info
 run 5 'Camera: the camera is still burning' '{"cameras":[{"chip":"517x","burnPolls":3}]}' update firmware \
   --chip 517x "$image"
@@ -117,12 +113,12 @@ expect 11 'firmware version 01 02 03 04 05 06: its calibration data will be over
   calibration "$cali" </dev/null
 run 2 '--chip says 517x, and the camera says that it is a 516x' "$camera_516x" update firmware --chip 517x \
   "$image"
-also 'Camera: nothing was sent, it keeps what it had. Next: Give --chip 516x'
+says 'Camera: nothing was sent, it keeps what it had. Next: Give --chip 516x'
 run 2 '--chip says 516x, and the camera says that it is a 517x' "$camera_517x" update firmware --chip 516x \
   "$image"
 rm -f "$state"
 run 0 'forced:               yes' '{"cameras":[{"chip":"516x"}]}' update firmware --chip 517x --force "$image"
-also 'chip:                 516x'
+says 'chip:                 516x'
 
 # ---- After the restart ----
 
@@ -130,13 +126,13 @@ also 'chip:                 516x'
 rm -f "$state"
 run 0 'version after:        02 00 00 00 00 01' "$camera_516x" --simulator-fault replug@36 update firmware \
   --chip 516x "$image" --wait 20
-also 'version as expected:  yes'
-also 'Restart "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0 now'
+says 'version as expected:  yes'
+says 'Restart "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0 now'
 rm -f "$state"
 run 10 'the camera came back with version 02 00 00 00 00 01 instead of 03 00 00 00 00 01' "$camera_516x" \
   --simulator-fault replug@36 update firmware --chip 516x "$image" --wait 20 \
   --expect-version "03 00 00 00 00 01"
-also 'version as expected:  no'
+says 'version as expected:  no'
 rm -f "$state"
 run 3 'the camera did not come back within 1 s' "$camera_516x" --simulator-fault unplug@36 update firmware \
   --chip 516x "$image" --wait 1
@@ -151,8 +147,8 @@ several() {
   expect "$code" "$text" $sim --simulator-options "$line" update firmware --chip 516x "$image" "$@"
 }
 several 13 '2 of 4 cameras failed' --yes --all
-also 'A at zem-simulator&0: send: 70 %'
-also 'C at zem-simulator&2: verify: 100 %'
+says 'A at zem-simulator&0: send: 70 %'
+says 'C at zem-simulator&2: verify: 100 %'
 several 0 '"name": "C"' --yes --cameras 0,2 --json
 several 13 '2 of 4 cameras failed' --yes --all --json
 python3 - $out <<'PYTHON'
@@ -171,7 +167,7 @@ for index in 0 1; do
   expect 0 'burn' trace show $work/line.trace.$index
 done
 several 11 'Of each of these 4 cameras:' --all </dev/null
-also '  "B" (5a45:8c00) at zem-simulator&1, firmware version 01 02 03 04 05 06'
+says '  "B" (5a45:8c00) at zem-simulator&1, firmware version 01 02 03 04 05 06'
 several 3 'there is no camera 4 among 4' --yes --cameras 0,4
 several 2 'names 2 more than once' --yes --cameras 2,2
 several 2 '--index chooses one camera' --yes --all --index 0
@@ -180,10 +176,10 @@ several 2 '--all excludes --cameras' --yes --all --cameras 0
 # ---- The default camera, which the library finds by itself ----
 
 expect 0 'set vendor 3  157    64' update handle-less plain "$image" --dry-run
-also 'set vendor 4  1      8      01 00 00 00 00 00 00 00'
-also 'set vendor 4  1      8      01 01 00 00 00 00 00 00'
-also 'padding:              48 zero bytes'
-also 'at full speed:        313 transfers of 32 bytes'
+says 'set vendor 4  1      8      01 00 00 00 00 00 00 00'
+says 'set vendor 4  1      8      01 01 00 00 00 00 00 00'
+says 'padding:              48 zero bytes'
+says 'at full speed:        313 transfers of 32 bytes'
 expect 0 'set vendor 4  1      8      01 01 00 01 00 00 00 00' update handle-less ex "$image" --dry-run
 expect 0 'set vendor 4  1      8      01 01 09 00 00 00 00 00' update handle-less vision --param 9 \
   "$image" --dry-run
@@ -191,15 +187,15 @@ rm -f "$state"
 for way in plain ex; do
   run 0 '10000 bytes read back from 0x000000 are equal' "$camera_516x" update handle-less $way "$image" \
     --verify-at 0
-  also 'camera:               "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0'
-  also 'send: 70 %'
-  also 'seen burning:         yes'
+  says 'camera:               "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0'
+  says 'send: 70 %'
+  says 'seen burning:         yes'
 done
-also 'function:             ZEMUVCEXT_UpdateFW_with_progressEx'
+says 'function:             ZEMUVCEXT_UpdateFW_with_progressEx'
 # The library sends the burn order all the same; a lost piece is not burned in silence.
 run 7 'the image could not be sent in full' "$camera_516x" --simulator-fault fail@8 update handle-less ex \
   "$image"
-also 'Camera: part of the image was lost, and the camera was told to burn what it got'
+says 'Camera: part of the image was lost, and the camera was told to burn what it got'
 run 7 'no burn order went through' "$camera_516x" --simulator-fault unplug@8 update handle-less plain "$image"
 expect 11 'The camera "ZEM Simulated Camera" (5a45:8c00) at zem-simulator&0' $sim update handle-less vision \
   "$image" </dev/null
@@ -253,7 +249,7 @@ PYTHON
 }
 rm -f "$state"
 stop_at 'burn: 70 %' 500 12
-also 'Camera: the camera was told to burn and goes on by itself. Next: leave the camera powered'
+says 'Camera: the camera was told to burn and goes on by itself. Next: leave the camera powered'
 run 0 'firmware version:   02 00 00 00 00 01' "$camera_516x" info
 
 # A whole line stops.
@@ -273,8 +269,8 @@ while run.poll() is None and open(out).read().count("burn: 70 %") < 2 and time.m
 run.send_signal(signal.SIGINT)
 sys.exit(run.wait(30) != 12)
 PYTHON
-also 'stopped by the user: 2 of 2 cameras failed'
-also '  camera state:   the camera was told to burn and goes on by itself'
+says 'stopped by the user: 2 of 2 cameras failed'
+says '  camera state:   the camera was told to burn and goes on by itself'
 
 # ---- State files ----
 

@@ -217,7 +217,7 @@ TEST(TransferRecordTest, NamesATransferAndItsFailure) {
   transfer.isSet = true;
   transfer.length = 1;
   transfer.result = kNotConnected;
-  EXPECT_EQ(zemctl::NameOf(transfer), "set tirella 2 (1 byte)");
+  EXPECT_EQ(zemctl::NameOf(transfer), "set tirella 2 (LED, 1 byte)");
   EXPECT_EQ(zemctl::FailureOf(transfer), "the camera is gone (0x8007048F)");
   transfer.unit = zem::IID_IAMVideoProcAmp;
   transfer.result = static_cast<HRESULT>(0x80070490U);
