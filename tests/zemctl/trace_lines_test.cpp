@@ -19,11 +19,14 @@ constexpr const char* kRunLine =
     R"({"type":"trace","ms":0,"format":1,"tool":"zemctl 1.0.0","command":["--simulator","info"],)"
     R"("serials":"as they are"})";
 
+const std::string kDevicesLine =
+    R"({"type":"devices","ms":3,"category":"video","number":2,"devices":[{"name":"A","path":"p",)"
+    R"("device_path":"d","place":"here"},{}],"result":"0x00000000"})";
+
 // One line of each type, as it stands in the file.
 const std::vector<std::string> kLines = {
     kRunLine,
-    R"({"type":"devices","ms":3,"category":"video","number":2,"devices":[{"name":"A","path":"p",)"
-    R"("device_path":"d","place":"here"},{}],"result":"0x00000000"})",
+    kDevicesLine,
     R"({"type":"open","ms":4,"camera":1,"path":"p","result":"0x80004005"})",
     R"({"type":"lookup","ms":5,"camera":0,"number":7,"what":"information","node":2,)"
     R"("id":"{23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}","length":20,"count":20,"data":"d0 9e",)"

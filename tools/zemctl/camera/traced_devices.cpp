@@ -63,9 +63,11 @@ class TracedEnumerator : public DeviceEnumerator {
     list.isAudio = category == zem::CLSID_AudioInputDeviceCategory;
     ComPtr<IEnumMoniker> monikers;
     list.result = system_->CreateClassEnumerator(category, monikers.Receive(), flags);
-    ComPtr<IMoniker> moniker;
-    while (SUCCEEDED(list.result) && monikers &&
-           monikers->Next(1, moniker.Receive(), nullptr) == S_OK) {
+    while (SUCCEEDED(list.result) && monikers) {
+      ComPtr<IMoniker> moniker;
+      if (monikers->Next(1, moniker.Receive(), nullptr) != S_OK) {
+        break;
+      }
       const SystemDevice device = DescribeDevice(moniker.get());
       list.devices.push_back({TextOrNone(device.name), TextOrNone(device.displayName),
                               TextOrNone(device.devicePath), TextOrNone(device.place)});
