@@ -120,6 +120,7 @@ ScsiResult BootLoader::Answer(Cdb cdb, bool dataIn, Data data) {
         shorten = &fault;
         break;
       case Fault::Kind::kDrop:
+      case Fault::Kind::kLeave:
       case Fault::Kind::kReplug:
       case Fault::Kind::kLength:  // a volume has no such things
         break;

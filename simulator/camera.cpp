@@ -36,6 +36,9 @@ Camera::Disturbance Camera::NextTransfer() {
       case Fault::Kind::kUnplug:
         Unplug();
         break;
+      case Fault::Kind::kLeave:
+        disturbance.leave = true;
+        break;
       case Fault::Kind::kReplug:
         Unplug();
         if (replugObserver_) {
@@ -103,6 +106,9 @@ Outcome Camera::Set(std::size_t node, std::uint16_t selector, std::span<const st
     outcome = unit.Set(selector, bytes);
   }
   Report({true, unit.id(), selector, bytes.size(), {bytes.begin(), bytes.end()}, outcome});
+  if (disturbance.leave) {
+    Unplug();
+  }
   return outcome;
 }
 
@@ -148,6 +154,9 @@ Outcome Camera::Get(std::size_t node, std::uint16_t selector, std::span<std::uin
     reported = disturbance.length->value;
   }
   Report({false, unit.id(), selector, bytes.size(), std::move(answer), outcome});
+  if (disturbance.leave) {
+    Unplug();
+  }
   return outcome;
 }
 

@@ -147,6 +147,7 @@ class Camera {
     const Fault* shorten = nullptr;
     const Fault* length = nullptr;
     bool garbage = false;
+    bool leave = false;
     bool drop = false;
   };
 

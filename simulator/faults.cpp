@@ -10,7 +10,7 @@ namespace {
 // The status of a refusal for which no value is given.
 constexpr std::uint32_t kAnyRefusal = 1;
 
-constexpr std::array<std::pair<std::string_view, Fault::Kind>, 8> kKinds = {{
+constexpr std::array<std::pair<std::string_view, Fault::Kind>, 9> kKinds = {{
     {"fail", Fault::Kind::kFail},
     {"refuse", Fault::Kind::kRefuse},
     {"short", Fault::Kind::kShort},
@@ -18,6 +18,7 @@ constexpr std::array<std::pair<std::string_view, Fault::Kind>, 8> kKinds = {{
     {"garbage", Fault::Kind::kGarbage},
     {"drop", Fault::Kind::kDrop},
     {"unplug", Fault::Kind::kUnplug},
+    {"leave", Fault::Kind::kLeave},
     {"replug", Fault::Kind::kReplug},
 }};
 

@@ -18,8 +18,10 @@ struct Fault {
     kGarbage,  // bytes without meaning are read, or arrive in place of those written
     kDrop,     // a write succeeds and never arrives; a boot loader has no such fault
     kUnplug,   // the camera is gone from this transfer on
-    kReplug,   // the camera is gone, and has been plugged in again as a new one; a boot loader has
-               // no such fault
+    kLeave,  // the transfer is done as ever, and then the camera is gone; a boot loader has no such
+             // fault
+    kReplug,  // the camera is gone, and has been plugged in again as a new one; a boot loader has
+              // no such fault
   };
 
   Kind kind = Kind::kFail;

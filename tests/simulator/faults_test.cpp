@@ -24,6 +24,7 @@ TEST(FaultTextTest, Kinds) {
   EXPECT_EQ(ParseFault("length@1")->kind, Fault::Kind::kLength);
   EXPECT_EQ(ParseFault("garbage@1")->kind, Fault::Kind::kGarbage);
   EXPECT_EQ(ParseFault("unplug@1")->kind, Fault::Kind::kUnplug);
+  EXPECT_EQ(ParseFault("leave@1")->kind, Fault::Kind::kLeave);
   EXPECT_EQ(ParseFault("replug@1")->kind, Fault::Kind::kReplug);
   EXPECT_EQ(ParseFault("drop@1")->kind, Fault::Kind::kDrop);
 }
@@ -126,6 +127,18 @@ TEST_F(FaultyCameraTest, WritesAreDroppedOrGarbled) {
   EXPECT_EQ(unit.written[0].size(), sent.size());
   EXPECT_NE(unit.written[0], sent);
   EXPECT_EQ(unit.written[1], sent);
+}
+
+TEST_F(FaultyCameraTest, LeaveEndsTheTransferFirst) {
+  auto& unit = camera.AddUnit(std::make_unique<WrittenUnit>(zem::H264Xu));
+  int reports = 0;
+  camera.SetUnplugObserver([&] { ++reports; });
+  camera.AddFault(*ParseFault("leave@2"));
+  EXPECT_EQ(Read(), Outcome::kDone);
+  EXPECT_EQ(camera.Set(1, 1, std::vector<std::uint8_t>{1, 2}), Outcome::kDone);
+  EXPECT_EQ(unit.written.size(), 1U);
+  EXPECT_EQ(reports, 1);
+  EXPECT_EQ(Read(), Outcome::kUnplugged);
 }
 
 TEST_F(FaultyCameraTest, ReplugUnplugsAndAsksForANewOne) {

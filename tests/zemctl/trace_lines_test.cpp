@@ -28,22 +28,12 @@ const std::vector<std::string> kLines = {
     kRunLine,
     kDevicesLine,
     R"({"type":"open","ms":4,"camera":1,"path":"p","result":"0x80004005"})",
-    R"({"type":"lookup","ms":5,"camera":0,"number":7,"what":"information","node":2,)"
-    R"("id":"{23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}","length":20,"count":20,"data":"d0 9e",)"
-    R"("result":"0x00000000"})",
-    R"({"type":"transfer","ms":6,"camera":0,"direction":"get",)"
-    R"("unit":"{23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}","node":2,"selector":2,"length":8,)"
-    R"("moved":3,"data":"00 0a ff","result":"0x00000000"})",
-    R"({"type":"transfer","ms":6,"camera":0,"direction":"none",)"
-    R"("unit":"{23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}","node":2,"selector":0,"length":0,)"
-    R"("moved":0,"data":"","left_out":"serial number","result":"0x8007048F"})",
-    R"({"type":"control","ms":7,"camera":0,"direction":"range",)"
-    R"("interface":"{C6E13360-30AC-11D0-A18C-00A0C9118956}","property":4,)"
-    R"("values":[-13,-1,1,-6,3],"result":"0x00000000"})",
+    R"({"type":"lookup","ms":5,"camera":0,"number":7,"what":"information","node":2,"id":"{23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}","length":20,"count":20,"data":"d0 9e","result":"0x00000000"})",
+    R"({"type":"transfer","ms":6,"camera":0,"direction":"get","unit":"{23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}","node":2,"selector":2,"length":8,"moved":3,"data":"00 0a ff","result":"0x00000000"})",
+    R"({"type":"transfer","ms":6,"camera":0,"direction":"none","unit":"{23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}","node":2,"selector":0,"length":0,"moved":0,"data":"","left_out":"serial number","result":"0x8007048F"})",
+    R"({"type":"control","ms":7,"camera":0,"direction":"range","interface":"{C6E13360-30AC-11D0-A18C-00A0C9118956}","property":4,"values":[-13,-1,1,-6,3],"result":"0x00000000"})",
     R"({"type":"volume","ms":8,"drive":"F:","number":1,"there":true})",
-    R"({"type":"scsi","ms":9,"drive":"F:","direction":"in",)"
-    R"("cdb":"fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00","length":16,"data":"aa 55",)"
-    R"("status":0,"error":0})",
+    R"({"type":"scsi","ms":9,"drive":"F:","direction":"in","cdb":"fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00","length":16,"data":"aa 55","status":0,"error":0})",
     R"({"type":"end","ms":10,"exit_code":7})",
 };
 

@@ -225,6 +225,16 @@ run 10 'two reads of the flash differ, first at 0x0002' "$camera_516x" --simulat
 run 5 '"code": 5' '{"cameras":[{"chip":"516x","busy":true}]}' --json update calibration "$cali"
 expect 3 'no camera matches' --yes update calibration "$cali"
 
+# The library waits for a fixed time, and does not look; the tool does. Transfers 59 and 319 are the burn
+# orders.
+rm -f "$state"
+SECONDS=0
+run 7 'the camera is gone' "$camera_517x" --simulator-fault leave@59 update firmware --chip 517x "$image"
+says 'Camera: the camera was burning and no longer answers: the area may be half written'
+rm -f "$state"
+run 7 'the camera is gone' "$camera_516x" --simulator-fault leave@319 update handle-less vision "$image"
+[ $SECONDS -le 9 ] || { echo "it took $SECONDS s"; exit 1; }
+
 # ---- Ctrl-C ----
 
 # stop_at LINE POLLS CODE: Ctrl-C once the update of a camera that is busy for so many polls has shown

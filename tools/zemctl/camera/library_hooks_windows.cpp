@@ -6,6 +6,7 @@
 
 #include "simulator/windows/import_hook.h"
 #include "tools/zemctl/camera/library_hooks.h"
+#include "tools/zemctl/camera/long_wait.h"
 #include "tools/zemctl/camera/only_device.h"
 #include "tools/zemctl/camera/traced_devices.h"
 
@@ -47,11 +48,11 @@ HRESULT WINAPI CreateInstance(REFCLSID classId, LPUNKNOWN outer, DWORD context, 
   return devices->QueryInterface(iid, object);
 }
 
-void WINAPI SleepUnlessReplayed(DWORD milliseconds) {
+void WINAPI SleepAsLongAsUseful(DWORD milliseconds) {
   if (const auto replay = ThreadReplay()) {
     replay->Wait(milliseconds);
   } else {
-    sleepBefore(milliseconds);
+    LongWait::Sleep(milliseconds, [](unsigned part) { sleepBefore(part); });
   }
 }
 
@@ -62,7 +63,7 @@ struct LibraryHooks::Hooks {
   HeldModule program = zem::simulator::HoldProgram();
   ImportHook libraryCreate{library.get(), "CoCreateInstance", AsImport(CreateInstance)};
   ImportHook programCreate{program.get(), "CoCreateInstance", AsImport(CreateInstance)};
-  ImportHook sleep{library.get(), "Sleep", AsImport(SleepUnlessReplayed)};
+  ImportHook sleep{library.get(), "Sleep", AsImport(SleepAsLongAsUseful)};
 };
 
 LibraryHooks::LibraryHooks() : hooks_(std::make_unique<Hooks>()) {

@@ -11,9 +11,11 @@
 #include "simulator/system_results.h"
 #include "tools/zemctl/camera/extension_unit_names.h"
 #include "tools/zemctl/camera/judgement.h"
+#include "tools/zemctl/camera/long_wait.h"
 #include "tools/zemctl/camera/only_device.h"
 #include "tools/zemctl/camera/replay.h"
 #include "tools/zemctl/camera/required_unit.h"
+#include "tools/zemctl/camera/restart_wait.h"
 #include "tools/zemctl/camera/trace.h"
 #include "tools/zemctl/camera/waiting.h"
 #include "tools/zemctl/camera/watched_camera.h"
@@ -181,6 +183,25 @@ CallOutcome Session::Observe(const char* function, const Function& call) const {
   return Observe(function, call, handle_);
 }
 
+bool Session::MayWait() const {
+  if (record_->mustStop() || record_->isGone()) {
+    return false;
+  }
+  if (device_.displayName.empty()) {
+    return true;  // one that only takes notes
+  }
+  // All devices, also while the library finds just this one.
+  const OnlyDevice all(nullptr);
+  try {
+    if (!FindAgain(device_)) {
+      record_->NoteAbsence();
+    }
+  } catch (const std::exception&) {
+    return true;  // the list is not to be had: the camera's own answer will tell
+  }
+  return !record_->isGone();
+}
+
 CallOutcome Session::ObserveAsDefault(const char* function, const Function& call) const {
   const OnlyDevice only(object_.get());
   return Observe(function, call);
@@ -188,6 +209,7 @@ CallOutcome Session::ObserveAsDefault(const char* function, const Function& call
 
 CallOutcome Session::Observe(const char* function, const Function& call, void* device) const {
   record_->BeginCall();
+  const LongWait wait([this] { return MayWait(); });
   const ZemResult result = call(device);
   const std::optional<Transfer> loss = FindLoss(function, record_->transfers());
   return {result, loss, FindAbsentUnit(loss)};

@@ -81,6 +81,8 @@ class Session {
   explicit Session(FoundCamera camera);
 
   CallOutcome Observe(const char* function, const Function& call, void* device) const;
+  // Whether the library may go on waiting for the camera.
+  bool MayWait() const;
   // Whether it is for the lack of its unit that this transfer failed, or else the last one that
   // did.
   std::optional<std::string> FindAbsentUnit(const std::optional<Transfer>& loss) const;

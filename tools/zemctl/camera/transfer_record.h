@@ -124,6 +124,8 @@ class TransferRecord : public CameraWatcher {
   // The camera has left, or has failed every transfer for several seconds: nothing that waits for
   // it will end well.
   bool isGone() const { return isGone_; }
+  // The system does not list it any more.
+  void NoteAbsence() { isGone_ = true; }
 
   bool mustStop() const override { return stopRequested_ && stopRequested_(); }
   // Something was not sent for that reason.

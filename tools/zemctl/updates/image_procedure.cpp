@@ -10,6 +10,23 @@ constexpr std::uint32_t kLongestOf16Bits = 0xFFFF;
 
 constexpr std::uint32_t kSector = 512;
 
+// Procedures without parameters, with a handle and without one.
+template <ZemResult (*function)(void*, const std::uint8_t*, std::uint32_t, ProgressCallback,
+                                std::uint64_t)>
+ZemResult RunWithHandle(void* handle, const std::uint8_t* data, std::uint32_t length,
+                        ProgressCallback callback, std::uint64_t user,
+                        const ImageParameters& /*parameters*/) {
+  return function(handle, data, length, callback, user);
+}
+
+template <ZemResult (*function)(const std::uint8_t*, std::uint32_t, ProgressCallback,
+                                std::uint64_t)>
+ZemResult RunHandleLess(void* /*handle*/, const std::uint8_t* data, std::uint32_t length,
+                        ProgressCallback callback, std::uint64_t user,
+                        const ImageParameters& /*parameters*/) {
+  return function(data, length, callback, user);
+}
+
 }  // namespace
 
 const ImageProcedure kUpdate516x = {
@@ -24,17 +41,13 @@ const ImageProcedure kUpdate516x = {
       return ZEMAPI_UpdateFW_516x(handle, data, length, callback, user, parameters.param3);
     }};
 
-const ImageProcedure kUpdate517x = {
-    "ZEMAPI_UpdateFW_517x",
-    "firmware",
-    std::numeric_limits<std::int32_t>::max(),
-    true,
-    "517x",
-    false,
-    [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
-       std::uint64_t user, const ImageParameters& /*parameters*/) {
-      return ZEMAPI_UpdateFW_517x(handle, data, length, callback, user);
-    }};
+const ImageProcedure kUpdate517x = {"ZEMAPI_UpdateFW_517x",
+                                    "firmware",
+                                    std::numeric_limits<std::int32_t>::max(),
+                                    true,
+                                    "517x",
+                                    false,
+                                    RunWithHandle<ZEMAPI_UpdateFW_517x>};
 
 const ImageProcedure kUpdateFlash = {
     "ZEMAPI_UpdateFlash",
@@ -49,17 +62,13 @@ const ImageProcedure kUpdateFlash = {
                                 parameters.param3);
     }};
 
-const ImageProcedure kUpdateCalibration = {
-    "ZEMAPI_UpdateCaliData",
-    "calibration data",
-    std::numeric_limits<std::int32_t>::max(),
-    false,
-    "",
-    false,
-    [](void* handle, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
-       std::uint64_t user, const ImageParameters& /*parameters*/) {
-      return ZEMAPI_UpdateCaliData(handle, data, length, callback, user);
-    }};
+const ImageProcedure kUpdateCalibration = {"ZEMAPI_UpdateCaliData",
+                                           "calibration data",
+                                           std::numeric_limits<std::int32_t>::max(),
+                                           false,
+                                           "",
+                                           false,
+                                           RunWithHandle<ZEMAPI_UpdateCaliData>};
 
 const ImageProcedure kSendData = {
     "ZEMAPI_SendData",
@@ -74,29 +83,21 @@ const ImageProcedure kSendData = {
                              parameters.param3);
     }};
 
-const ImageProcedure kHandleLessPlain = {
-    "ZEMUVCEXT_UpdateFW_with_progress",
-    "firmware",
-    std::numeric_limits<std::int32_t>::max(),
-    true,
-    "",
-    true,
-    [](void* /*handle*/, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
-       std::uint64_t user, const ImageParameters& /*parameters*/) {
-      return ZEMUVCEXT_UpdateFW_with_progress(data, length, callback, user);
-    }};
+const ImageProcedure kHandleLessPlain = {"ZEMUVCEXT_UpdateFW_with_progress",
+                                         "firmware",
+                                         std::numeric_limits<std::int32_t>::max(),
+                                         true,
+                                         "",
+                                         true,
+                                         RunHandleLess<ZEMUVCEXT_UpdateFW_with_progress>};
 
-const ImageProcedure kHandleLessEx = {
-    "ZEMUVCEXT_UpdateFW_with_progressEx",
-    "firmware",
-    std::numeric_limits<std::int32_t>::max(),
-    true,
-    "",
-    true,
-    [](void* /*handle*/, const std::uint8_t* data, std::uint32_t length, ProgressCallback callback,
-       std::uint64_t user, const ImageParameters& /*parameters*/) {
-      return ZEMUVCEXT_UpdateFW_with_progressEx(data, length, callback, user);
-    }};
+const ImageProcedure kHandleLessEx = {"ZEMUVCEXT_UpdateFW_with_progressEx",
+                                      "firmware",
+                                      std::numeric_limits<std::int32_t>::max(),
+                                      true,
+                                      "",
+                                      true,
+                                      RunHandleLess<ZEMUVCEXT_UpdateFW_with_progressEx>};
 
 const ImageProcedure kHandleLessVision = {
     "ZEMUVCEXT_UpdateFW_Vision",
