@@ -15,6 +15,5 @@ mkdir -p build/reports
 status=0
 ctest --test-dir build/checks --parallel "$(nproc)" --output-on-failure --no-tests=error \
   --output-junit "$zem_root/build/reports/checks.xml" "$@" || status=$?
-wineserver --kill || true
 python3 scripts/count_tests.py build/reports || status=$?
 exit "$status"
