@@ -6,8 +6,8 @@
 #include "platform/bytes.h"
 #include "simulator/boot_loader.h"
 #include "simulator/options.h"
-#include "simulator/volume_list.h"
 #include "tests/support/rom_boot_test.h"
+#include "tests/support/volume_list.h"
 
 namespace zem::testing {
 namespace {

@@ -1,5 +1,4 @@
-// The boot loader's volume in the simulated system, for hosts on systems that take no drive
-// letters.
+// The boot loader's volume in the simulated system, for native tests.
 #pragma once
 
 #include <memory>

@@ -1,4 +1,4 @@
-#include "simulator/volume_list.h"
+#include "tests/support/volume_list.h"
 
 #include <utility>
 
