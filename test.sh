@@ -12,8 +12,15 @@ step "configure the checks" cmake -G Ninja -S scripts/checks -B build/checks
 
 rm -rf build/reports
 mkdir -p build/reports
+
+# Open as long as this runs: scripts/checks/wine.sh ends by it. The tests do not inherit it.
+export ZEM_TESTS_RUN=$zem_root/build/tests-run
+rm -f "$ZEM_TESTS_RUN"
+mkfifo "$ZEM_TESTS_RUN"
+exec {tests_run}<>"$ZEM_TESTS_RUN"
+
 status=0
 ctest --test-dir build/checks --parallel "$(nproc)" --output-on-failure --no-tests=error \
-  --output-junit "$zem_root/build/reports/checks.xml" "$@" || status=$?
+  --output-junit "$zem_root/build/reports/checks.xml" "$@" {tests_run}>&- || status=$?
 python3 scripts/count_tests.py build/reports || status=$?
 exit "$status"
