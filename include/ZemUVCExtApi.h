@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * ZemUVCExtApi: control of USB video-class cameras built on the vendor's camera processors.
  *
@@ -32,6 +33,25 @@
 
 #include <stddef.h>
 #include <stdint.h>
+
+/* ---------------------------------------------------------------------------------------------
+ * Version
+ *
+ * The one place that says it: the build takes it from here for the files' resources, the shared
+ * library's name and the tool.
+ * ------------------------------------------------------------------------------------------- */
+
+/** Counts up when callers have to change. */
+#define ZEM_VERSION_MAJOR 1
+/** Counts up when something is new. */
+#define ZEM_VERSION_MINOR 0
+/** Counts up when something is mended. */
+#define ZEM_VERSION_PATCH 0
+
+/** The version of this header as text, such as "1.2.3". */
+#define ZEM_VERSION ZEM_VERSION_TEXT(ZEM_VERSION_MAJOR, ZEM_VERSION_MINOR, ZEM_VERSION_PATCH)
+#define ZEM_VERSION_TEXT(major, minor, patch) ZEM_VERSION_TEXT_OF(major, minor, patch)
+#define ZEM_VERSION_TEXT_OF(major, minor, patch) #major "." #minor "." #patch
 
 /* ---------------------------------------------------------------------------------------------
  * Types and linkage

@@ -4,7 +4,8 @@ source "$(dirname "$0")/support.sh"
 
 # ---- The version, in the tool and in its file ----
 
-version=$(sed -nE 's/^project\(ZemUVCExtApi VERSION ([0-9.]+) .*/\1/p' CMakeLists.txt)
+version=$(echo ZEM_VERSION | cpp -P -include include/ZemUVCExtApi.h | tail -n 1 | tr -d '" ')
+[[ "$version" =~ ^[0-9]+\.[0-9]+\.[0-9]+$ ]] || { echo "the header's version is \"$version\""; exit 1; }
 expect 0 "zemctl $version" --version
 [ "$(tr -d '\r' <$out)" = "zemctl $version" ]
 expect 0 "\"version\": \"$version\"" --json --version

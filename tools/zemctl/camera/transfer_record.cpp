@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "device/extension_units.h"
+#include "include/ZemUVCResults.h"
 #include "simulator/system_results.h"
 #include "tools/zemctl/camera/extension_unit_names.h"
 
@@ -123,18 +124,12 @@ std::string FailureOf(const Transfer& transfer) {
   }
   std::array<char, 16> code = {};
   std::snprintf(code.data(), code.size(), " (0x%08X)", static_cast<unsigned>(transfer.result));
-  const char* meaning = "the transfer failed";
   if (transfer.result == kStoppedResult) {
     return "stopped by the user";
   }
-  if (MeansGone(transfer.result)) {
-    meaning = "the camera is gone";
-  } else if (transfer.result == results::kGenFailureResult) {
-    meaning = "the camera did not carry it out";
-  } else if (IsUnknownControl(transfer.result)) {
-    meaning = "the camera has no such control";
-  }
-  return meaning + std::string(code.data());
+  const char* const known = ZemTransferFailureText(transfer.result);
+  const std::string meaning = known != nullptr ? known : "the transfer failed";
+  return meaning + code.data();
 }
 
 bool MeansGone(HRESULT result) {

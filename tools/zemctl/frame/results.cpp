@@ -4,7 +4,44 @@
 #include <cstdio>
 #include <utility>
 
+#include "include/ZemUVCResults.h"
+
 namespace zemctl {
+namespace {
+
+// What the person at the terminal does about a result.
+struct NextStep {
+  ExitCode exitCode;
+  const char* advice;
+};
+
+NextStep StepAfter(ZemResult result) {
+  switch (result) {
+    case ZEM_E_REFUSED:
+      return {kLibraryRefused,
+              "Check the arguments; the camera may also have reported a failed check."};
+    case ZEM_E_DEVICE_REFUSED:
+      return {kCameraRefused,
+              "Check that its firmware knows the command and accepts the arguments."};
+    case ZEM_E_BUFFER_TOO_SMALL:
+      return {kBufferTooSmall, "Ask again with a larger length."};
+    case ZEM_E_NO_DEVICE:
+      return {kTransferFailed,
+              "Check that the camera is still attached and has the vendor extension unit "
+              "(zemctl xu check vendor)."};
+    case ZEM_E_FAIL:
+      return {kLibraryRefused, "Check the arguments, then run this command once more."};
+    default:
+      break;
+  }
+  if (result >= 0) {
+    return {kDone, ""};
+  }
+  return {kTransferFailed,
+          "Check that the camera is still attached and has the unit and the control."};
+}
+
+}  // namespace
 
 std::string Hex(ZemResult result) {
   std::array<char, 16> text = {};
@@ -13,37 +50,8 @@ std::string Hex(ZemResult result) {
 }
 
 ResultText Describe(ZemResult result) {
-  switch (result) {
-    case ZEM_OK:
-      return {"ZEM_OK", "done", "", kDone};
-    case ZEM_E_REFUSED:
-      return {"ZEM_E_REFUSED", "the request was refused",
-              "Check the arguments; the camera may also have reported a failed check.",
-              kLibraryRefused};
-    case ZEM_E_DEVICE_REFUSED:
-      return {"ZEM_E_DEVICE_REFUSED", "the camera refused the command",
-              "Check that its firmware knows the command and accepts the arguments.",
-              kCameraRefused};
-    case ZEM_E_BUFFER_TOO_SMALL:
-      return {"ZEM_E_BUFFER_TOO_SMALL", "the buffer is too small",
-              "Ask again with a larger length.", kBufferTooSmall};
-    case ZEM_E_NO_DEVICE:
-      return {"ZEM_E_NO_DEVICE", "the command could not be written to the camera",
-              "Check that the camera is still attached and has the vendor extension unit "
-              "(zemctl xu check vendor).",
-              kTransferFailed};
-    case ZEM_E_FAIL:
-      return {"ZEM_E_FAIL", "the library reports a failure",
-              "Check the arguments, then run this command once more.", kLibraryRefused};
-    default:
-      break;
-  }
-  if (result > 0) {
-    return {"positive result", "done", "", kDone};
-  }
-  return {"platform failure", "the platform reported a failure",
-          "Check that the camera is still attached and has the unit and the control.",
-          kTransferFailed};
+  const NextStep step = StepAfter(result);
+  return {ZemResultName(result), ZemResultText(result), step.advice, step.exitCode};
 }
 
 CallFailure::CallFailure(const std::string& function, ZemResult result, ResultText text)
