@@ -4,14 +4,19 @@
 
 #include <cstring>
 
-#include "platform/com.h"
+#include "platform/com_unused.h"
 
 namespace zem::testing {
 
-class BareCamera : public IBaseFilter, public IKsTopologyInfo, public IKsControl {
+// What a camera has to have to be one.
+class CameraInterfaces : public IBaseFilter, public IKsTopologyInfo, public IKsControl {
  public:
-  virtual ~BareCamera() = default;
+  virtual ~CameraInterfaces() = default;
+};
 
+class BareCamera
+    : public NodesOnlyTopology<StreamlessFilter<PropertiesOnlyControl<CameraInterfaces>>> {
+ public:
   // One property request, for whichever node.
   virtual HRESULT Request(const KSP_NODE& request, void* data, ULONG length,
                           ULONG* bytesReturned) = 0;
@@ -43,36 +48,6 @@ class BareCamera : public IBaseFilter, public IKsTopologyInfo, public IKsControl
     std::memcpy(&request, property, sizeof(request));
     return Request(request, data, dataLength, bytesReturned);
   }
-
-  // ---- Never called ----
-
-  HRESULT STDMETHODCALLTYPE get_NumCategories(DWORD*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Category(DWORD, GUID*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_ConnectionInfo(DWORD, KSTOPOLOGY_CONNECTION*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE get_NodeName(DWORD, WCHAR*, DWORD, DWORD*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD, ULONG, LPVOID, ULONG, ULONG*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT, ULONG, LPVOID, ULONG, ULONG*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetClassID(CLSID*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Stop() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Pause() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Run(REFERENCE_TIME) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetState(DWORD, FILTER_STATE*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE SetSyncSource(IReferenceClock*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetSyncSource(IReferenceClock**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumPins(IEnumPins**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE FindPin(LPCWSTR, IPin**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryFilterInfo(FILTER_INFO*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE JoinFilterGraph(IFilterGraph*, LPCWSTR) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryVendorInfo(LPWSTR*) override { return E_NOTIMPL; }
 };
 
 }  // namespace zem::testing

@@ -220,13 +220,15 @@ std::shared_ptr<Replay>& ThreadReplay() {
 namespace {
 
 using zem::ComPtr;
+using zem::NodesOnlyTopology;
+using zem::PropertiesOnlyControl;
 using zem::simulator::AnyNull;
 using zem::simulator::ComObject;
 using zem::simulator::QueryOne;
 using zem::simulator::StreamlessFilter;
 using Source = std::shared_ptr<Replay>;
 
-class ReplayedNode : public ComObject<IKsControl> {
+class ReplayedNode : public PropertiesOnlyControl<ComObject<IKsControl>> {
  public:
   ReplayedNode(Source replay, std::uint32_t camera) : replay_(std::move(replay)), camera_(camera) {}
 
@@ -244,15 +246,6 @@ class ReplayedNode : public ComObject<IKsControl> {
     auto* const bytes = static_cast<std::uint8_t*>(data);
     return request.Property.Id == 0 ? Inform(request, bytes, dataLength, *bytesReturned)
                                     : Move(request, bytes, dataLength, *bytesReturned);
-  }
-
-  HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD /*method*/, ULONG /*methodLength*/, LPVOID /*data*/,
-                                     ULONG /*dataLength*/, ULONG* /*bytesReturned*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT /*event*/, ULONG /*eventLength*/, LPVOID /*data*/,
-                                    ULONG /*dataLength*/, ULONG* /*bytesReturned*/) override {
-    return E_NOTIMPL;
   }
 
  private:
@@ -361,7 +354,7 @@ class ReplayedControls : public ComObject<Interface> {
   GUID id_;
 };
 
-class ReplayedCamera : public StreamlessFilter<IKsTopologyInfo> {
+class ReplayedCamera : public NodesOnlyTopology<StreamlessFilter<IKsTopologyInfo>> {
  public:
   ReplayedCamera(Source replay, std::uint32_t camera)
       : replay_(std::move(replay)), camera_(camera) {}
@@ -392,20 +385,6 @@ class ReplayedCamera : public StreamlessFilter<IKsTopologyInfo> {
   }
 
   // ---- IKsTopologyInfo ----
-
-  HRESULT STDMETHODCALLTYPE get_NumCategories(DWORD* /*count*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Category(DWORD /*index*/, GUID* /*category*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD* /*count*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_ConnectionInfo(DWORD /*index*/,
-                                               KSTOPOLOGY_CONNECTION* /*connection*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE get_NodeName(DWORD /*node*/, WCHAR* /*name*/, DWORD /*size*/,
-                                         DWORD* /*nameLength*/) override {
-    return E_NOTIMPL;
-  }
 
   HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
     Lookup lookup{Lookup::What::kNodes};
