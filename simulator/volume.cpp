@@ -52,23 +52,6 @@ std::optional<Header> ReadHeader(std::span<const std::uint8_t> block) {
   return header;
 }
 
-std::uint32_t SystemError(const ScsiResult& result) {
-  if (result.status != 0) {
-    return 0;
-  }
-  switch (result.outcome) {
-    case ScsiOutcome::kDone:
-      return 0;
-    case ScsiOutcome::kRefused:
-      return kDeviceError;
-    case ScsiOutcome::kFailed:
-      return result.error != 0 ? result.error : kGeneralFailure;
-    case ScsiOutcome::kGone:
-      break;
-  }
-  return kNotConnected;
-}
-
 // Whether the device answered at all, were it with a refusal.
 bool HasAnswered(const ScsiResult& result) {
   return result.outcome == ScsiOutcome::kDone || result.status != 0;
@@ -86,6 +69,23 @@ void ReturnHeader(std::span<const std::uint8_t> input, std::span<std::uint8_t> o
 }
 
 }  // namespace
+
+std::uint32_t SystemErrorOf(const ScsiResult& result) {
+  if (result.status != 0) {
+    return 0;
+  }
+  switch (result.outcome) {
+    case ScsiOutcome::kDone:
+      return 0;
+    case ScsiOutcome::kRefused:
+      return kDeviceError;
+    case ScsiOutcome::kFailed:
+      return result.error != 0 ? result.error : kGeneralFailure;
+    case ScsiOutcome::kGone:
+      break;
+  }
+  return kNotConnected;
+}
 
 bool Volume::IsNamed(std::wstring_view path) const {
   const std::wstring name = std::wstring(L"\\\\.\\") + bootLoader_->letter() + L':';
@@ -158,7 +158,7 @@ std::uint32_t Volume::PassThrough(std::span<const std::uint8_t> input,
     }
     ReturnHeader(input, output, result);
   }
-  return SystemError(result);
+  return SystemErrorOf(result);
 }
 
 // The direct form: the block holds the address of the caller's buffer.
@@ -177,7 +177,7 @@ std::uint32_t Volume::PassThroughDirect(std::span<const std::uint8_t> input,
   if (HasAnswered(result)) {
     ReturnHeader(input, output, result);
   }
-  return SystemError(result);
+  return SystemErrorOf(result);
 }
 
 }  // namespace zem::simulator

@@ -28,6 +28,10 @@ inline constexpr std::uint32_t kInvalidParameter = 87;
 inline constexpr std::uint32_t kDeviceError = 1117;
 inline constexpr std::uint32_t kNotConnected = 1167;
 
+// The system error that a host gets for what a boot loader answered; 0 when it has answered, were it
+// with the SCSI status of a refusal.
+std::uint32_t SystemErrorOf(const ScsiResult& result);
+
 class Volume {
  public:
   explicit Volume(std::shared_ptr<BootLoader> bootLoader) : bootLoader_(std::move(bootLoader)) {}

@@ -11,6 +11,7 @@
 
 #include "platform/linux/device_file.h"
 #include "platform/linux/errors.h"
+#include "platform/linux/generic_errors.h"
 #include "platform/linux/sysfs.h"
 #include "platform/platform.h"
 #include "platform/scsi.h"
@@ -23,51 +24,6 @@ thread_local std::uint32_t lastError = 0;
 
 constexpr wchar_t kFirstLetter = L'c';
 constexpr std::size_t kMaxVolumes = 24;
-
-// Status of a SCSI device.
-constexpr std::uint8_t kGood = 0x00;
-constexpr std::uint8_t kBusyStatus = 0x08;
-constexpr std::uint8_t kReservationConflict = 0x18;
-constexpr std::uint8_t kTaskSetFull = 0x28;
-
-// What became of a request before it had a status, by the host adapter's word.
-struct HostRow {
-  std::uint16_t host;
-  std::uint32_t windows;
-};
-constexpr HostRow kHostRows[] = {
-    {0x01, kNotConnected},      // no such device
-    {0x02, kBusy},              // the bus stayed busy
-    {0x03, kSemaphoreTimeout},  // timed out
-    {0x04, kNotConnected},      // no such target
-    {0x05, kRequestAborted},
-    {0x07, kGeneralFailure},  // a phase error, or unplugged on the way
-    {0x08, kGeneralFailure},  // the bus was reset
-};
-
-// Nothing when the command was carried out.
-std::optional<std::uint32_t> ErrorOf(const sg_io_hdr& request) {
-  if (request.host_status != 0) {
-    const auto* const row = std::find_if(
-        std::begin(kHostRows), std::end(kHostRows),
-        [&](const HostRow& candidate) { return candidate.host == request.host_status; });
-    return row != std::end(kHostRows) ? row->windows : kGeneralFailure;
-  }
-  switch (request.status) {
-    case kGood:
-      break;
-    case kBusyStatus:
-    case kReservationConflict:
-    case kTaskSetFull:
-      return kBusy;
-    default:
-      return kDeviceError;
-  }
-  // Its lower half is the driver's own error; the flag of sense data that came is none.
-  constexpr std::uint16_t kDriverErrorMask = 0x07;
-  return (request.driver_status & kDriverErrorMask) != 0 ? std::optional(kGeneralFailure)
-                                                         : std::nullopt;
-}
 
 // A pass-through request in either form, within a block of `size` bytes.
 template <class Header>
@@ -114,7 +70,7 @@ class PassThrough {
       return ErrorOfErrno(sent);
     }
     header_.ScsiStatus = request.status;
-    const std::uint32_t error = ErrorOf(request).value_or(0);
+    const std::uint32_t error = ErrorOfGeneric(request);
     if (error == 0) {
       header_.SenseInfoLength = request.sb_len_wr;
       header_.DataTransferLength -= static_cast<std::uint32_t>(

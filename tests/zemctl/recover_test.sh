@@ -95,15 +95,15 @@ seconds() {
 # The wrong updater: nothing comes, the same boot loader comes, or the boot loader does not take it. The
 # library itself would look for five minutes.
 boot '"afterJump":"gone",'
-seconds 7 with_boot 3 'the updater was sent, but its storage did not show up within 5 s' "${recover[@]}" --yes
+seconds 20 with_boot 3 'the updater was sent, but its storage did not show up within 5 s' "${recover[@]}" --yes
 says 'Camera: no volume has answered since the loaded code was started; the code was loaded and started; nothing was erased or written'
 says 'the updater of this camera'
 again
 boot '"afterJump":"bootLoader",'
-seconds 7 with_boot 3 'its storage did not show up within 5 s' "${recover[@]}" --yes
+seconds 20 with_boot 3 'its storage did not show up within 5 s' "${recover[@]}" --yes
 says 'Camera: in ROM boot at F: (boot loader VSN3)'
 boot '"faults":["refuse@8"],'
-seconds 4 with_boot 3 'its storage did not show up within 1 s (jump: error 1117)' \
+seconds 20 with_boot 3 'its storage did not show up within 1 s (jump: error 1117)' \
   "${recover[@]}" --yes --updater-wait 1
 boot '"absentOpens":8,'
 with_boot 3 'its storage did not show up within 1 s' "${recover[@]}" --yes --updater-wait 1

@@ -7,6 +7,7 @@ namespace {
 
 using zemctl::FindScsiLoss;
 using zemctl::ScsiCommand;
+using zemctl::ScsiRecord;
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -98,6 +99,23 @@ TEST(ScsiRecordTest, ASearchMayFail) {
   ScsiCommand identify = In(Vendor({0x01}), 16, 0);
   identify.error = 1117;
   EXPECT_EQ(LossOf({inquiry, identify}), "none");
+}
+
+// Of the volumes that could not be opened those count that are there.
+TEST(ScsiRecordTest, KeepsWhichVolumesWereRefusedLast) {
+  ScsiRecord record([] { return 0; }, [] { return false; });
+  record.NoteOpening("C:", {5, "/dev/sg0"});
+  record.NoteOpening("D:", {zemctl::kNoSuchVolume});
+  record.NoteOpening("E:", {1167, "/dev/sg2"});
+  record.NoteOpening("F:", {170, "/dev/sg3"});
+  record.NoteOpening("G:", {});
+  ASSERT_EQ(record.refusals().size(), 2U);
+  EXPECT_EQ(record.refusals().at("C:").error, 5U);
+  EXPECT_EQ(record.refusals().at("C:").path, "/dev/sg0");
+  EXPECT_EQ(record.refusals().at("F:").error, 170U);
+  record.NoteOpening("C:", {});
+  record.NoteOpening("F:", {zemctl::kNoSuchVolume});
+  EXPECT_TRUE(record.refusals().empty());
 }
 
 }  // namespace

@@ -35,6 +35,8 @@ const std::vector<std::string> kLines = {
     R"({"type":"volume","ms":8,"drive":"F:","number":1,"there":true})",
     R"({"type":"scsi","ms":9,"drive":"F:","direction":"in","cdb":"fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00","length":16,"data":"aa 55","status":0,"error":0})",
     R"({"type":"end","ms":10,"exit_code":7})",
+    R"({"type":"volume","ms":11,"drive":"C:","number":1,"there":false})",
+    R"({"type":"volume","ms":12,"drive":"C:","number":2,"there":false,"error":5,"path":"/dev/sg0"})",
 };
 
 TEST(TraceLinesTest, EachTypeIsReadAndWrittenAgain) {
@@ -145,6 +147,9 @@ TEST(TraceLinesTest, MalformedMembersAreRefused) {
   EXPECT_EQ(WhyNot(replaced(6, "-13", "-2147483649")),
             "line 2: \"values\" is not a number that can stand there");
   EXPECT_EQ(WhyNot(replaced(7, "true", "1")), "line 2: \"there\" is neither true nor false");
+  EXPECT_EQ(WhyNot(replaced(11, R"("error":5)", R"("error":-5)")),
+            "line 2: \"error\" is not a number that can stand there");
+  EXPECT_EQ(WhyNot(replaced(11, R"(,"path":"/dev/sg0")", "")), "line 2: \"path\" is missing");
   EXPECT_EQ(WhyNot(replaced(8, R"("status":0)", R"("status":256)")),
             "line 2: \"status\" is not a number that can stand there");
 }

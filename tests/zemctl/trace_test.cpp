@@ -227,10 +227,10 @@ TEST(ReplayTest, AnswersScsiCommandsAndRefusesOthers) {
       R"("status":0,"error":1117})"
       "\n";
   Replay replay(zemctl::ParseTrace(text));
-  EXPECT_FALSE(replay.IsThere("F:"));
-  EXPECT_FALSE(replay.IsThere("F:"));
-  EXPECT_TRUE(replay.IsThere("F:"));
-  EXPECT_TRUE(replay.IsThere("F:"));
+  EXPECT_EQ(replay.OpenVolume("F:").error, 2U);
+  EXPECT_EQ(replay.OpenVolume("F:").error, 2U);
+  EXPECT_TRUE(replay.OpenVolume("F:").isOpen());
+  EXPECT_TRUE(replay.OpenVolume("F:").isOpen());
   zemctl::ScsiCommand inquiry;
   inquiry.drive = "F:";
   inquiry.cdb = {0x12, 0, 0, 0, 0x24, 0};

@@ -3,17 +3,16 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <bit>
-
 #include "romboot/pass_through_blocks.h"
 #include "simulator/volume.h"
+#include "tools/zemctl/camera/pass_through_request.h"
 
 namespace {
 
 using zem::simulator::BootLoader;
 using zem::simulator::BootLoaderOptions;
 using zem::simulator::Volume;
+using zemctl::PassThroughRequest;
 using zemctl::ScsiCommand;
 using zemctl::ScsiRecord;
 using zemctl::VolumeSource;
@@ -35,7 +34,8 @@ class VolumeWatchTest : public ::testing::Test {
     zem::FillHeader(buffered_.header, 16, SCSI_IOCTL_DATA_IN, length, 2);
     buffered_.header.DataBufferOffset = zem::kDataOffset;
     std::copy(cdb.begin(), cdb.end(), buffered_.header.Cdb);
-    return watch_.Control(handle_, &buffered_, [&] {
+    PassThroughRequest asked(&buffered_);
+    return watch_.Control(handle_, asked, [&] {
       return Ask(zem::simulator::kScsiPassThrough, &buffered_, sizeof(buffered_.header),
                  zem::kDataOffset + length);
     });
@@ -46,7 +46,8 @@ class VolumeWatchTest : public ::testing::Test {
                     static_cast<std::uint32_t>(data.size()), 10);
     request.header.DataBuffer = data.data();
     std::copy(cdb.begin(), cdb.end(), request.header.Cdb);
-    return watch_.Control(handle_, &request, [&] {
+    PassThroughRequest asked(&request);
+    return watch_.Control(handle_, asked, [&] {
       return Ask(zem::simulator::kScsiPassThroughDirect, &request, sizeof(request),
                  sizeof(request));
     });
@@ -190,7 +191,9 @@ TEST_F(VolumeWatchTest, WaitsOnlyAsLongAsItMakesSense) {
 
 class OneAnswer : public VolumeSource {
  public:
-  bool IsThere(const std::string& drive) override { return drive == "F:"; }
+  zemctl::VolumeOpening OpenVolume(const std::string& drive) override {
+    return {drive == "F:" ? 0 : zemctl::kNoSuchVolume};
+  }
   void Execute(ScsiCommand& command) override {
     asked = command;
     command.data = {1, 2, 3};
@@ -206,7 +209,8 @@ TEST_F(VolumeWatchTest, ASourceAnswersInPlaceOfTheSystem) {
   buffered_.header.DataBufferOffset = zem::kDataOffset;
   buffered_.header.Cdb[3] = 4;
   // A refusal of the device is an error to the library, which looks at nothing else.
-  EXPECT_EQ(watch_.Control(handle_, &buffered_, source), 1117U);
+  PassThroughRequest request(&buffered_);
+  EXPECT_EQ(watch_.Control(handle_, request, source), 1117U);
   EXPECT_EQ(record_.commands()[0].error, 0U);
   EXPECT_EQ(source.asked.drive, "F:");
   EXPECT_EQ(source.asked.cdb[3], 4);

@@ -173,14 +173,14 @@ HRESULT Replay::Ask(std::uint32_t camera, Lookup& lookup) {
   return lookup.result;
 }
 
-bool Replay::IsThere(const std::string& drive) {
+VolumeOpening Replay::OpenVolume(const std::string& drive) {
   TracedVolume volume;
   volume.drive = drive;
   const auto* const answer = Answer<TracedVolume>(questions_[QuestionOf(volume)]);
   if (answer == nullptr) {
     LackAnswer("a look for the volume " + drive);
   }
-  return answer != nullptr && answer->isThere;
+  return answer != nullptr ? answer->opening : volume.opening;
 }
 
 void Replay::Execute(ScsiCommand& command) {

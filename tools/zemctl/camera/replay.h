@@ -46,7 +46,7 @@ class Replay : public VolumeSource {
   // Answers a question, of which everything but the answer is given. A failure as the trace has it.
   HRESULT Ask(std::uint32_t camera, Lookup& lookup);
 
-  bool IsThere(const std::string& drive) override;
+  VolumeOpening OpenVolume(const std::string& drive) override;
   void Execute(ScsiCommand& command) override;
 
   // Carries a transfer out, of which everything but the answer is given.

@@ -138,6 +138,16 @@ void ScsiRecord::Add(ScsiCommand command, std::uint64_t began) {
   commands_.push_back(std::move(command));
 }
 
+void ScsiRecord::NoteOpening(const std::string& drive, const VolumeOpening& opening) {
+  refusals_.erase(drive);
+  if (!opening.isOpen() && !MeansVolumeGone(opening.error)) {
+    refusals_[drive] = opening;
+  }
+  for (const OpeningObserver& observer : openingObservers_) {
+    observer(drive, opening);
+  }
+}
+
 bool ScsiRecord::MayOpen(const std::string& drive) const {
   return isOpen() && (only_.empty() || drive == only_) && !excluded_.contains(drive);
 }

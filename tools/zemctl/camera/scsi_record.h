@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -31,6 +32,17 @@ struct ScsiCommand {
   // The storage address of a read or a write, and the bytes that it moves.
   std::uint32_t address() const;
 };
+
+// How an attempt to open a volume ended.
+struct VolumeOpening {
+  std::uint32_t error = 0;  // the system's; 0: it is open
+  std::string path = {};    // of its device file, where volumes have one
+
+  bool isOpen() const { return error == 0; }
+};
+
+// The error of a volume that is not there.
+inline constexpr std::uint32_t kNoSuchVolume = 2;
 
 // "write storage", "inquiry"; empty for a command that has no name.
 std::string NameOfCdb(const std::vector<std::uint8_t>& cdb);
@@ -72,15 +84,15 @@ class ScsiRecord {
   void AddObserver(Observer observer) { observers_.push_back(std::move(observer)); }
 
   // The library has tried to open a volume.
-  using OpeningObserver = std::function<void(const std::string& drive, bool isOpen)>;
-  void NoteOpening(const std::string& drive, bool isOpen) const {
-    for (const OpeningObserver& observer : openingObservers_) {
-      observer(drive, isOpen);
-    }
-  }
+  using OpeningObserver =
+      std::function<void(const std::string& drive, const VolumeOpening& opening)>;
+  void NoteOpening(const std::string& drive, const VolumeOpening& opening);
   void AddOpeningObserver(OpeningObserver observer) {
     openingObservers_.push_back(std::move(observer));
   }
+
+  // The drives that are there but could not be opened when that was tried last.
+  const std::map<std::string, VolumeOpening>& refusals() const { return refusals_; }
 
   std::uint64_t Now() const { return clock_() - start_; }
 
@@ -109,6 +121,7 @@ class ScsiRecord {
   std::vector<ScsiCommand> commands_;
   std::vector<Observer> observers_;
   std::vector<OpeningObserver> openingObservers_;
+  std::map<std::string, VolumeOpening> refusals_;
   std::string only_;
   std::set<std::string> excluded_;
   std::optional<std::uint64_t> end_;

@@ -138,7 +138,11 @@ struct Writer {
     Json json = Begin("volume", milliseconds);
     json["drive"] = volume.drive;
     json["number"] = volume.number;
-    json["there"] = volume.isThere;
+    json["there"] = volume.opening.isOpen();
+    if (!volume.opening.isOpen() && volume.opening.error != kNoSuchVolume) {
+      json["error"] = volume.opening.error;
+      json["path"] = volume.opening.path;
+    }
     return json;
   }
 
@@ -396,8 +400,14 @@ TraceEvent ReadVolume(const Json& json) {
   if (!isThere.is_boolean()) {
     throw Wrong{"\"there\" is neither true nor false"};
   }
-  return TracedVolume{TakeText(json, "drive"), TakeNumber<std::uint64_t>(json, "number"),
-                      isThere.get<bool>()};
+  TracedVolume volume{TakeText(json, "drive"), TakeNumber<std::uint64_t>(json, "number"), {}};
+  if (!isThere.get<bool>()) {
+    volume.opening =
+        json.contains("error")
+            ? VolumeOpening{TakeNumber<std::uint32_t>(json, "error"), TakeText(json, "path")}
+            : VolumeOpening{kNoSuchVolume};
+  }
+  return volume;
 }
 
 TraceEvent ReadCommand(const Json& json) {

@@ -59,12 +59,12 @@ struct TracedTransfer {
   bool leftOut = false;  // its bytes are a serial number, and zeros stand for them
 };
 
-// Whether a volume could be opened, as it was the `number`th time (from 1) and, until another line
+// How opening a volume ended, as it did the `number`th time (from 1) and, until another line
 // says otherwise, every time after that.
 struct TracedVolume {
   std::string drive;  // such as "F:"
   std::uint64_t number = 0;
-  bool isThere = false;
+  VolumeOpening opening = {kNoSuchVolume};
 };
 
 // A SCSI command to a volume.

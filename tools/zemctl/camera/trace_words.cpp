@@ -317,7 +317,10 @@ struct Clause {
   }
   std::string operator()(const TracedVolume& volume) const {
     return "a look for the volume " + volume.drive + ", " +
-           (volume.isThere ? "there" : "not there");
+           (volume.opening.isOpen() ? "there" : "not there") +
+           (volume.opening.path.empty()
+                ? ""
+                : ": " + volume.opening.path + ", error " + std::to_string(volume.opening.error));
   }
   std::string operator()(const TracedCommand& traced) const {
     const ScsiCommand& command = traced.command;

@@ -11,8 +11,8 @@ void TraceVolumes(ScsiRecord& record) {
     return;
   }
   record.AddObserver([trace](const ScsiCommand& command) { trace->Write(TracedCommand{command}); });
-  record.AddOpeningObserver([trace](const std::string& drive, bool isOpen) {
-    trace->WriteVolume({drive, 0, isOpen});
+  record.AddOpeningObserver([trace](const std::string& drive, const VolumeOpening& opening) {
+    trace->WriteVolume({drive, 0, opening});
   });
 }
 

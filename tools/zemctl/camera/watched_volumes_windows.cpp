@@ -6,6 +6,7 @@
 #include <set>
 
 #include "simulator/windows/import_hook.h"
+#include "tools/zemctl/camera/pass_through_request.h"
 #include "tools/zemctl/camera/traced_volumes.h"
 #include "tools/zemctl/camera/watched_volumes.h"
 
@@ -45,12 +46,18 @@ HANDLE WINAPI OpenWatched(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_AT
     return Refuse(ERROR_FILE_NOT_FOUND);
   }
   HANDLE handle = Refuse(ERROR_FILE_NOT_FOUND);
-  if (watching->source == nullptr) {
+  VolumeOpening opening = {kNoSuchVolume};
+  if (watching->source != nullptr) {
+    opening = watching->source->OpenVolume(*drive);
+    if (opening.isOpen()) {
+      handle = watching->handles.insert(std::make_unique<char>()).first->get();
+    }
+  } else {
     handle = watching->open(path, access, share, security, creation, flags, pattern);
-  } else if (watching->source->IsThere(*drive)) {
-    handle = watching->handles.insert(std::make_unique<char>()).first->get();
+    // Why a volume cannot be opened is not told apart: there are always some, such as the system's.
+    opening.error = handle != INVALID_HANDLE_VALUE ? 0 : kNoSuchVolume;
   }
-  watching->watch.record().NoteOpening(*drive, handle != INVALID_HANDLE_VALUE);
+  watching->watch.record().NoteOpening(*drive, opening);
   if (handle != INVALID_HANDLE_VALUE) {
     watching->watch.Opened(handle, *drive);
   }
@@ -63,10 +70,11 @@ BOOL WINAPI ControlWatched(HANDLE handle, DWORD code, LPVOID input, DWORD inputS
     return watching->control(handle, code, input, inputSize, output, outputSize, returned,
                              overlapped);
   }
+  PassThroughRequest request(input);
   const std::uint32_t error =
       watching->source != nullptr
-          ? watching->watch.Control(handle, input, *watching->source)
-          : watching->watch.Control(handle, input, [&] {
+          ? watching->watch.Control(handle, request, *watching->source)
+          : watching->watch.Control(handle, request, [&] {
               return watching->control(handle, code, input, inputSize, output, outputSize, returned,
                                        overlapped) != FALSE
                          ? std::uint32_t{0}
