@@ -16,12 +16,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t length = std::min<std::size_t>(data[position], size - position - 1);
     ++position;
     if (length > 0) {
-      static_cast<void>(device.Send({data + position, length}));
+      static_cast<void>(device.Send(simulator::usb::kStorageOut, {data + position, length}));
       position += length;
       continue;
     }
     constexpr std::size_t kPiece = 512;
-    const auto answer = device.Receive(kPiece);
+    const auto answer = device.Receive(simulator::usb::kStorageIn, kPiece, {});
     if (answer && answer->data.size() > kPiece) {
       std::abort();
     }

@@ -110,6 +110,8 @@ ScsiResult BootLoader::Answer(Cdb cdb, bool dataIn, Data data) {
         // The value that stands for none is no SCSI status.
         return {ScsiOutcome::kRefused, 0, 0,
                 static_cast<std::uint8_t>(fault.value > 1 ? fault.value : 0)};
+      case Fault::Kind::kSilent:
+        return {ScsiOutcome::kSilent, 0, 0};
       case Fault::Kind::kUnplug:
         ChangeStage(BootStage::kGone);
         return {ScsiOutcome::kGone, 0, 0};

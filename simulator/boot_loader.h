@@ -56,6 +56,7 @@ enum class ScsiOutcome {
   kDone,
   kRefused,  // no such command, or not with these parameters
   kFailed,   // the transfer failed
+  kSilent,   // the device never answered
   kGone,     // the device left
 };
 

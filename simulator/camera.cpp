@@ -45,6 +45,9 @@ Camera::Disturbance Camera::NextTransfer() {
           replugObserver_();
         }
         break;
+      case Fault::Kind::kSilent:
+        disturbance.silent = true;
+        break;
     }
   }
   return disturbance;
@@ -96,6 +99,8 @@ Outcome Camera::Set(std::size_t node, std::uint16_t selector, std::span<const st
   Outcome outcome = Outcome::kDone;
   if (unplugged_) {
     outcome = Outcome::kUnplugged;
+  } else if (disturbance.silent) {
+    outcome = Outcome::kSilent;
   } else if (disturbance.fail) {
     outcome = Outcome::kFailed;
   } else if (disturbance.garbage) {
@@ -116,6 +121,9 @@ Outcome Camera::Answer(ExtensionUnit& unit, std::uint16_t selector, std::size_t 
                        const Disturbance& disturbance, std::vector<std::uint8_t>& answer) {
   if (unplugged_) {
     return Outcome::kUnplugged;
+  }
+  if (disturbance.silent) {
+    return Outcome::kSilent;
   }
   if (disturbance.fail) {
     return Outcome::kFailed;
@@ -165,6 +173,9 @@ Outcome Camera::UseControl(ControlFamily family, std::int32_t property, Standard
   const Disturbance disturbance = NextTransfer();
   if (unplugged_) {
     return Outcome::kUnplugged;
+  }
+  if (disturbance.silent) {
+    return Outcome::kSilent;
   }
   if (disturbance.fail) {
     return Outcome::kFailed;

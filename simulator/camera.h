@@ -25,6 +25,7 @@ enum class Outcome {
   kWrongLength,    // the length does not suit the control
   kInvalidValue,   // the control does not take this value
   kFailed,         // the device stalled the transfer
+  kSilent,         // the device never answered
   kUnplugged,      // the device is gone
 };
 
@@ -143,6 +144,7 @@ class Camera {
   // What the faults make of a transfer.
   struct Disturbance {
     bool fail = false;
+    bool silent = false;
     const Fault* refuse = nullptr;
     const Fault* shorten = nullptr;
     const Fault* length = nullptr;

@@ -209,6 +209,8 @@ HRESULT ResultOf(Outcome outcome) {
       return kInvalidParameterResult;
     case Outcome::kFailed:
       return kGenFailureResult;
+    case Outcome::kSilent:
+      return kTimedOutResult;
     case Outcome::kUnplugged:
       return kNotConnectedResult;
   }

@@ -10,7 +10,7 @@ namespace {
 // The status of a refusal for which no value is given.
 constexpr std::uint32_t kAnyRefusal = 1;
 
-constexpr std::array<std::pair<std::string_view, Fault::Kind>, 9> kKinds = {{
+constexpr std::array<std::pair<std::string_view, Fault::Kind>, 10> kKinds = {{
     {"fail", Fault::Kind::kFail},
     {"refuse", Fault::Kind::kRefuse},
     {"short", Fault::Kind::kShort},
@@ -20,6 +20,7 @@ constexpr std::array<std::pair<std::string_view, Fault::Kind>, 9> kKinds = {{
     {"unplug", Fault::Kind::kUnplug},
     {"leave", Fault::Kind::kLeave},
     {"replug", Fault::Kind::kReplug},
+    {"silent", Fault::Kind::kSilent},
 }};
 
 std::optional<std::uint32_t> ParseNumber(std::string_view text) {

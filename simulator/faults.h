@@ -22,6 +22,7 @@ struct Fault {
              // fault
     kReplug,  // the camera is gone, and has been plugged in again as a new one; a boot loader has
               // no such fault
+    kSilent,  // the transfer is not answered and does nothing; the host gives up waiting
   };
 
   Kind kind = Kind::kFail;

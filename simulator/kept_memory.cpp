@@ -10,6 +10,7 @@
 #include <span>
 #include <stdexcept>
 
+#include "simulator/hex_text.h"
 #include "simulator/utf8_files.h"
 
 namespace zem::simulator {
@@ -21,16 +22,6 @@ constexpr std::size_t kPageSize = 256;
 constexpr std::uint8_t kFill = 0xFF;
 // More than any camera has.
 constexpr std::size_t kLargestMemory = 0x1000000;
-
-std::string HexOf(std::span<const std::uint8_t> bytes) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string text;
-  for (const std::uint8_t byte : bytes) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 0xF];
-  }
-  return text;
-}
 
 std::size_t ParseHex(std::string_view digits) {
   std::size_t number = 0;

@@ -81,6 +81,8 @@ std::uint32_t SystemErrorOf(const ScsiResult& result) {
       return kDeviceError;
     case ScsiOutcome::kFailed:
       return result.error != 0 ? result.error : kGeneralFailure;
+    case ScsiOutcome::kSilent:
+      return kTimedOut;
     case ScsiOutcome::kGone:
       break;
   }

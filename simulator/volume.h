@@ -25,6 +25,7 @@ inline constexpr std::uint32_t kNoSuchHandle = 6;
 inline constexpr std::uint32_t kGeneralFailure = 31;
 inline constexpr std::uint32_t kNoSuchFunction = 1;
 inline constexpr std::uint32_t kInvalidParameter = 87;
+inline constexpr std::uint32_t kTimedOut = 121;
 inline constexpr std::uint32_t kDeviceError = 1117;
 inline constexpr std::uint32_t kNotConnected = 1167;
 

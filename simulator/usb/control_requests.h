@@ -32,7 +32,13 @@ enum class StallReason : std::uint8_t {
 };
 
 struct Answer {
-  enum class Kind { kDone, kStalled, kGone };
+  enum class Kind {
+    kDone,
+    kStalled,
+    kTooMuch,  // more came than the host asked for
+    kSilent,   // no answer; the host gives up waiting
+    kGone,     // the device has left
+  };
 
   Kind kind = Kind::kDone;
   std::vector<std::uint8_t> data;  // of a transfer in
@@ -42,6 +48,10 @@ struct Answer {
     return {Kind::kDone, std::move(data), StallReason::kNone};
   }
   static Answer Stalled(StallReason reason) { return {Kind::kStalled, {}, reason}; }
+  static Answer TooMuch(std::vector<std::uint8_t> data) {
+    return {Kind::kTooMuch, std::move(data), StallReason::kNone};
+  }
+  static Answer Silent() { return {Kind::kSilent, {}, StallReason::kNone}; }
   static Answer Gone() { return {Kind::kGone, {}, StallReason::kNone}; }
 };
 

@@ -68,13 +68,16 @@ DeviceDescriptors DescribeStorage(const CameraOptions& options) {
 UsbBootLoader::UsbBootLoader(const CameraOptions& options, std::shared_ptr<BootLoader> bootLoader)
     : bootLoader_(std::move(bootLoader)), standard_(DescribeStorage(options)) {}
 
-Answer UsbBootLoader::Control(const SetupPacket& setup) {
-  if (gone_) {
+Answer UsbBootLoader::Control(const SetupPacket& setup, std::span<const std::uint8_t> /*data*/) {
+  if (isGone()) {
     return Answer::Gone();
   }
   Answer answer = Answer::Stalled(StallReason::kInvalidRequest);
   if (IsStandard(setup)) {
     answer = standard_.Request(setup);
+    if (IsConfiguring(setup)) {
+      Reset();
+    }
   } else if (IsOfClass(setup) && setup[1] == kMostUnits) {
     answer = Answer::Done({0});
   } else if (IsOfClass(setup) && setup[1] == kReset) {
@@ -89,9 +92,12 @@ void UsbBootLoader::Reset() {
   data_.clear();
 }
 
-Answer UsbBootLoader::Send(std::span<const std::uint8_t> bytes) {
-  if (gone_) {
+Answer UsbBootLoader::Send(std::uint8_t endpoint, std::span<const std::uint8_t> bytes) {
+  if (isGone()) {
     return Answer::Gone();
+  }
+  if (endpoint != kStorageOut) {
+    return Answer::Stalled(StallReason::kNone);
   }
   if (phase_ == Phase::kCommand) {
     return Begin(bytes);
@@ -141,8 +147,11 @@ Answer UsbBootLoader::CarryOut() {
     case ScsiOutcome::kFailed:
       status_ = kPhaseError;
       break;
+    case ScsiOutcome::kSilent:
+      phase_ = Phase::kSilent;
+      return Answer::Done();
     case ScsiOutcome::kGone:
-      gone_ = true;
+      isGone_ = true;
       return Answer::Gone();
   }
   phase_ = command_.isIn && command_.length > 0 ? Phase::kDataIn : Phase::kStatus;
@@ -182,9 +191,13 @@ std::optional<ScsiResult> UsbBootLoader::ExecuteOwn() {
   return ScsiResult{ScsiOutcome::kRefused, 0};
 }
 
-std::optional<Answer> UsbBootLoader::Receive(std::size_t length) {
-  if (gone_) {
+std::optional<Answer> UsbBootLoader::Receive(std::uint8_t endpoint, std::size_t length,
+                                             Time /*now*/) {
+  if (isGone()) {
     return Answer::Gone();
+  }
+  if (endpoint != kStorageIn) {
+    return Answer::Stalled(StallReason::kNone);
   }
   switch (phase_) {
     case Phase::kDataIn: {
@@ -204,6 +217,7 @@ std::optional<Answer> UsbBootLoader::Receive(std::size_t length) {
       return Answer::Stalled(StallReason::kNone);
     case Phase::kCommand:
     case Phase::kDataOut:
+    case Phase::kSilent:
       break;
   }
   return std::nullopt;

@@ -1,6 +1,5 @@
 // A camera in ROM boot as a USB device: mass storage by bulk-only transport around the boot
-// loader's model. It knows no USB/IP. What a host sends is hostile until checked. One thread at a
-// time.
+// loader's model. What a host sends is hostile until checked.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +11,7 @@
 #include "simulator/options.h"
 #include "simulator/usb/control_requests.h"
 #include "simulator/usb/standard_requests.h"
+#include "simulator/usb/usb_device.h"
 
 namespace zem::simulator::usb {
 
@@ -22,25 +22,28 @@ inline constexpr std::uint8_t kStorageOut = 0x02;
 // The most bytes of one command's data.
 inline constexpr std::uint32_t kMostStorageData = 1U << 20;
 
-class UsbBootLoader {
+class UsbBootLoader : public UsbDevice {
  public:
   // With the ids of the camera that it belongs to.
   UsbBootLoader(const CameraOptions& options, std::shared_ptr<BootLoader> bootLoader);
 
-  // A transfer on endpoint 0.
-  Answer Control(const SetupPacket& setup);
+  Answer Control(const SetupPacket& setup, std::span<const std::uint8_t> data) override;
 
-  // Bytes that the host sends: a command, or the data of one.
-  Answer Send(std::span<const std::uint8_t> bytes);
+  // A command, or the data of one.
+  Answer Send(std::uint8_t endpoint, std::span<const std::uint8_t> bytes) override;
 
-  // Bytes that the host asks for: the data of a command, then its status. Nothing while the device
-  // has none; the host waits.
-  std::optional<Answer> Receive(std::size_t length);
+  // The data of a command, then its status.
+  std::optional<Answer> Receive(std::uint8_t endpoint, std::size_t length, Time now) override;
 
-  const DeviceDescriptors& descriptors() const { return standard_.descriptors(); }
+  const DeviceDescriptors& descriptors() const override { return standard_.descriptors(); }
+  bool isGone() const override { return isGone_ || (isLeaving_ && phase_ == Phase::kCommand); }
+
+  // Something else runs in the camera from now on: the device leaves the bus once the host has the
+  // status of the command that did so.
+  void Leave() { isLeaving_ = true; }
 
  private:
-  enum class Phase { kCommand, kDataOut, kDataIn, kStatus, kHalted };
+  enum class Phase { kCommand, kDataOut, kDataIn, kStatus, kHalted, kSilent };
 
   struct Command {
     std::uint32_t tag = 0;
@@ -65,7 +68,8 @@ class UsbBootLoader {
   std::size_t moved_ = 0;  // of it, in the host's sense
   std::uint8_t status_ = 0;
   std::array<std::uint8_t, 3> sense_ = {};  // key, code, qualifier
-  bool gone_ = false;
+  bool isGone_ = false;
+  bool isLeaving_ = false;
 };
 
 }  // namespace zem::simulator::usb

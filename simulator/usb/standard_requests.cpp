@@ -13,6 +13,7 @@ constexpr std::uint8_t kKindMask = 0x60;
 constexpr std::uint8_t kClassKind = 0x20;
 constexpr std::uint8_t kTargetMask = 0x1F;
 constexpr std::uint8_t kToInterface = 0x01;
+constexpr std::uint8_t kToEndpoint = 0x02;
 constexpr std::uint8_t kIn = 0x80;
 
 constexpr std::uint8_t kGetStatus = 0;
@@ -49,6 +50,13 @@ bool IsStandard(const SetupPacket& setup) { return (setup[0] & kKindMask) == 0; 
 
 bool IsOfClass(const SetupPacket& setup) {
   return (setup[0] & kKindMask) == kClassKind && (setup[0] & kTargetMask) == kToInterface;
+}
+
+bool IsConfiguring(const SetupPacket& setup) { return setup[1] == kSetConfiguration; }
+
+bool ClearsHalt(const SetupPacket& setup, std::uint8_t endpoint) {
+  return (setup[0] & kTargetMask) == kToEndpoint && setup[1] == kClearFeature &&
+         setup[4] == endpoint;
 }
 
 Answer CutToRequest(const SetupPacket& setup, Answer answer) {

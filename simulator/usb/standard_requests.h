@@ -42,6 +42,10 @@ Bytes DescribeLanguages();
 bool IsStandard(const SetupPacket& setup);
 bool IsOfClass(const SetupPacket& setup);
 
+// Whether a standard request chooses a configuration, and whether it clears an endpoint's halt.
+bool IsConfiguring(const SetupPacket& setup);
+bool ClearsHalt(const SetupPacket& setup, std::uint8_t endpoint);
+
 // An answer cut to what the host asked for; nothing for a transfer out.
 Answer CutToRequest(const SetupPacket& setup, Answer answer);
 

@@ -71,6 +71,8 @@ Answer AnswerOf(Outcome outcome) {
       return Answer::Stalled(StallReason::kOutOfRange);
     case Outcome::kFailed:
       return Answer::Stalled(StallReason::kNone);
+    case Outcome::kSilent:
+      return Answer::Silent();
     case Outcome::kUnplugged:
       break;
   }

@@ -34,22 +34,27 @@ void Draw(std::vector<std::uint8_t>& picture, std::size_t offset, const Color& c
 
 std::vector<std::uint8_t> DrawTestPicture(std::size_t width, std::size_t height,
                                           std::uint32_t frame) {
-  std::vector<std::uint8_t> picture(2 * width * height);
+  const std::size_t row = 2 * width;
+  std::vector<std::uint8_t> picture(row * height);
+  if (picture.empty()) {
+    return picture;
+  }
+  for (std::size_t x = 0; x < width; x += 2) {
+    Draw(picture, 2 * x, kBars[x * std::size(kBars) / width]);
+  }
+  for (std::size_t y = 1; y < height; ++y) {
+    std::copy_n(picture.begin(), row, picture.begin() + static_cast<std::ptrdiff_t>(y * row));
+  }
   const std::size_t mark = height / 8;
-  const std::size_t markLeft = width > 0 ? kMarkStep * frame % width : 0;
-  const std::size_t markTop = height / 2;
-  for (std::size_t y = 0; y < height; ++y) {
-    for (std::size_t x = 0; x + 1 < width; x += 2) {
-      Color color = kBars[x * std::size(kBars) / width];
-      if (y >= markTop && y < markTop + mark && x >= markLeft && x < markLeft + mark) {
-        color = kWhite;
-      }
-      if (y == 0 && x < kBits * kBitWidth) {
-        const std::size_t bit = kBits - 1 - x / kBitWidth;
-        color = ((frame >> bit) & 1) != 0 ? kWhite : kBlack;
-      }
-      Draw(picture, 2 * (y * width + x), color);
+  const std::size_t markLeft = kMarkStep * frame % width;
+  for (std::size_t y = height / 2; y < height / 2 + mark; ++y) {
+    for (std::size_t x = markLeft; x < std::min(markLeft + mark, width); x += 2) {
+      Draw(picture, y * row + 2 * x, kWhite);
     }
+  }
+  for (std::size_t x = 0; x < std::min(kBits * kBitWidth, width); x += 2) {
+    const std::size_t bit = kBits - 1 - x / kBitWidth;
+    Draw(picture, 2 * x, ((frame >> bit) & 1) != 0 ? kWhite : kBlack);
   }
   return picture;
 }

@@ -26,6 +26,8 @@ constexpr std::uint8_t kEndOfHeader = 0x80;
 
 constexpr std::size_t kProbeLength = 34;
 
+constexpr auto kFrameTime = std::chrono::nanoseconds(100LL * kFrameInterval);
+
 // The one stream that can be negotiated.
 Bytes ProbeBlock() {
   Bytes block(kProbeLength);
@@ -35,6 +37,11 @@ Bytes ProbeBlock() {
   StoreLe32(&block[18], kPictureSize);
   StoreLe32(&block[22], kPayloadSize);
   return block;
+}
+
+// There is no request to stop a stream on a bulk endpoint: a host that stops clears its halt.
+bool EndsStream(const SetupPacket& setup) {
+  return IsConfiguring(setup) || ClearsHalt(setup, kStreamEndpoint);
 }
 
 Answer AnswerOf(Outcome outcome, Bytes data) {
@@ -48,6 +55,8 @@ Answer AnswerOf(Outcome outcome, Bytes data) {
       return Answer::Stalled(StallReason::kOutOfRange);
     case Outcome::kFailed:
       return Answer::Stalled(StallReason::kNone);
+    case Outcome::kSilent:
+      return Answer::Silent();
     case Outcome::kUnplugged:
       break;
   }
@@ -69,6 +78,9 @@ Answer UsbCamera::Control(const SetupPacket& setup, std::span<const std::uint8_t
   Answer answer = Answer::Stalled(StallReason::kInvalidRequest);
   if (IsStandard(setup)) {
     answer = standard_.Request(setup);
+    if (EndsStream(setup)) {
+      StopStream();
+    }
   } else if (IsOfClass(setup)) {
     answer = Video(setup, data);
   }
@@ -129,7 +141,10 @@ Answer UsbCamera::RequestUnit(std::size_t unit, const ControlRequest& request) {
       Bytes bytes(request.length);
       std::uint32_t moved = 0;
       const Outcome outcome = camera_->Get(node, request.selector, bytes, moved);
-      bytes.resize(std::min<std::size_t>(moved, bytes.size()));
+      if (outcome == Outcome::kDone && moved > bytes.size()) {
+        return Answer::TooMuch(std::move(bytes));
+      }
+      bytes.resize(moved);
       return AnswerOf(outcome, std::move(bytes));
     }
     default:
@@ -145,7 +160,8 @@ Answer UsbCamera::RequestStream(const ControlRequest& request) {
     case VideoRequest::kSetCurrent:
       // Whatever the host proposes, there is one stream; a commit begins it.
       if (request.selector == kCommit) {
-        RestartStream();
+        StopStream();
+        isCommitted_ = true;
       }
       return Answer::Done();
     case VideoRequest::kGetLength:
@@ -159,21 +175,65 @@ Answer UsbCamera::RequestStream(const ControlRequest& request) {
   }
 }
 
-void UsbCamera::RestartStream(std::uint32_t frame) {
-  frame_ = frame;
+void UsbCamera::StopStream() {
+  isCommitted_ = false;
+  frame_ = 0;
+  frameDue_ = {};
   picture_.clear();
   sent_ = 0;
+  payload_.clear();
+  TellStream(false);
 }
 
-Bytes UsbCamera::NextPayload(std::size_t room) {
-  if (room <= kPayloadHeader) {
-    return {};
+void UsbCamera::TellStream(bool runs) {
+  if (std::exchange(isStreaming_, runs) != runs && streamObserver_) {
+    streamObserver_(runs);
   }
+}
+
+Answer UsbCamera::Send(std::uint8_t /*endpoint*/, std::span<const std::uint8_t> /*bytes*/) {
+  return isGone() ? Answer::Gone() : Answer::Stalled(StallReason::kNone);
+}
+
+std::optional<Answer> UsbCamera::Receive(std::uint8_t endpoint, std::size_t length, Time now) {
+  if (isGone()) {
+    return Answer::Gone();
+  }
+  if (endpoint != kStreamEndpoint) {
+    return endpoint == kStatusEndpoint ? std::nullopt
+                                       : std::optional(Answer::Stalled(StallReason::kNone));
+  }
+  if (!isCommitted_) {
+    return std::nullopt;
+  }
+  if (payload_.empty()) {
+    if (sent_ == 0 && now < frameDue_) {
+      return std::nullopt;
+    }
+    if (sent_ == 0) {
+      // A host that is late gets no frames in a burst for it.
+      frameDue_ = std::max(frameDue_, now) + kFrameTime;
+      TellStream(true);
+    }
+    payload_ = NextPayload();
+  }
+  const auto end =
+      payload_.begin() + static_cast<std::ptrdiff_t>(std::min(length, payload_.size()));
+  Bytes piece(payload_.begin(), end);
+  payload_.erase(payload_.begin(), end);
+  return Answer::Done(std::move(piece));
+}
+
+std::optional<Time> UsbCamera::NextDue(std::uint8_t endpoint) const {
+  return endpoint == kStreamEndpoint && isCommitted_ ? std::optional(frameDue_) : std::nullopt;
+}
+
+Bytes UsbCamera::NextPayload() {
   if (picture_.empty()) {
     picture_ = DrawTestPicture(kPictureWidth, kPictureHeight, frame_);
   }
-  const std::size_t most = std::min<std::size_t>(room, kPayloadSize) - kPayloadHeader;
-  const std::size_t count = std::min(most, picture_.size() - sent_);
+  const std::size_t count =
+      std::min<std::size_t>(kPayloadSize - kPayloadHeader, picture_.size() - sent_);
   const bool isLast = sent_ + count == picture_.size();
   const auto parity = static_cast<std::uint8_t>(frame_ & kFrameParity);
   Bytes payload = {kPayloadHeader,
@@ -182,7 +242,9 @@ Bytes UsbCamera::NextPayload(std::size_t room) {
   payload.insert(payload.end(), begin, begin + static_cast<std::ptrdiff_t>(count));
   sent_ += count;
   if (isLast) {
-    RestartStream(frame_ + 1);
+    ++frame_;
+    picture_.clear();
+    sent_ = 0;
   }
   return payload;
 }

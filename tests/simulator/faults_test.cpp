@@ -8,6 +8,7 @@
 
 #include "device/extension_units.h"
 #include "simulator/camera.h"
+#include "simulator/com_camera.h"
 #include "tests/support/scripted_unit.h"
 
 namespace {
@@ -27,6 +28,7 @@ TEST(FaultTextTest, Kinds) {
   EXPECT_EQ(ParseFault("leave@1")->kind, Fault::Kind::kLeave);
   EXPECT_EQ(ParseFault("replug@1")->kind, Fault::Kind::kReplug);
   EXPECT_EQ(ParseFault("drop@1")->kind, Fault::Kind::kDrop);
+  EXPECT_EQ(ParseFault("silent@1")->kind, Fault::Kind::kSilent);
 }
 
 TEST(FaultTextTest, Numbers) {
@@ -127,6 +129,21 @@ TEST_F(FaultyCameraTest, WritesAreDroppedOrGarbled) {
   EXPECT_EQ(unit.written[0].size(), sent.size());
   EXPECT_NE(unit.written[0], sent);
   EXPECT_EQ(unit.written[1], sent);
+}
+
+TEST_F(FaultyCameraTest, SilenceAnswersNothingAndDoesNothing) {
+  auto& unit = camera.AddUnit(std::make_unique<WrittenUnit>(zem::H264Xu));
+  camera.AddFault(*ParseFault("silent@1+3"));
+  EXPECT_EQ(Read(), Outcome::kSilent);
+  EXPECT_EQ(bytes[0], 0xEE);
+  EXPECT_EQ(reported, 0U);
+  EXPECT_EQ(camera.Set(1, 1, std::vector<std::uint8_t>{1}), Outcome::kSilent);
+  EXPECT_TRUE(unit.written.empty());
+  zem::simulator::ControlSetting setting;
+  EXPECT_EQ(camera.GetControl(zem::simulator::ControlFamily::kVideoProcessing, 0, setting),
+            Outcome::kSilent);
+  EXPECT_EQ(Read(), Outcome::kDone);
+  EXPECT_EQ(zem::simulator::ResultOf(Outcome::kSilent), static_cast<HRESULT>(0x80070079U));
 }
 
 TEST_F(FaultyCameraTest, LeaveEndsTheTransferFirst) {

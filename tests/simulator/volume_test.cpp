@@ -159,11 +159,11 @@ TEST_F(VolumeTest, BlocksThatTheSystemWouldNotTake) {
 }
 
 TEST_F(VolumeTest, OutcomesAsSystemErrors) {
-  for (const char* const text : {"fail@1", "fail@2=121", "refuse@3", "unplug@4"}) {
+  for (const char* const text : {"fail@1", "fail@2=5", "refuse@3", "silent@4", "unplug@5"}) {
     loader->AddFault(ParseFault(text).value());
   }
   void* const handle = Open();
-  for (const std::uint32_t error : {31U, 121U, 1117U, 1167U}) {
+  for (const std::uint32_t error : {31U, 5U, 1117U, 121U, 1167U}) {
     Bytes block = IdentifyRequest(16);
     EXPECT_EQ(Control(handle, 0x4D004, block), error);
     EXPECT_EQ(block, IdentifyRequest(16)) << "untouched";

@@ -13,6 +13,7 @@ using zem::simulator::CameraOptions;
 using zem::simulator::Fault;
 using zem::simulator::usb::Answer;
 using zem::simulator::usb::Bytes;
+using zem::simulator::usb::SetupPacket;
 using zem::simulator::usb::UsbBootLoader;
 using zem::testing::Joined;
 
@@ -44,10 +45,15 @@ class MassStorageTest : public ::testing::Test {
     return {'U', 'S', 'B', 'S', 0x44, 0x33, 0x22, 0x11, residue, 0, 0, 0, status};
   }
 
-  void SendDone(const Bytes& bytes) { EXPECT_EQ(device_.Send(bytes).kind, Answer::Kind::kDone); }
+  Answer::Kind Send(const Bytes& bytes) { return device_.Send(2, bytes).kind; }
+  void SendDone(const Bytes& bytes) { EXPECT_EQ(Send(bytes), Answer::Kind::kDone); }
+
+  Answer Control(const SetupPacket& setup) { return device_.Control(setup, {}); }
+
+  std::optional<Answer> Ask(std::size_t length) { return device_.Receive(0x81, length, {}); }
 
   Bytes Receive(std::size_t length) {
-    const auto answer = device_.Receive(length);
+    const auto answer = Ask(length);
     EXPECT_TRUE(answer && answer->kind == Answer::Kind::kDone);
     return answer ? answer->data : Bytes();
   }
@@ -68,9 +74,9 @@ TEST_F(MassStorageTest, DescriptorsLiterally) {
   EXPECT_EQ(device_.descriptors().configuration,
             (Bytes{9,    2, 32, 0, 1,    1, 0, 0x80, 50, 9, 4, 0, 0, 2, 8, 6,
                    0x50, 0, 7,  5, 0x81, 2, 0, 2,    0,  7, 5, 2, 2, 0, 2, 0}));
-  EXPECT_EQ(device_.Control({0xA1, 0xFE, 0, 0, 0, 0, 1, 0}).data, Bytes{0}) << "one unit";
-  EXPECT_EQ(device_.Control({0x80, 6, 0, 1, 0, 0, 18, 0}).data, device_.descriptors().device);
-  EXPECT_EQ(device_.Control({0xA1, 0x42, 0, 0, 0, 0, 1, 0}).kind, Answer::Kind::kStalled);
+  EXPECT_EQ(Control({0xA1, 0xFE, 0, 0, 0, 0, 1, 0}).data, Bytes{0}) << "one unit";
+  EXPECT_EQ(Control({0x80, 6, 0, 1, 0, 0, 18, 0}).data, device_.descriptors().device);
+  EXPECT_EQ(Control({0xA1, 0x42, 0, 0, 0, 0, 1, 0}).kind, Answer::Kind::kStalled);
 }
 
 TEST_F(MassStorageTest, AnInquiry) {
@@ -79,7 +85,7 @@ TEST_F(MassStorageTest, AnInquiry) {
   ASSERT_EQ(inquiry.size(), 36U);
   EXPECT_EQ(inquiry[3], 1);
   EXPECT_EQ(Receive(13), Status(0, 0));
-  EXPECT_FALSE(device_.Receive(13).has_value()) << "the host waits";
+  EXPECT_FALSE(Ask(13).has_value()) << "the host waits";
 }
 
 TEST_F(MassStorageTest, IdentifyInPiecesAndShorterThanOffered) {
@@ -96,7 +102,7 @@ TEST_F(MassStorageTest, DataOutInPieces) {
   sectors[1023] = 0x32;
   SendDone(Command(Vendor(2, {0, 2}), 1024, false));
   SendDone({sectors.begin(), sectors.begin() + 512});
-  EXPECT_FALSE(device_.Receive(13).has_value());
+  EXPECT_FALSE(Ask(13).has_value());
   SendDone({sectors.begin() + 512, sectors.end()});
   EXPECT_EQ(Receive(13), Status(0, 0));
   EXPECT_EQ(loader_->loadBuffer, sectors);
@@ -132,10 +138,10 @@ TEST_F(MassStorageTest, CommandsToDisksDoNotReachTheBootLoader) {
 
 TEST_F(MassStorageTest, ADeviceThatLeavesAnswersNothing) {
   loader_->AddFault({Fault::Kind::kUnplug, 1, 1, 0});
-  EXPECT_EQ(device_.Send(Command(Vendor(1), 16, true)).kind, Answer::Kind::kGone);
-  EXPECT_EQ(device_.Receive(16)->kind, Answer::Kind::kGone);
-  EXPECT_EQ(device_.Send(Command(Vendor(1), 16, true)).kind, Answer::Kind::kGone);
-  EXPECT_EQ(device_.Control({0x80, 0, 0, 0, 0, 0, 2, 0}).kind, Answer::Kind::kGone);
+  EXPECT_EQ(Send(Command(Vendor(1), 16, true)), Answer::Kind::kGone);
+  EXPECT_EQ(Ask(16)->kind, Answer::Kind::kGone);
+  EXPECT_EQ(Send(Command(Vendor(1), 16, true)), Answer::Kind::kGone);
+  EXPECT_EQ(Control({0x80, 0, 0, 0, 0, 0, 2, 0}).kind, Answer::Kind::kGone);
 }
 
 TEST_F(MassStorageTest, WhatIsNoCommandHaltsUntilTheReset) {
@@ -154,10 +160,10 @@ TEST_F(MassStorageTest, WhatIsNoCommandHaltsUntilTheReset) {
                            changed(14, 17),  // longer than one
                            changed(11, 1)};  // more than any command moves
   for (const Bytes& block : kBlocks) {
-    EXPECT_EQ(device_.Send(block).kind, Answer::Kind::kStalled);
-    EXPECT_EQ(device_.Receive(13)->kind, Answer::Kind::kStalled);
-    EXPECT_EQ(device_.Send(whole).kind, Answer::Kind::kStalled);
-    EXPECT_EQ(device_.Control({0x21, 0xFF, 0, 0, 0, 0, 0, 0}).kind, Answer::Kind::kDone);
+    EXPECT_EQ(Send(block), Answer::Kind::kStalled);
+    EXPECT_EQ(Ask(13)->kind, Answer::Kind::kStalled);
+    EXPECT_EQ(Send(whole), Answer::Kind::kStalled);
+    EXPECT_EQ(Control({0x21, 0xFF, 0, 0, 0, 0, 0, 0}).kind, Answer::Kind::kDone);
     SendDone(whole);
     EXPECT_EQ(Receive(16).size(), 16U);
     EXPECT_EQ(Receive(13), Status(0, 0));
@@ -166,7 +172,37 @@ TEST_F(MassStorageTest, WhatIsNoCommandHaltsUntilTheReset) {
 
 TEST_F(MassStorageTest, MoreDataThanAnnouncedHalts) {
   SendDone(Command(Vendor(2, {0, 1}), 512, false));
-  EXPECT_EQ(device_.Send(Bytes(513)).kind, Answer::Kind::kStalled);
+  EXPECT_EQ(Send(Bytes(513)), Answer::Kind::kStalled);
+}
+
+TEST_F(MassStorageTest, ASilentCommandHasNoStatusUntilTheReset) {
+  loader_->AddFault({Fault::Kind::kSilent, 1, 2, 0});
+  for (const SetupPacket& reset :
+       {SetupPacket{0x21, 0xFF, 0, 0, 0, 0, 0, 0}, SetupPacket{0x00, 9, 1, 0, 0, 0, 0, 0}}) {
+    SendDone(Command(Vendor(1), 16, true));
+    EXPECT_FALSE(Ask(16).has_value());
+    EXPECT_EQ(Control(reset).kind, Answer::Kind::kDone);
+    EXPECT_FALSE(Ask(13).has_value());
+  }
+  SendDone(Command(Vendor(1), 16, true));
+  EXPECT_EQ(Receive(16).size(), 16U);
+  EXPECT_EQ(Receive(13), Status(0, 0));
+}
+
+TEST_F(MassStorageTest, ItLeavesBehindTheStatusOfItsLastCommand) {
+  SendDone(Command(Vendor(2, {0, 1}), 512, false));
+  SendDone(Bytes(512));
+  device_.Leave();
+  EXPECT_FALSE(device_.isGone());
+  EXPECT_EQ(Receive(13), Status(0, 0));
+  EXPECT_TRUE(device_.isGone());
+  EXPECT_EQ(Ask(13)->kind, Answer::Kind::kGone);
+  EXPECT_EQ(Send(Command(Vendor(1), 16, true)), Answer::Kind::kGone);
+}
+
+TEST_F(MassStorageTest, ItHasTwoEndpoints) {
+  EXPECT_EQ(device_.Receive(0x82, 16, {})->kind, Answer::Kind::kStalled);
+  EXPECT_EQ(device_.Send(1, {}).kind, Answer::Kind::kStalled);
 }
 
 }  // namespace

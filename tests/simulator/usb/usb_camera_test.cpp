@@ -17,9 +17,10 @@ using zem::simulator::usb::Answer;
 using zem::simulator::usb::Bytes;
 using zem::simulator::usb::DrawTestPicture;
 using zem::simulator::usb::SetupPacket;
+using zem::simulator::usb::Time;
 using zem::simulator::usb::UsbCamera;
 
-// "01 02", "stall 6" or "gone".
+// "01 02", "stall 6", "too much: 01 02", "silent" or "gone".
 std::string TextOf(const Answer& answer) {
   if (answer.kind == Answer::Kind::kGone) {
     return "gone";
@@ -27,7 +28,10 @@ std::string TextOf(const Answer& answer) {
   if (answer.kind == Answer::Kind::kStalled) {
     return "stall " + std::to_string(static_cast<int>(answer.reason));
   }
-  std::string text;
+  if (answer.kind == Answer::Kind::kSilent) {
+    return "silent";
+  }
+  std::string text = answer.kind == Answer::Kind::kTooMuch ? "too much:" : "";
   for (const std::uint8_t byte : answer.data) {
     static constexpr const char* kDigits = "0123456789abcdef";
     text += text.empty() ? "" : " ";
@@ -146,11 +150,14 @@ TEST_F(UsbCameraTest, FaultsOnTheWire) {
   camera().AddFault({Fault::Kind::kFail, 1, 1, 0});
   camera().AddFault({Fault::Kind::kShort, 2, 1, 3});
   camera().AddFault({Fault::Kind::kLength, 3, 1, 200});
-  camera().AddFault({Fault::Kind::kUnplug, 4, 1, 0});
+  camera().AddFault({Fault::Kind::kSilent, 4, 2, 0});
+  camera().AddFault({Fault::Kind::kUnplug, 6, 1, 0});
   EXPECT_EQ(Get(0x81, 2, kVendor, 8), "stall 0");
   EXPECT_EQ(Reason(), "00");
   EXPECT_EQ(Get(0x81, 2, kVendor, 8), "00 00 00");
-  EXPECT_EQ(Get(0x81, 2, kVendor, 8), "00 00 00 00 00 00 00 00") << "no more than there are";
+  EXPECT_EQ(Get(0x81, 2, kVendor, 8), "too much: 00 00 00 00 00 00 00 00");
+  EXPECT_EQ(Get(0x81, 2, kVendor, 8), "silent");
+  EXPECT_EQ(Get(0x81, 2, kProcessing, 2), "silent");
   EXPECT_EQ(Get(0x81, 2, kVendor, 8), "gone");
   EXPECT_EQ(Standard(0x80, 0, 0, 0, 2), "gone");
   EXPECT_TRUE(device().isGone());
@@ -244,34 +251,104 @@ TEST_F(UsbCameraTest, TheStreamIsNegotiated) {
   EXPECT_EQ(Get(0x81, 3, 0, 1, 1), "stall 6");
 }
 
-// Payloads put together are the pictures, whatever the host's pieces.
-TEST_F(UsbCameraTest, PayloadsMakeThePictures) {
-  for (const std::size_t room : {std::size_t{16384}, std::size_t{512}, std::size_t{100000}}) {
-    device().RestartStream(7);
-    for (std::uint32_t frame = 7; frame < 9; ++frame) {
-      Bytes picture;
-      for (bool isLast = false; !isLast;) {
-        const Bytes payload = device().NextPayload(room);
-        ASSERT_GT(payload.size(), 2U);
-        ASSERT_LE(payload.size(), std::min<std::size_t>(room, 16384));
-        EXPECT_EQ(payload[0], 2);
-        EXPECT_EQ(payload[1] & 0x81, 0x80 | (frame & 1));
-        isLast = (payload[1] & 2) != 0;
-        picture.insert(picture.end(), payload.begin() + 2, payload.end());
+class StreamTest : public UsbCameraTest {
+ protected:
+  void Commit() { EXPECT_EQ(Set(2, 0, Bytes(34), 1), ""); }
+
+  // What the stream endpoint has at a time; empty where it has nothing.
+  Bytes Receive(std::size_t length, Time now) {
+    const auto answer = device().Receive(0x82, length, now);
+    EXPECT_TRUE(!answer || answer->kind == Answer::Kind::kDone);
+    return answer ? answer->data : Bytes();
+  }
+
+  // The next frame, in payloads of which the host asks for `room` bytes at a time.
+  Bytes ReceiveFrame(std::size_t room, Time now, std::uint8_t parity) {
+    Bytes picture;
+    for (bool isLast = false; !isLast;) {
+      Bytes payload;
+      for (bool isWhole = false; !isWhole;) {
+        const Bytes piece = Receive(room, now);
+        EXPECT_LE(piece.size(), room);
+        payload.insert(payload.end(), piece.begin(), piece.end());
+        isWhole = piece.size() < room || payload.size() == 16384;
       }
-      EXPECT_EQ(picture, DrawTestPicture(640, 480, frame)) << room;
+      if (payload.size() <= 2) {
+        ADD_FAILURE() << "no payload";
+        return {};
+      }
+      EXPECT_EQ(payload[0], 2);
+      EXPECT_EQ(payload[1] & 0x81, 0x80 | parity);
+      isLast = (payload[1] & 2) != 0;
+      picture.insert(picture.end(), payload.begin() + 2, payload.end());
+    }
+    return picture;
+  }
+
+  static constexpr std::uint8_t kStreamEndpoint = 0x82;
+  static constexpr auto kFrameTime = std::chrono::nanoseconds(33333300);
+  Time start_{std::chrono::hours(1)};
+};
+
+// Payloads put together are the pictures, whatever the host's pieces.
+TEST_F(StreamTest, PayloadsMakeThePictures) {
+  for (const std::size_t room : {std::size_t{16384}, std::size_t{512}}) {
+    Commit();
+    Time now = start_;
+    for (std::uint8_t frame = 0; frame < 3; ++frame, now += kFrameTime) {
+      EXPECT_EQ(ReceiveFrame(room, now, frame % 2), DrawTestPicture(640, 480, frame)) << room;
     }
   }
-  EXPECT_TRUE(device().NextPayload(2).empty());
 }
 
-TEST_F(UsbCameraTest, ACommitBeginsTheStream) {
-  device().RestartStream(5);
-  device().NextPayload(16384);
-  EXPECT_EQ(Set(2, 0, Bytes(34), 1), "");
-  const Bytes payload = device().NextPayload(16384);
-  const Bytes picture = DrawTestPicture(640, 480, 0);
-  EXPECT_TRUE(std::equal(payload.begin() + 2, payload.end(), picture.begin()));
+TEST_F(StreamTest, AFrameComesAtItsTime) {
+  EXPECT_FALSE(device().Receive(kStreamEndpoint, 16384, start_).has_value()) << "not committed";
+  EXPECT_FALSE(device().NextDue(kStreamEndpoint).has_value());
+  Commit();
+  ReceiveFrame(16384, start_, 0);
+  EXPECT_EQ(device().NextDue(kStreamEndpoint), start_ + kFrameTime);
+  EXPECT_EQ(Receive(16384, start_ + kFrameTime - std::chrono::nanoseconds(1)), Bytes());
+  EXPECT_EQ(ReceiveFrame(16384, start_ + kFrameTime, 1), DrawTestPicture(640, 480, 1));
+  // Requests are answered between frames.
+  EXPECT_EQ(Receive(16384, start_ + kFrameTime), Bytes());
+  EXPECT_EQ(Get(0x81, 2, kVendor, 8).size(), 8U * 3 - 1);
+}
+
+TEST_F(StreamTest, AHostThatIsLateGetsNoBurst) {
+  Commit();
+  ReceiveFrame(16384, start_, 0);
+  const Time late = start_ + 10 * kFrameTime;
+  EXPECT_EQ(ReceiveFrame(16384, late, 1), DrawTestPicture(640, 480, 1)) << "no frame is left out";
+  EXPECT_EQ(Receive(16384, late), Bytes());
+  EXPECT_EQ(device().NextDue(kStreamEndpoint), late + kFrameTime);
+}
+
+TEST_F(StreamTest, ItIsToldWhenItBeginsAndEnds) {
+  std::string told;
+  device().SetStreamObserver([&](bool runs) { told += runs ? "begins " : "ends "; });
+  Commit();
+  EXPECT_EQ(told, "");
+  Receive(16384, start_);
+  ReceiveFrame(16384, start_, 0);
+  EXPECT_EQ(told, "begins ");
+  EXPECT_EQ(Standard(0x02, 1, 0, 0x81, 0), "") << "another endpoint's halt";
+  EXPECT_EQ(told, "begins ");
+  EXPECT_EQ(Standard(0x02, 1, 0, 0x82, 0), "");
+  EXPECT_EQ(told, "begins ends ");
+  EXPECT_EQ(Receive(16384, start_ + kFrameTime), Bytes());
+  Commit();
+  EXPECT_EQ(ReceiveFrame(16384, start_, 0), DrawTestPicture(640, 480, 0)) << "from the first";
+  EXPECT_EQ(Standard(0x00, 9, 1, 0, 0), "");
+  EXPECT_EQ(told, "begins ends begins ends ");
+}
+
+TEST_F(StreamTest, TheOtherEndpoints) {
+  EXPECT_FALSE(device().Receive(0x81, 16, start_).has_value()) << "controls do not change";
+  EXPECT_EQ(device().Receive(0x83, 16, start_)->kind, Answer::Kind::kStalled);
+  EXPECT_EQ(device().Send(0x02, {}).kind, Answer::Kind::kStalled);
+  camera().Unplug();
+  EXPECT_EQ(device().Receive(0x81, 16, start_)->kind, Answer::Kind::kGone);
+  EXPECT_EQ(device().Send(0x02, {}).kind, Answer::Kind::kGone);
 }
 
 CameraOptions Bare() {

@@ -1,0 +1,31 @@
+// A file descriptor that closes itself.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace zem::usb_camera {
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number = -1) : number_(number) {}
+  ~Descriptor() {
+    if (number_ >= 0) {
+      close(number_);
+    }
+  }
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+
+  int number() const { return number_; }
+  bool isOpen() const { return number_ >= 0; }
+
+ private:
+  int number_;
+};
+
+}  // namespace zem::usb_camera
