@@ -322,15 +322,41 @@ ZEM_API ZemResult ZEMAPI_UvcExtSet(void* handle, const GUID* unit, unsigned shor
 /**
  * Reads one control of any extension unit into `data`. Arguments and results as ZEMAPI_UvcExtSet,
  * without the debugger line. Every read initialises COM once for the calling thread.
+ *
+ * @param handle        device handle
+ * @param unit          the extension unit's GUID
+ * @param selector      control selector, from 1
+ * @param data          receives up to `length` bytes
+ * @param length        bytes to read; 0 is passed on as such
+ * @param bytesReturned receives the byte count the platform reports; may be null
+ * @return as ZEMAPI_UvcExtSet
  */
 ZEM_API ZemResult ZEMAPI_UvcExtGet(void* handle, const GUID* unit, unsigned short selector,
                                    void* data, ZemULong length, ZemULong* bytesReturned);
 
-/** ZEMAPI_UvcExtSet on the vendor extension unit. */
+/**
+ * ZEMAPI_UvcExtSet on the vendor extension unit.
+ *
+ * @param handle        device handle
+ * @param selector      control selector, from 1
+ * @param data          `length` bytes
+ * @param length        bytes to write; 0 is passed on as such
+ * @param bytesReturned receives the byte count the platform reports; may be null
+ * @return as ZEMAPI_UvcExtSet
+ */
 ZEM_API ZemResult ZEMAPI_ZemExtSet(void* handle, unsigned short selector, void* data,
                                    ZemULong length, ZemULong* bytesReturned);
 
-/** ZEMAPI_UvcExtGet on the vendor extension unit. */
+/**
+ * ZEMAPI_UvcExtGet on the vendor extension unit.
+ *
+ * @param handle        device handle
+ * @param selector      control selector, from 1
+ * @param data          receives up to `length` bytes
+ * @param length        bytes to read; 0 is passed on as such
+ * @param bytesReturned receives the byte count the platform reports; may be null
+ * @return as ZEMAPI_UvcExtGet
+ */
 ZEM_API ZemResult ZEMAPI_ZemExtGet(void* handle, unsigned short selector, void* data,
                                    ZemULong length, ZemULong* bytesReturned);
 
@@ -354,36 +380,98 @@ ZEM_API ZemResult ZEMAPI_UvcCheckXuGuid(void* handle, const GUID* unit);
  * looks like one of zeros.
  * ------------------------------------------------------------------------------------------- */
 
-/** Writes a 16-bit processor register at a 24-bit address (bits 24 to 31 are not sent). */
+/**
+ * Writes a 16-bit processor register at a 24-bit address (bits 24 to 31 are not sent).
+ *
+ * @param handle  device handle
+ * @param address the register
+ * @param value   the value
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_SetRegister(void* handle, unsigned int address, unsigned short value);
 
-/** Reads a 16-bit processor register at a 24-bit address. */
+/**
+ * Reads a 16-bit processor register at a 24-bit address.
+ *
+ * @param handle  device handle
+ * @param address the register
+ * @param value   receives the value; untouched on failure
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_GetRegister(void* handle, unsigned int address, unsigned short* value);
 
-/** Writes one byte to an image-sensor register. */
+/**
+ * Writes one byte to an image-sensor register.
+ *
+ * @param handle  device handle
+ * @param address the register
+ * @param value   the byte
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_SetSensorRegister(void* handle, unsigned short address,
                                            unsigned char value);
 
-/** Reads one byte from an image-sensor register. */
+/**
+ * Reads one byte from an image-sensor register.
+ *
+ * @param handle  device handle
+ * @param address the register
+ * @param value   receives the byte; untouched on failure
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_GetSensorRegister(void* handle, unsigned short address,
                                            unsigned char* value);
 
-/** Writes two bytes to an image-sensor register. */
+/**
+ * Writes two bytes to an image-sensor register.
+ *
+ * @param handle  device handle
+ * @param address the register
+ * @param value   the two bytes as one value
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_SetSensorRegisterW(void* handle, unsigned short address,
                                             unsigned short value);
 
-/** Reads two bytes from an image-sensor register. */
+/**
+ * Reads two bytes from an image-sensor register.
+ *
+ * @param handle  device handle
+ * @param address the register
+ * @param value   receives the two bytes as one value; untouched on failure
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_GetSensorRegisterW(void* handle, unsigned short address,
                                             unsigned short* value);
 
-/** Writes a 16-bit register of the lens actuator (VCM). */
+/**
+ * Writes a 16-bit register of the lens actuator (VCM).
+ *
+ * @param handle  device handle
+ * @param address the register
+ * @param value   the value
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_SetVCMRegister(void* handle, unsigned short address, unsigned short value);
 
-/** Reads a 16-bit register of the lens actuator (VCM). */
+/**
+ * Reads a 16-bit register of the lens actuator (VCM).
+ *
+ * @param handle  device handle
+ * @param address the register
+ * @param value   receives the value; untouched on failure
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_GetVCMRegister(void* handle, unsigned short address,
                                         unsigned short* value);
 
-/** Moves the lens to a position in the actuator's own units. */
+/**
+ * Moves the lens to a position in the actuator's own units.
+ *
+ * @param handle   device handle
+ * @param position in the actuator's units
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_SetLensPos(void* handle, unsigned int position);
 
 /**
@@ -398,6 +486,7 @@ ZEM_API ZemResult ZEMAPI_GetFWVersion(void* handle, unsigned char* version);
 /**
  * Asks for the result of the firmware's check-sum test.
  *
+ * @param handle device handle
  * @return 0 the check sum is right; ZEM_E_DEVICE_REFUSED for device status 0x80; ZEM_E_REFUSED for
  *         any other status; ZEM_E_NO_DEVICE as all commands
  */
@@ -406,30 +495,49 @@ ZEM_API ZemResult ZEMAPI_GetCheckSumResult(void* handle);
 /**
  * Reads a codec register. The device's status byte is not looked at.
  *
+ * @param handle device handle
+ * @param reg    the register
+ * @param value  receives the byte
  * @return 0, or the platform's failure of whichever of the three transfers failed; then `value` is
  *         untouched
  */
 ZEM_API ZemResult ZEMAPI_ReadCodecReg(void* handle, unsigned short reg, unsigned char* value);
 
-/** Writes a codec register; no reply is read. Returns 0 or the platform's failure. */
+/**
+ * Writes a codec register; no reply is read.
+ *
+ * @param handle device handle
+ * @param reg    the register
+ * @param value  the byte
+ * @return 0 or the platform's failure
+ */
 ZEM_API ZemResult ZEMAPI_WriteCodecReg(void* handle, unsigned short reg, unsigned char value);
 
 /**
  * Sends the caller's 8-byte block on the ISP channel and hands back the 8-byte reply, zeros where
  * nothing was read. The status byte is not looked at.
  *
+ * @param handle  device handle
  * @param command 8 bytes
  * @param reply   receives 8 bytes, unless the block could not be written
  * @return the failure of the write, else the platform's result of the read
  */
 ZEM_API ZemResult ZEMAPI_IspCommand(void* handle, unsigned char* command, unsigned char* reply);
 
-/** ZEMAPI_IspCommand on the VCP channel. */
+/**
+ * ZEMAPI_IspCommand on the VCP channel.
+ *
+ * @param handle  device handle
+ * @param command 8 bytes
+ * @param reply   as ZEMAPI_IspCommand
+ * @return as ZEMAPI_IspCommand
+ */
 ZEM_API ZemResult ZEMAPI_VcpCommand(void* handle, unsigned char* command, unsigned char* reply);
 
 /**
  * Sends the caller's 16-byte block on the extended ISP channel.
  *
+ * @param handle  device handle
  * @param command 16 bytes
  * @param reply   receives the whole 16-byte reply, also when the device refused
  * @return ZEM_E_NO_DEVICE when the block could not be written, ZEM_E_DEVICE_REFUSED when reply byte
@@ -437,13 +545,21 @@ ZEM_API ZemResult ZEMAPI_VcpCommand(void* handle, unsigned char* command, unsign
  */
 ZEM_API ZemResult ZEMAPI_IspCommandEx(void* handle, unsigned char* command, unsigned char* reply);
 
-/** ZEMAPI_IspCommandEx on the extended VCP channel. */
+/**
+ * ZEMAPI_IspCommandEx on the extended VCP channel.
+ *
+ * @param handle  device handle
+ * @param command 16 bytes
+ * @param reply   as ZEMAPI_IspCommandEx
+ * @return as ZEMAPI_IspCommandEx
+ */
 ZEM_API ZemResult ZEMAPI_VcpCommandEx(void* handle, unsigned char* command, unsigned char* reply);
 
 /**
  * Reads the device information block.
  *
- * @param info receives 8 bytes; untouched on failure
+ * @param handle device handle
+ * @param info   receives 8 bytes; untouched on failure
  * @return 0, or ZEM_E_NO_DEVICE when it cannot be read
  */
 ZEM_API ZemResult ZEMAPI_GetDeviceInfo(void* handle, unsigned char* info);
@@ -467,10 +583,22 @@ ZEM_API ZemResult ZEMAPI_GetDeviceInfo(void* handle, unsigned char* info);
  */
 ZEM_API ZemResult ZEMAPI_GetFWBuildDate(void* handle, char* date);
 
-/** Switches auto focus: 0 off, 1 on. */
+/**
+ * Switches auto focus: 0 off, 1 on.
+ *
+ * @param handle device handle
+ * @param enable 0 off, 1 on
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_EnableAF(void* handle, unsigned char enable);
 
-/** Switches auto exposure: 0 off, 1 on. */
+/**
+ * Switches auto exposure: 0 off, 1 on.
+ *
+ * @param handle device handle
+ * @param enable 0 off, 1 on
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_EnableAE(void* handle, unsigned char enable);
 
 /**
@@ -488,6 +616,8 @@ ZEM_API ZemResult ZEMAPI_GetAFACC(void* handle, unsigned int* values);
 /**
  * Sets the video recording mode. No reply is read.
  *
+ * @param handle device handle
+ * @param mode   the firmware's to interpret
  * @return ZEM_E_NO_DEVICE for a null handle or a failed write, else the platform's result of the
  *         write
  */
@@ -496,6 +626,10 @@ ZEM_API ZemResult ZEMAPI_SetVideoRecMode(void* handle, unsigned char mode);
 /**
  * Sets the three gains of the white balance. The device's status is not looked at.
  *
+ * @param handle device handle
+ * @param gain1  the first gain
+ * @param gain2  the second gain
+ * @param gain3  the third gain
  * @return ZEM_E_NO_DEVICE for a null handle; the platform's failure of the write, else its result
  *         of reading the reply
  */
@@ -532,6 +666,8 @@ ZEM_API ZemResult ZEMAPI_EnableManualGainCtrl(void* handle, int enable);
 /**
  * Sets the correction of lens shading.
  *
+ * @param handle device handle
+ * @param value  the firmware's to interpret
  * @return ZEM_E_NO_DEVICE for a null handle; ZEM_E_DEVICE_REFUSED for a device status other than 0;
  *         the platform's failure of the write, else its result of reading the reply
  */
@@ -556,16 +692,39 @@ ZEM_API ZemResult ZEMAPI_SetMiscSetting(void* handle, const unsigned char* setti
  */
 ZEM_API ZemResult ZEMAPI_GetMiscSetting(void* handle, unsigned char* settings);
 
-/** Lets the firmware apply its own MJPEG quality. Results as ZEMAPI_SetShadding. */
+/**
+ * Lets the firmware apply its own MJPEG quality.
+ *
+ * @param handle device handle
+ * @return as ZEMAPI_SetShadding
+ */
 ZEM_API ZemResult ZEMAPI_SetMjpgQuality(void* handle);
 
-/** Chooses an image effect. Results as ZEMAPI_SetShadding. */
+/**
+ * Chooses an image effect.
+ *
+ * @param handle device handle
+ * @param effect the firmware's number of the effect
+ * @return as ZEMAPI_SetShadding
+ */
 ZEM_API ZemResult ZEMAPI_SetImageEffect(void* handle, unsigned char effect);
 
-/** Sets the encoder's highest quantiser. */
+/**
+ * Sets the encoder's highest quantiser.
+ *
+ * @param handle device handle
+ * @param qp     the quantiser
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_SetMaxQP(void* handle, unsigned char qp);
 
-/** Sets the encoder's lowest quantiser. */
+/**
+ * Sets the encoder's lowest quantiser.
+ *
+ * @param handle device handle
+ * @param qp     the quantiser
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_SetMinQP(void* handle, unsigned char qp);
 
 /**
@@ -609,7 +768,15 @@ ZEM_API ZemResult ZEMAPI_GetSkypeXUVersion(void* handle, unsigned char* version)
 ZEM_API ZemResult ZEMAPI_GetVideoProcAmp(void* handle, ZemLong property, ZemLong* value,
                                          ZemLong* flags);
 
-/** Sets a property of the video processing amplifier. Results as ZEMAPI_GetVideoProcAmp. */
+/**
+ * Sets a property of the video processing amplifier.
+ *
+ * @param handle   device handle
+ * @param property such as VideoProcAmp_Brightness
+ * @param value    the value
+ * @param flags    the flags
+ * @return as ZEMAPI_GetVideoProcAmp
+ */
 ZEM_API ZemResult ZEMAPI_SetVideoProcAmp(void* handle, ZemLong property, ZemLong value,
                                          ZemLong flags);
 
@@ -629,15 +796,42 @@ ZEM_API ZemResult ZEMAPI_GetVideoProcAmpRange(void* handle, ZemLong property, Ze
                                               ZemLong* maximum, ZemLong* step,
                                               ZemLong* defaultValue, ZemLong* capsFlags);
 
-/** ZEMAPI_GetVideoProcAmp for a property of the camera terminal, such as CameraControl_Exposure. */
+/**
+ * ZEMAPI_GetVideoProcAmp for a property of the camera terminal, such as CameraControl_Exposure.
+ *
+ * @param handle   device handle
+ * @param property such as CameraControl_Exposure
+ * @param value    receives the value
+ * @param flags    receives the flags
+ * @return as ZEMAPI_GetVideoProcAmp
+ */
 ZEM_API ZemResult ZEMAPI_GetCameraControl(void* handle, ZemLong property, ZemLong* value,
                                           ZemLong* flags);
 
-/** ZEMAPI_SetVideoProcAmp for a property of the camera terminal. */
+/**
+ * ZEMAPI_SetVideoProcAmp for a property of the camera terminal.
+ *
+ * @param handle   device handle
+ * @param property such as CameraControl_Exposure
+ * @param value    the value
+ * @param flags    the flags
+ * @return as ZEMAPI_GetVideoProcAmp
+ */
 ZEM_API ZemResult ZEMAPI_SetCameraControl(void* handle, ZemLong property, ZemLong value,
                                           ZemLong flags);
 
-/** ZEMAPI_GetVideoProcAmpRange for a property of the camera terminal. */
+/**
+ * ZEMAPI_GetVideoProcAmpRange for a property of the camera terminal.
+ *
+ * @param handle       device handle
+ * @param property     such as CameraControl_Exposure
+ * @param minimum      receives the lowest value
+ * @param maximum      receives the highest value
+ * @param step         receives the distance of two values
+ * @param defaultValue receives the value at first
+ * @param capsFlags    receives the flags that can be set
+ * @return as ZEMAPI_GetVideoProcAmp
+ */
 ZEM_API ZemResult ZEMAPI_GetCameraControlRange(void* handle, ZemLong property, ZemLong* minimum,
                                                ZemLong* maximum, ZemLong* step,
                                                ZemLong* defaultValue, ZemLong* capsFlags);
@@ -859,11 +1053,11 @@ ZEM_API ZemResult ZEMAPI_UpdateCaliData(void* handle, const uint8_t* data, uint3
  * The camera keeps a small non-volatile memory (NVMEM) that is moved in pieces of at most 29 bytes.
  * From address 0 it may hold a table store, whose image is
  *
- *   byte 0      0xEE, the mark of a valid image
- *   byte 1      not interpreted
- *   bytes 2, 3  length of the image in bytes with this header, little-endian
- *   from 4      entries back to back: a byte that is not interpreted, the table's id, the entry's
- *               length with its header of 4 bytes (little-endian), the table
+ *     byte 0      0xEE, the mark of a valid image
+ *     byte 1      not interpreted
+ *     bytes 2, 3  length of the image in bytes with this header, little-endian
+ *     from 4      entries back to back: a byte that is not interpreted, the table's id, the entry's
+ *                 length with its header of 4 bytes (little-endian), the table
  *
  * Where an id stands more than once, the first entry counts. A table handle is the first byte of
  * such an image in 8192 bytes of memory; it is a copy, which other changes of the device do not
@@ -1079,50 +1273,122 @@ ZEM_API ZemResult ZEMAPI_DumpWholeTable(void* handle, uint8_t* table, uint8_t* o
  * before anything is sent. A reply that cannot be read looks like one of zeros.
  * ------------------------------------------------------------------------------------------- */
 
-/** Starts auto focus; the value is the camera's to interpret. */
+/**
+ * Starts auto focus; the value is the camera's to interpret.
+ *
+ * @param value the camera's to interpret
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_DoAF(uint16_t value);
 
-/** Sets the frame rate in frames per second. */
+/**
+ * Sets the frame rate in frames per second.
+ *
+ * @param fps frames per second
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetFps(uint16_t fps);
 
-/** Sets the size of the picture in pixels, in steps of 8; what is sent of width / 8 and height / 8
- * is the low byte. */
+/**
+ * Sets the size of the picture in pixels, in steps of 8; what is sent of width / 8 and height / 8
+ * is the low byte.
+ *
+ * @param width  pixels
+ * @param height pixels
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetResolution(uint32_t width, uint32_t height);
 
-/** Asks for a key frame. */
+/**
+ * Asks for a key frame.
+ *
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetIFrame(void);
 
-/** Sets the compression quality. */
+/**
+ * Sets the compression quality.
+ *
+ * @param quality the camera's to interpret
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetVideoQuality(uint8_t quality);
 
-/** Sets the bit rate, in the camera's own units. */
+/**
+ * Sets the bit rate, in the camera's own units.
+ *
+ * @param rate the bit rate
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetBitRate(uint16_t rate);
 
-/** Sets the flicker compensation. */
+/**
+ * Sets the flicker compensation.
+ *
+ * @param mode the camera's to interpret
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetFlickMode(uint8_t mode);
 
-/** Reads the low byte of a processor register at a 16-bit address. */
+/**
+ * Reads the low byte of a processor register at a 16-bit address.
+ *
+ * @param address the register
+ * @param value   receives the byte; untouched on failure
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_GetRegister(uint16_t address, uint8_t* value);
 
-/** Writes one byte to a processor register at a 16-bit address. */
+/**
+ * Writes one byte to a processor register at a 16-bit address.
+ *
+ * @param address the register
+ * @param value   the byte
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetRegister(uint16_t address, uint8_t value);
 
-/** Reads one byte from an image-sensor register. */
+/**
+ * Reads one byte from an image-sensor register.
+ *
+ * @param address the register
+ * @param value   receives the byte; untouched on failure
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_GetSensorRegister(uint16_t address, uint8_t* value);
 
-/** Reads two bytes from an image-sensor register. */
+/**
+ * Reads two bytes from an image-sensor register.
+ *
+ * @param address the register
+ * @param value   receives the two bytes as one value; untouched on failure
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_GetSensorRegisterW(uint16_t address, uint16_t* value);
 
-/** Writes one byte to an image-sensor register. */
+/**
+ * Writes one byte to an image-sensor register.
+ *
+ * @param address the register
+ * @param value   the byte
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetSensorRegister(uint16_t address, uint8_t value);
 
-/** Writes two bytes to an image-sensor register. */
+/**
+ * Writes two bytes to an image-sensor register.
+ *
+ * @param address the register
+ * @param value   the two bytes as one value
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetSensorRegisterW(uint16_t address, uint16_t value);
 
 /**
  * Reads the firmware version.
  *
  * @param version receives 6 bytes
+ * @return as all commands
  */
 ZEM_API ZemResult ZEMUVCEXT_GetFWVersion(uint8_t* version);
 
@@ -1130,13 +1396,24 @@ ZEM_API ZemResult ZEMUVCEXT_GetFWVersion(uint8_t* version);
  * Reads the day the firmware was built, such as "2024.Mar.05". The century is always 20.
  *
  * @param text receives 12 bytes: eleven characters and a zero byte
+ * @return as all commands
  */
 ZEM_API ZemResult ZEMUVCEXT_GetFWBuildDay(char* text);
 
-/** Sets the H.264 mode. */
+/**
+ * Sets the H.264 mode.
+ *
+ * @param mode the camera's to interpret
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetH264Mode(uint8_t mode);
 
-/** Sets the wide dynamic range. */
+/**
+ * Sets the wide dynamic range.
+ *
+ * @param value the camera's to interpret
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_SetWDR(uint8_t value);
 
 /**
@@ -1145,10 +1422,17 @@ ZEM_API ZemResult ZEMUVCEXT_SetWDR(uint8_t value);
  * @param command 8 bytes
  * @param reply   receives the whole 8-byte reply, also when the camera refused; untouched when the
  *                block could not be written
+ * @return as all commands
  */
 ZEM_API ZemResult ZEMUVCEXT_IspCommand(const uint8_t* command, uint8_t* reply);
 
-/** ZEMUVCEXT_IspCommand with blocks of 16 bytes on the extended ISP channel. */
+/**
+ * ZEMUVCEXT_IspCommand with blocks of 16 bytes on the extended ISP channel.
+ *
+ * @param command 16 bytes
+ * @param reply   receives the whole 16-byte reply, as ZEMUVCEXT_IspCommand
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMUVCEXT_IspCommandEx(const uint8_t* command, uint8_t* reply);
 
 /**
@@ -1157,6 +1441,7 @@ ZEM_API ZemResult ZEMUVCEXT_IspCommandEx(const uint8_t* command, uint8_t* reply)
  * @param command 8 bytes
  * @param reply   as ZEMUVCEXT_IspCommand; null means that no reply is read, and the result is that
  *                of the write
+ * @return as all commands
  */
 ZEM_API ZemResult ZEMUVCEXT_VcpCommand(const uint8_t* command, uint8_t* reply);
 
@@ -1203,11 +1488,26 @@ ZEM_API ZemResult ZEMUVCEXT_IspCmdReadMem(uint8_t* buffer, uint32_t length);
 ZEM_API ZemResult ZEMUVCEXT_WriteFWData(const uint8_t* data, int32_t length,
                                         ProgressCallback callback, uint64_t user);
 
-/** ZEMAPI_ReadFWData on the default camera; ZEM_E_NO_DEVICE when there is none. */
+/**
+ * ZEMAPI_ReadFWData on the default camera; ZEM_E_NO_DEVICE when there is none.
+ *
+ * @param buffer     as ZEMAPI_ReadFWData
+ * @param bufferSize bytes in `buffer`
+ * @param outLength  receives the length of the data; untouched when it does not fit
+ * @param callback   as ZEMAPI_ReadFWData
+ * @param user       passed to the callback
+ * @return as ZEMAPI_ReadFWData; ZEM_E_NO_DEVICE when there is no camera
+ */
 ZEM_API ZemResult ZEMUVCEXT_ReadFWData(uint8_t* buffer, uint32_t bufferSize, uint32_t* outLength,
                                        ProgressCallback callback, uint64_t user);
 
-/** ZEMUVCEXT_UpdateFW_with_progress without a callback. */
+/**
+ * ZEMUVCEXT_UpdateFW_with_progress without a callback.
+ *
+ * @param image  as ZEMUVCEXT_UpdateFW_with_progress
+ * @param length bytes to send; from 0x80000000 on none are
+ * @return as ZEMUVCEXT_UpdateFW_with_progress
+ */
 ZEM_API ZemResult ZEMUVCEXT_UpdateFW(const uint8_t* image, uint32_t length);
 
 /**
@@ -1230,6 +1530,12 @@ ZEM_API ZemResult ZEMUVCEXT_UpdateFW_with_progress(const uint8_t* image, uint32_
  * ZEMUVCEXT_UpdateFW_with_progress for another kind of image (byte 3 of announce and burn order is
  * 1), which orders the burn also when the image could not be sent, and gives a burn that is done at
  * once one more second.
+ *
+ * @param image    as ZEMUVCEXT_UpdateFW_with_progress
+ * @param length   bytes to send; from 0x80000000 on none are
+ * @param callback as ZEMUVCEXT_WriteFWData
+ * @param user     passed to the callback
+ * @return as ZEMUVCEXT_UpdateFW_with_progress, but an image that cannot be sent is no failure
  */
 ZEM_API ZemResult ZEMUVCEXT_UpdateFW_with_progressEx(const uint8_t* image, uint32_t length,
                                                      ProgressCallback callback, uint64_t user);
@@ -1279,11 +1585,17 @@ ZEM_API ZemResult ZEMAPI_ResetToRomboot(void* handle);
 /**
  * Sends a running camera into ROM boot with the 8-byte VCP command 0x16. No reply is read.
  *
+ * @param handle device handle
  * @return the platform's result of the write; ZEM_E_NO_DEVICE for a null handle
  */
 ZEM_API ZemResult ZEMAPI_ResetToRomboot_VCP8(void* handle);
 
-/** ZEMAPI_ResetToRomboot_VCP8 with the 16-byte VCP command 0xFF 0x03. */
+/**
+ * ZEMAPI_ResetToRomboot_VCP8 with the 16-byte VCP command 0xFF 0x03.
+ *
+ * @param handle device handle
+ * @return as ZEMAPI_ResetToRomboot_VCP8
+ */
 ZEM_API ZemResult ZEMAPI_ResetToRomboot_VCP16(void* handle);
 
 /**
@@ -1343,7 +1655,12 @@ ZEM_API ZemResult ZEMROMAPI_LoadMiniUVC(void* device, const wchar_t* path);
  */
 ZEM_API ZemResult ZEMROMAPI_LoadUpdater(void* device, const wchar_t* path);
 
-/** Resets the device. Returns 1, whether it answers or not. */
+/**
+ * Resets the device. Returns 1, whether it answers or not.
+ *
+ * @param device session
+ * @return 1; ZEM_E_FAIL for a null session
+ */
 ZEM_API ZemResult ZEMROMAPI_ResetSystem(void* device);
 
 /**
@@ -1363,19 +1680,49 @@ ZEM_API ZemResult ZEMROMAPI_SwitchModePCAM_SF(void* device);
  */
 ZEM_API ZemResult ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND(void* device, unsigned char option);
 
-/** Selects the SPI NAND; otherwise as ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND. */
+/**
+ * Selects the SPI NAND; otherwise as ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND.
+ *
+ * @param device session
+ * @param option passed on to the boot code
+ * @return 0 or ZEM_E_FAIL
+ */
 ZEM_API ZemResult ZEMROMAPI_SwitchModePCAM_SPI_NAND(void* device, unsigned char option);
 
-/** Selects the eMMC; otherwise as ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND. */
+/**
+ * Selects the eMMC; otherwise as ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND.
+ *
+ * @param device session
+ * @param option passed on to the boot code
+ * @return 0 or ZEM_E_FAIL
+ */
 ZEM_API ZemResult ZEMROMAPI_SwitchModePCAM_EMMC(void* device, unsigned char option);
 
-/** Starts the code in the load buffer. Returns 0 or ZEM_E_FAIL; the volume stays open. */
+/**
+ * Starts the code in the load buffer. The volume stays open.
+ *
+ * @param device session
+ * @return 0 or ZEM_E_FAIL
+ */
 ZEM_API ZemResult ZEMROMAPI_LongJump(void* device);
 
-/** Sets the memory address that firmware is downloaded to. Returns 0 or ZEM_E_FAIL. */
+/**
+ * Sets the memory address that firmware is downloaded to.
+ *
+ * @param device  session
+ * @param address the memory address
+ * @return 0 or ZEM_E_FAIL
+ */
 ZEM_API ZemResult ZEMROMAPI_SetFwDownloadAddr(void* device, unsigned int address);
 
-/** Writes one byte to a register at a 32-bit address. Returns 0 or ZEM_E_FAIL. */
+/**
+ * Writes one byte to a register at a 32-bit address.
+ *
+ * @param device  session
+ * @param address the register
+ * @param value   the byte
+ * @return 0 or ZEM_E_FAIL
+ */
 ZEM_API ZemResult ZEMROMAPI_WriteRegister(void* device, unsigned int address, unsigned char value);
 
 /**
@@ -1413,13 +1760,16 @@ ZEM_API ZemResult ZEMROMAPI_ScsiCommand(void* device, int dataIn, unsigned int l
 ZEM_API ZemResult ZEMROMAPI_MkEmmcEhancedArea(void* device, unsigned int first,
                                               unsigned int second);
 
-/* Storage and firmware packages. The functions below write, read or burn the selected storage. An
- * address in storage is a byte address. Data moves in whole sectors of 512 bytes and by commands of
- * at most 32,768 bytes; the rest of a last sector is what follows the data in its file, else zeros.
- * What would reach past the last 32-bit address is refused like a malformed file, and so is a file
- * that there is no memory for, where it is read whole. A write that fails leaves the line "Failed
- * to transfer data to device." and what has been written; where a file has a header block, that is
- * written last. */
+/* ---------------------------------------------------------------------------------------------
+ * Storage and firmware packages of ROM boot
+ *
+ * The functions below write, read or burn the selected storage. An address in storage is a byte
+ * address. Data moves in whole sectors of 512 bytes and by commands of at most 32,768 bytes; the
+ * rest of a last sector is what follows the data in its file, else zeros. What would reach past the
+ * last 32-bit address is refused like a malformed file, and so is a file that there is no memory
+ * for, where it is read whole. A write that fails leaves the line "Failed to transfer data to
+ * device." and what has been written; where a file has a header block, that is written last.
+ * -------------------------------------------------------------------------------------------- */
 
 /**
  * Erases a region: writes 0xFF over it, whole sectors in the storage and `size` bytes in the dump
@@ -1503,6 +1853,11 @@ ZEM_API ZemResult ZEMROMAPI_UpdateLinuxFwPkg(void* device, const wchar_t* path,
  * ZEMROMAPI_UpdateLinuxFwPkg with the body at the address that the package's header says. A file
  * shorter than 512 bytes leaves the line "ZEMROMAPI_UpdateLinuxFwPkg_ file error." and gives
  * ZEM_E_FAIL.
+ *
+ * @param device        session
+ * @param path          the package
+ * @param headerAddress where the header goes
+ * @return 1 or ZEM_E_FAIL
  */
 ZEM_API ZemResult ZEMROMAPI_UpdateLinuxFwPkg_(void* device, const wchar_t* path,
                                               unsigned int headerAddress);
@@ -1601,7 +1956,11 @@ typedef struct H264FrameList {
  */
 ZEM_API ZemResult ZEMAPI_GetH264FrameList(void* handle, void** list);
 
-/** Frees a copy that ZEMAPI_GetH264FrameList handed out. Does nothing for null. */
+/**
+ * Frees a copy that ZEMAPI_GetH264FrameList handed out. Does nothing for null.
+ *
+ * @param list the copy, or null
+ */
 ZEM_API void ZEMAPI_ReleaseH264FrameList(void* list);
 
 /**
@@ -1647,18 +2006,37 @@ ZEM_API ZemResult ZEMAPI_GetH264_UVC_PayloadFormat(void* handle, unsigned short 
                                                    unsigned short* width, unsigned short* height,
                                                    GUID* subtype);
 
-/** Sets the frame rate of the running encoder, in frames per second. Results as all commands. */
+/**
+ * Sets the frame rate of the running encoder, in frames per second.
+ *
+ * @param handle device handle
+ * @param fps    frames per second
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_SetFps(void* handle, unsigned short fps);
 
-/** Sets the bit rate of the running encoder, in the camera's units. Results as all commands. */
+/**
+ * Sets the bit rate of the running encoder, in the camera's units.
+ *
+ * @param handle  device handle
+ * @param bitRate the bit rate
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_SetBitRate(void* handle, unsigned short bitRate);
 
-/** Makes the encoder's next picture a key frame. Results as all commands. */
+/**
+ * Makes the encoder's next picture a key frame.
+ *
+ * @param handle device handle
+ * @return as all commands
+ */
 ZEM_API ZemResult ZEMAPI_ForceIFrame(void* handle);
 
 /**
  * Not supported: sends nothing, and puts a line with the count on the debugger channel.
  *
+ * @param handle device handle
+ * @param count  for the line on the debugger channel
  * @return ZEM_E_DEVICE_REFUSED; ZEM_E_NO_DEVICE for a null handle
  */
 ZEM_API ZemResult ZEMAPI_SetPframeCount(void* handle, unsigned int count);
@@ -1691,6 +2069,8 @@ ZEM_API ZemResult WREN_OpenDevice(uint32_t index, void** device);
 /**
  * Releases a device object and sets *device to null. Does nothing when *device (or device) is null.
  * COM is not uninitialised, although WREN_OpenDevice initialised it.
+ *
+ * @param device the address of the caller's device object
  */
 ZEM_API void WREN_CloseDevice(void** device);
 
@@ -1714,13 +2094,31 @@ ZEM_API ZemResult WREN_EuSet(void* device, uint32_t selector, void* data, uint16
  */
 ZEM_API ZemResult WREN_ProbeSet(void* device, void* block);
 
-/** Reads the H.264 probe block into 51 bytes. Results as WREN_ProbeSet. */
+/**
+ * Reads the H.264 probe block into 51 bytes.
+ *
+ * @param device device object
+ * @param block  receives 51 bytes
+ * @return as WREN_ProbeSet
+ */
 ZEM_API ZemResult WREN_ProbeGet(void* device, void* block);
 
-/** Writes the H.264 commit block, 51 bytes. Results as WREN_ProbeSet. */
+/**
+ * Writes the H.264 commit block, 51 bytes.
+ *
+ * @param device device object
+ * @param block  51 bytes
+ * @return as WREN_ProbeSet
+ */
 ZEM_API ZemResult WREN_CommitSet(void* device, void* block);
 
-/** Reads the H.264 commit block into 51 bytes. Results as WREN_ProbeSet. */
+/**
+ * Reads the H.264 commit block into 51 bytes.
+ *
+ * @param device device object
+ * @param block  receives 51 bytes
+ * @return as WREN_ProbeSet
+ */
 ZEM_API ZemResult WREN_CommitGet(void* device, void* block);
 
 /**
@@ -1749,18 +2147,27 @@ typedef struct OrvaStreamFormat {
 /**
  * Reads the version of the stream unit.
  *
+ * @param handle  device handle
  * @param version receives 1 byte
  * @return the platform's result; ZEM_E_FAIL for a null `version`, nothing is sent; ZEM_E_NO_DEVICE
  *         for a null handle
  */
 ZEM_API ZemResult ORVAAPI_GetVersion(void* handle, unsigned char* version);
 
-/** Reads the build day of the firmware, 2 bytes. Results as ORVAAPI_GetVersion. */
+/**
+ * Reads the build day of the firmware, 2 bytes.
+ *
+ * @param handle   device handle
+ * @param buildDay receives the day, 2 bytes
+ * @return as ORVAAPI_GetVersion
+ */
 ZEM_API ZemResult ORVAAPI_FirmwareBuildDay(void* handle, unsigned short* buildDay);
 
 /**
  * Selects a stream.
  *
+ * @param handle   device handle
+ * @param streamId the camera's number of the stream
  * @return the platform's result; ZEM_E_NO_DEVICE for a null handle
  */
 ZEM_API ZemResult ORVAAPI_SetStreamID(void* handle, unsigned char streamId);
@@ -1768,6 +2175,7 @@ ZEM_API ZemResult ORVAAPI_SetStreamID(void* handle, unsigned char streamId);
 /**
  * Reads the endpoint setting.
  *
+ * @param handle  device handle
  * @param setting receives 1 byte; a null pointer goes to the platform as it is
  * @return the platform's result; ZEM_E_NO_DEVICE for a null handle
  */
@@ -1787,13 +2195,31 @@ ZEM_API ZemResult ORVAAPI_GetEndpointSetting(void* handle, unsigned char* settin
 ZEM_API ZemResult ORVAAPI_StreamFormatProbeCommit(void* handle, OrvaStreamFormat* format,
                                                   unsigned int operation);
 
-/** Toggles a layer; the value is the camera's. Results as ORVAAPI_SetStreamID. */
+/**
+ * Toggles a layer; the value is the camera's.
+ *
+ * @param handle device handle
+ * @param value  the camera's to interpret
+ * @return as ORVAAPI_SetStreamID
+ */
 ZEM_API ZemResult ORVAAPI_ToggleLayerControl(void* handle, unsigned char value);
 
-/** Selects a stream by a vendor command; no status is read. Results as ORVAAPI_SetStreamID. */
+/**
+ * Selects a stream by a vendor command; no status is read.
+ *
+ * @param handle   device handle
+ * @param streamId the camera's number of the stream
+ * @return as ORVAAPI_SetStreamID
+ */
 ZEM_API ZemResult ZEMAPI_MulticastStreamID(void* handle, unsigned char streamId);
 
-/** Toggles a layer by a vendor command; no status is read. Results as ORVAAPI_SetStreamID. */
+/**
+ * Toggles a layer by a vendor command; no status is read.
+ *
+ * @param handle device handle
+ * @param value  the camera's to interpret
+ * @return as ORVAAPI_SetStreamID
+ */
 ZEM_API ZemResult ZEMAPI_MulticasToggleLayer(void* handle, unsigned char value);
 
 /**
@@ -1851,6 +2277,12 @@ ZEM_API int32_t ConvertYUY2toBMP(const wchar_t* path, const uint8_t* frame, uint
 /**
  * Writes a frame of three planes, as NV12_to_RGB takes it, as a 24-bit BMP file. The rows keep the
  * frame's order, so the picture stands upside down in a viewer. Otherwise as ConvertYUY2toBMP.
+ *
+ * @param path   file to create or overwrite
+ * @param frame  three planes, as the source of NV12_to_RGB
+ * @param width  pixels in a row
+ * @param height rows
+ * @return 1 for a file written, else 0
  */
 ZEM_API int32_t ConvertNV12toBMP(const wchar_t* path, const uint8_t* frame, uint32_t width,
                                  uint32_t height);
@@ -1885,6 +2317,12 @@ ZEM_API int32_t PackWavFile(const wchar_t* rawPath, const wchar_t* wavPath, uint
 
 #ifdef __cplusplus
 } /* extern "C" */
+
+/* ---------------------------------------------------------------------------------------------
+ * For C++ callers
+ *
+ * These are exported under the symbol that a Microsoft x64 compiler gives their C++ declaration.
+ * -------------------------------------------------------------------------------------------- */
 
 /**
  * Reads the whole 8-byte reply to the version command, status byte and first data byte included.
