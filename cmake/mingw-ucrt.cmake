@@ -21,8 +21,9 @@ set(CMAKE_C_FLAGS_INIT "-specs=${zem_specs} -D_UCRT")
 set(CMAKE_CXX_FLAGS_INIT "-specs=${zem_specs} -D_UCRT")
 
 # -static: no libgcc, libstdc++ or winpthread beside what is built. No time stamp: the same sources
-# give the same bytes.
-set(zem_link_flags "-static -Wl,--no-insert-timestamp,--dynamicbase,--nxcompat,--high-entropy-va")
+# give the same bytes. The debugging data is only the runtime's, and names the folders of this system.
+set(zem_link_flags
+  "-static -Wl,--no-insert-timestamp,--strip-debug,--dynamicbase,--nxcompat,--high-entropy-va")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${zem_link_flags}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${zem_link_flags}")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "${zem_link_flags}")
