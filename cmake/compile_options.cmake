@@ -34,6 +34,14 @@ function(zem_library_options target)
     ZEM_BUILDING_LIBRARY ZEM_DEFAULT_VENDOR_ID=${ZEM_DEFAULT_VENDOR_ID})
 endfunction()
 
+# For what is part of the shared library of Linux: nothing is seen from outside that is not named, and
+# what nobody calls is left out.
+function(zem_shared_objects target)
+  set_target_properties(${target} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(${target} PRIVATE -ffunction-sections -fdata-sections)
+endfunction()
+
 # For what nobody waits for when it runs, but everybody when it is built: the tool, the tests, and the
 # simulator, unless it is measured against.
 function(zem_quick_to_build target)

@@ -15,8 +15,8 @@ function(zem_library_room room)
   endforeach()
 endfunction()
 
-# zem_platform(TARGET FILE...): an implementation of the platform wall for programs that are linked with
-# the library as an archive. Objects, since the library and its platform need each other.
+# zem_platform(TARGET FILE...): an implementation of the platform wall, for the library or for a program
+# that is linked with it. Objects, since the library and its platform need each other.
 function(zem_platform target)
   add_library(${target} OBJECT)
   zem_library_options(${target})

@@ -3,7 +3,7 @@
 #ifdef _WIN32
 #include <windows.h>
 
-#include "simulator/windows/wide_text.h"
+#include "simulator/wide_text.h"
 #endif
 
 namespace zem::simulator {

@@ -11,3 +11,7 @@ namespace zem::platform {
 HRESULT MakeDeviceEnumerator(ICreateDevEnum** enumerator);
 
 }  // namespace zem::platform
+
+// A host program may define this and put it into its dynamic symbol table: the library then takes
+// its device enumerators from there. For programs that stand in for the system's devices.
+extern "C" HRESULT ZemHostDeviceEnumerator(ICreateDevEnum** enumerator);

@@ -21,6 +21,8 @@
 #include "platform/portable/private_profile.h"
 #include "platform/portable/utf8.h"
 
+extern "C" [[gnu::weak]] HRESULT ZemHostDeviceEnumerator(ICreateDevEnum** enumerator);
+
 namespace zem::platform {
 namespace {
 
@@ -68,7 +70,8 @@ void InitializeCom() {}
 void UninitializeCom() {}
 
 HRESULT CreateDeviceEnumerator(ICreateDevEnum** enumerator) {
-  return MakeDeviceEnumerator(enumerator);
+  return ZemHostDeviceEnumerator != nullptr ? ZemHostDeviceEnumerator(enumerator)
+                                            : MakeDeviceEnumerator(enumerator);
 }
 
 void HostFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name) {

@@ -1,65 +1,14 @@
 #include "simulator/windows/private_devices.h"
 
-#include <map>
 #include <utility>
-#include <vector>
 
 #include "platform/com_ptr.h"
+#include "simulator/device_table.h"
 
 namespace zem::simulator {
 namespace {
 
 constexpr const char* kCreateFunction = "CoCreateInstance";
-
-// The devices by display name, which is the order in which the system lists those of the registry.
-class DeviceTable {
- public:
-  DeviceTable() { InitializeCriticalSection(&lock_); }
-  ~DeviceTable() { DeleteCriticalSection(&lock_); }
-  DeviceTable(const DeviceTable&) = delete;
-  DeviceTable& operator=(const DeviceTable&) = delete;
-
-  void Put(const ListedDevice& device) {
-    const Lock lock(lock_);
-    devices_[device.displayName] = device;
-  }
-
-  void Remove(const std::wstring& displayName) {
-    const Lock lock(lock_);
-    devices_.erase(displayName);
-  }
-
-  void Clear() {
-    const Lock lock(lock_);
-    devices_.clear();
-  }
-
-  std::vector<ListedDevice> All() {
-    const Lock lock(lock_);
-    std::vector<ListedDevice> all;
-    for (const auto& [displayName, device] : devices_) {
-      all.push_back(device);
-    }
-    return all;
-  }
-
- private:
-  class Lock {
-   public:
-    explicit Lock(CRITICAL_SECTION& section) : section_(section) {
-      EnterCriticalSection(&section_);
-    }
-    ~Lock() { LeaveCriticalSection(&section_); }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
-   private:
-    CRITICAL_SECTION& section_;
-  };
-
-  CRITICAL_SECTION lock_ = {};
-  std::map<std::wstring, ListedDevice> devices_;
-};
 
 DeviceTable devices;
 

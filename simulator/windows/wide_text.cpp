@@ -1,4 +1,4 @@
-#include "simulator/windows/wide_text.h"
+#include "simulator/wide_text.h"
 
 #include <windows.h>
 
@@ -10,6 +10,15 @@ std::wstring Widen(const std::string& text) {
   std::wstring wide(static_cast<std::size_t>(size), L'\0');
   MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), size);
   return wide;
+}
+
+std::string Narrow(const std::wstring& text) {
+  const int length = static_cast<int>(text.size());
+  const int size =
+      WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+  std::string narrow(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, text.data(), length, narrow.data(), size, nullptr, nullptr);
+  return narrow;
 }
 
 }  // namespace zem::simulator

@@ -2,12 +2,10 @@
 // wait.
 #include <windows.h>
 
-#include <utility>
-
+#include "platform/com_ptr.h"
 #include "simulator/windows/import_hook.h"
 #include "tools/zemctl/camera/library_hooks.h"
 #include "tools/zemctl/camera/long_wait.h"
-#include "tools/zemctl/camera/only_device.h"
 #include "tools/zemctl/camera/traced_devices.h"
 
 namespace zemctl {
@@ -25,27 +23,17 @@ decltype(&Sleep) sleepBefore = nullptr;
 
 HRESULT WINAPI CreateInstance(REFCLSID classId, LPUNKNOWN outer, DWORD context, REFIID iid,
                               LPVOID* object) {
-  const auto replay = ThreadReplay();
-  const auto trace = ThreadTrace();
-  if (!(classId == zem::CLSID_SystemDeviceEnum) ||
-      !(OnlyDevice::OfThread() != nullptr || replay || trace)) {
+  if (!(classId == zem::CLSID_SystemDeviceEnum)) {
     return createBefore(classId, outer, context, iid, object);
   }
-  if (IBaseFilter* const only = OnlyDevice::OfThread()) {
-    return ListOnly(only)->QueryInterface(iid, object);
-  }
   ComPtr<ICreateDevEnum> devices;
-  if (replay) {
-    devices = ReplayDevices(replay);
-  } else if (const HRESULT result = createBefore(classId, outer, context, zem::IID_ICreateDevEnum,
-                                                 devices.ReceiveVoid());
-             FAILED(result)) {
-    return result;
-  }
-  if (trace) {
-    devices = TraceDevices(std::move(devices), trace);
-  }
-  return devices->QueryInterface(iid, object);
+  const HRESULT result = MakeThreadDevices(
+      [&](ICreateDevEnum** system) {
+        return createBefore(classId, outer, context, zem::IID_ICreateDevEnum,
+                            reinterpret_cast<void**>(system));
+      },
+      devices.Receive());
+  return SUCCEEDED(result) ? devices->QueryInterface(iid, object) : result;
 }
 
 void WINAPI SleepAsLongAsUseful(DWORD milliseconds) {

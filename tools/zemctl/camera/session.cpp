@@ -1,13 +1,10 @@
 #include "tools/zemctl/camera/session.h"
 
-#include <windows.h>
-// The header below leans on windows.h.
-#include <objbase.h>
-
 #include <algorithm>
 #include <utility>
 
 #include "include/ZemUVCExtApi.h"
+#include "platform/platform.h"
 #include "simulator/system_results.h"
 #include "tools/zemctl/camera/extension_unit_names.h"
 #include "tools/zemctl/camera/judgement.h"
@@ -123,9 +120,9 @@ CallFailure NoCameraMatches(const DeviceSelection& selection) {
            kNoCamera}};
 }
 
-ComThread::ComThread() { static_cast<void>(CoInitialize(nullptr)); }
+ComThread::ComThread() { zem::platform::InitializeCom(); }
 
-ComThread::~ComThread() { CoUninitialize(); }
+ComThread::~ComThread() { zem::platform::UninitializeCom(); }
 
 Session::Session(const DeviceSelection& selection, Use use) : Session(Find(selection, use)) {
   if (!selection.isNamed()) {
@@ -148,10 +145,10 @@ Session::Session(FoundCamera camera)
       record_(std::make_shared<TransferRecord>(TransferClock, StopRequested)),
       object_(Watch(std::move(camera.object), record_)) {
   // Closing gives one back, and opening this way takes none.
-  static_cast<void>(CoInitialize(nullptr));
+  zem::platform::InitializeCom();
   const ZemResult opened = ZEMAPI_OpenDeviceBySourceFilter(object_.get(), &handle_);
   if (opened < 0) {
-    CoUninitialize();
+    zem::platform::UninitializeCom();
     throw CallFailure("ZEMAPI_OpenDeviceBySourceFilter", opened);
   }
 }

@@ -1,26 +1,14 @@
 #include "tools/zemctl/camera/simulator_module.h"
 
-#include <windows.h>
-
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "simulator/options.h"
-#include "simulator/windows/ZemSimulator.h"
 #include "tools/zemctl/frame/files.h"
 #include "tools/zemctl/frame/results.h"
 
 namespace zemctl {
 namespace {
-
-template <class Function>
-Function* FindFunction(void* module, const char* name) {
-  const FARPROC found = GetProcAddress(static_cast<HMODULE>(module), name);
-  if (found == nullptr) {
-    throw std::runtime_error(std::string("ZemSimulator.dll lacks ") + name);
-  }
-  return reinterpret_cast<Function*>(reinterpret_cast<void*>(found));
-}
 
 constexpr const char* kOptionsName = "--simulator-options: ";
 constexpr std::uint64_t kLongestOptions = 1ULL << 20;
@@ -88,25 +76,19 @@ std::string Complete(const std::string& options, const std::vector<std::string>&
 SimulatorModule::SimulatorModule(const std::string& options, const std::vector<std::string>& faults,
                                  const std::string& state) {
   const std::string text = Complete(ReadOptions(options), faults, state);
-  module_ = LoadLibraryW(L"ZemSimulator.dll");
-  if (module_ == nullptr) {
-    throw std::runtime_error("ZemSimulator.dll cannot be loaded; it belongs beside zemctl.exe");
-  }
-  const auto start =
-      FindFunction<decltype(ZemSimulatorStartPrivate)>(module_, "ZemSimulatorStartPrivate");
-  if (start(text.c_str()) < 0) {
-    Refuse(options, state,
-           FindFunction<decltype(ZemSimulatorLastError)>(module_, "ZemSimulatorLastError")());
+  try {
+    devices_.emplace(text);
+  } catch (const SimulatorRefusal& refusal) {
+    Refuse(options, state, refusal.what());
   }
 }
 
 SimulatorModule::~SimulatorModule() {
-  // The module stays loaded: COM may hold on to it until the process ends.
-  FindFunction<decltype(ZemSimulatorStop)>(module_, "ZemSimulatorStop")();
-  const char* const reason =
-      FindFunction<decltype(ZemSimulatorLastError)>(module_, "ZemSimulatorLastError")();
-  if (*reason != '\0') {
-    std::fprintf(stderr, "zemctl: %s.\n", reason);
+  if (!devices_) {
+    return;
+  }
+  if (const std::string reason = devices_->Stop(); !reason.empty()) {
+    std::fprintf(stderr, "zemctl: %s.\n", reason.c_str());
   }
 }
 

@@ -8,7 +8,9 @@
 #include <functional>
 #include <stdexcept>
 
+#include "platform/platform.h"
 #include "platform/text.h"
+#include "tools/zemctl/camera/device_place.h"
 #include "tools/zemctl/camera/replay.h"
 #include "tools/zemctl/frame/bytes.h"
 
@@ -26,12 +28,12 @@ constexpr std::size_t kNameLength = 255;
 
 std::wstring ReadProperty(IPropertyBag* properties, const wchar_t* name) {
   VARIANT value;
-  VariantInit(&value);
+  zem::platform::InitVariant(&value);
   std::wstring text;
   if (SUCCEEDED(properties->Read(name, &value, nullptr)) && value.vt == VT_BSTR) {
     text = value.bstrVal;
   }
-  VariantClear(&value);
+  zem::platform::ClearVariant(&value);
   return text;
 }
 
@@ -48,33 +50,13 @@ std::optional<unsigned> IdBehind(std::string_view mark, std::string_view path) {
   return error == std::errc() && end == digits.data() + kDigits ? std::optional(id) : std::nullopt;
 }
 
-// A device path is \\?\usb#IDS#INSTANCE#{INTERFACE}: the system keeps where the device is plugged
-// in under its ids and instance. Where it does not, the instance differs from port to port.
-std::string PlaceOf(const std::wstring& devicePath) {
-  const std::size_t ids = devicePath.find(L'#');
-  const std::size_t instance = devicePath.find(L'#', ids + 1);
-  if (ids == std::wstring::npos || instance == std::wstring::npos) {
-    return "";
-  }
-  const std::size_t end = std::min(devicePath.find(L'#', instance + 1), devicePath.size());
-  const std::wstring instanceName = devicePath.substr(instance + 1, end - instance - 1);
-  const std::wstring key = L"SYSTEM\\CurrentControlSet\\Enum\\USB\\" +
-                           devicePath.substr(ids + 1, instance - ids - 1) + L"\\" + instanceName;
-  std::array<wchar_t, 256> place = {};
-  DWORD size = sizeof(place);
-  const LSTATUS read = RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"LocationInformation",
-                                    RRF_RT_REG_SZ, nullptr, place.data(), &size);
-  return Narrow(read == ERROR_SUCCESS ? place.data() : instanceName);
-}
-
 // Offers every device of a category to `see`, until that returns true.
 void WalkSystemDevices(DeviceCategory category, const std::function<bool(IMoniker*)>& see) {
   const GUID& id = category == DeviceCategory::kVideoInput ? zem::CLSID_VideoInputDeviceCategory
                                                            : zem::CLSID_AudioInputDeviceCategory;
   ComPtr<ICreateDevEnum> system;
   ComPtr<IEnumMoniker> monikers;
-  if (FAILED(CoCreateInstance(zem::CLSID_SystemDeviceEnum, nullptr, CLSCTX_INPROC,
-                              zem::IID_ICreateDevEnum, system.ReceiveVoid())) ||
+  if (FAILED(zem::platform::CreateDeviceEnumerator(system.Receive())) ||
       FAILED(system->CreateClassEnumerator(id, monikers.Receive(), 0))) {
     throw std::runtime_error("the system's device enumerator does not answer");
   }
@@ -86,18 +68,12 @@ void WalkSystemDevices(DeviceCategory category, const std::function<bool(IMonike
   }
 }
 
-std::wstring ProgramFolder() {
-  std::array<wchar_t, 1024> path = {};
-  GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size() - 1));
-  const std::wstring whole = path.data();
-  return whole.substr(0, whole.find_last_of(L'\\'));
-}
-
 // "vid_5a45&pid_8c00", as it stands in a camera's display name.
 std::wstring IdPattern(const DeviceSelection& selection) {
-  const std::wstring settings = ProgramFolder() + L"\\zem_setting.ini";
+  std::array<wchar_t, zem::platform::kPathCapacity> settings = {};
+  zem::platform::HostFilePath(settings, L"zem_setting.ini");
   const auto setting = [&](const wchar_t* key, unsigned otherwise) {
-    return GetPrivateProfileIntW(L"AP", key, static_cast<INT>(otherwise), settings.c_str());
+    return zem::platform::PrivateProfileInt(L"AP", key, otherwise, settings.data());
   };
   const bool isDefault = !selection.vendorId && !selection.productId;
   const unsigned vendor = isDefault ? setting(L"DeviceVid", kDefaultVendorId)
@@ -105,7 +81,7 @@ std::wstring IdPattern(const DeviceSelection& selection) {
   const unsigned product = isDefault ? setting(L"DevicePid", kDefaultProductId)
                                      : selection.productId.value_or(kDefaultProductId);
   std::array<wchar_t, 64> pattern = {};
-  _snwprintf(pattern.data(), pattern.size() - 1, L"vid_%.4x&pid_%.4x", vendor, product);
+  zem::platform::FormatWide(pattern, L"vid_%.4x&pid_%.4x", vendor, product);
   return pattern.data();
 }
 
@@ -144,16 +120,14 @@ SystemDevice DescribeDevice(IMoniker* moniker) {
   wchar_t* displayName = nullptr;
   if (SUCCEEDED(moniker->GetDisplayName(nullptr, nullptr, &displayName))) {
     device.displayName = Narrow(displayName);
-    CoTaskMemFree(displayName);
+    zem::platform::FreeTaskMemory(displayName);
   }
   ComPtr<IPropertyBag> properties;
   if (SUCCEEDED(moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag,
                                        properties.ReceiveVoid()))) {
     device.name = Narrow(ReadProperty(properties.get(), L"FriendlyName"));
-    const std::wstring devicePath = ReadProperty(properties.get(), L"DevicePath");
-    device.devicePath = Narrow(devicePath);
-    device.place =
-        ThreadReplay() ? ThreadReplay()->PlaceOf(device.devicePath) : PlaceOf(devicePath);
+    device.devicePath = Narrow(ReadProperty(properties.get(), L"DevicePath"));
+    device.place = ThreadReplay() ? ThreadReplay()->PlaceOf(device.devicePath) : PlaceOf(device);
   }
   device.vendorId = IdBehind("vid_", device.displayName);
   device.productId = IdBehind("pid_", device.displayName);

@@ -225,18 +225,10 @@ const Json& TakeArray(const Json& json, const char* key) {
   return value;
 }
 
-// Hexadecimal digits and nothing else.
-std::optional<std::uint32_t> DigitsOf(std::string_view text) {
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, 16);
-  const bool whole = error == std::errc() && end == text.data() + text.size();
-  return whole ? std::optional(number) : std::nullopt;
-}
-
 HRESULT TakeResult(const Json& json) {
   const std::string text = TakeText(json, "result");
   const auto number = text.size() == 10 && text.starts_with("0x")
-                          ? DigitsOf(std::string_view(text).substr(2))
+                          ? ParseHex(std::string_view(text).substr(2))
                           : std::nullopt;
   if (!number) {
     throw Wrong{"\"result\" is not a result such as 0x8007001F"};
@@ -249,7 +241,7 @@ std::vector<std::uint8_t> TakeBytes(const Json& json, const char* key = "data") 
   const std::string text = TakeText(json, key);
   std::vector<std::uint8_t> bytes;
   for (std::string_view rest = text; !rest.empty();) {
-    const auto byte = DigitsOf(rest.substr(0, 2));
+    const auto byte = ParseHex(rest.substr(0, 2));
     const bool isPair = rest.size() >= 2 && (rest.size() == 2 || rest[2] == ' ');
     if (!byte || !isPair || rest.size() == 3) {
       throw Wrong{std::string("\"") + key + "\" is not bytes such as \"0a ff\""};
@@ -260,29 +252,12 @@ std::vector<std::uint8_t> TakeBytes(const Json& json, const char* key = "data") 
   return bytes;
 }
 
-// "{23E49ED0-1178-4F31-AE52-D2FB8A8D3B48}"
 GUID TakeGuid(const Json& json, const char* key) {
-  const std::string text = TakeText(json, key);
-  constexpr std::string_view kPattern = "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}";
-  const auto fits = [](char given, char wanted) {
-    return wanted == 'x' ? DigitsOf({&given, 1}).has_value() : given == wanted;
-  };
-  if (text.size() != kPattern.size() ||
-      !std::equal(text.begin(), text.end(), kPattern.begin(), fits)) {
+  const auto id = ParseGuid(TakeText(json, key));
+  if (!id) {
     throw Wrong{std::string("\"") + key + "\" is not an id in braces"};
   }
-  const auto field = [&](std::size_t at, std::size_t digits) {
-    return DigitsOf(std::string_view(text).substr(at, digits)).value_or(0);
-  };
-  GUID id = {};
-  id.Data1 = field(1, 8);
-  id.Data2 = static_cast<unsigned short>(field(10, 4));
-  id.Data3 = static_cast<unsigned short>(field(15, 4));
-  constexpr std::array<std::size_t, 8> kByteAt = {20, 22, 25, 27, 29, 31, 33, 35};
-  for (std::size_t index = 0; index < kByteAt.size(); ++index) {
-    id.Data4[index] = static_cast<unsigned char>(field(kByteAt.at(index), 2));
-  }
-  return id;
+  return *id;
 }
 
 // Which of two or three words it is.

@@ -150,4 +150,23 @@ ComPtr<ICreateDevEnum> ReplayDevices(std::shared_ptr<Replay> replay) {
   return ComPtr<ICreateDevEnum>::Adopt(new ReplayedEnumerator(std::move(replay)));
 }
 
+HRESULT MakeThreadDevices(const std::function<HRESULT(ICreateDevEnum** devices)>& system,
+                          ICreateDevEnum** devices) {
+  ComPtr<ICreateDevEnum> list;
+  if (IBaseFilter* const only = OnlyDevice::OfThread()) {
+    list = ListOnly(only);
+  } else {
+    if (const auto replay = ThreadReplay()) {
+      list = ReplayDevices(replay);
+    } else if (const HRESULT result = system(list.Receive()); FAILED(result)) {
+      return result;
+    }
+    if (auto trace = ThreadTrace()) {
+      list = TraceDevices(std::move(list), std::move(trace));
+    }
+  }
+  *devices = list.Detach();
+  return S_OK;
+}
+
 }  // namespace zemctl

@@ -1,6 +1,7 @@
 // The system's list of devices, as a trace sees it and as a trace answers for it.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "platform/com_ptr.h"
@@ -16,5 +17,10 @@ zem::ComPtr<ICreateDevEnum> TraceDevices(zem::ComPtr<ICreateDevEnum> system,
 
 // One that lists the devices of a trace.
 zem::ComPtr<ICreateDevEnum> ReplayDevices(std::shared_ptr<Replay> replay);
+
+// What this thread finds where it asks for the system's devices: just one (only_device.h), those of
+// the trace that it replays, or those that `system` makes a list of, traced if the thread is.
+HRESULT MakeThreadDevices(const std::function<HRESULT(ICreateDevEnum** devices)>& system,
+                          ICreateDevEnum** devices);
 
 }  // namespace zemctl

@@ -1,6 +1,4 @@
 // zemctl command, zemctl xu get, zemctl xu set, zemctl xu check
-#include <objbase.h>
-
 #include <algorithm>
 #include <memory>
 #include <optional>
@@ -59,11 +57,11 @@ GUID ParseUnit(const std::string& text) {
       return unit.id;
     }
   }
-  GUID id = {};
-  if (FAILED(CLSIDFromString(Widen(text).c_str(), &id))) {
+  const auto id = ParseGuid(text);
+  if (!id) {
     throw UsageError("\"" + text + "\" is neither the name of a unit nor a {GUID}");
   }
-  return id;
+  return *id;
 }
 
 int GetUnitControl(const Options& options, const RawArguments& arguments, Report& report) {

@@ -15,13 +15,11 @@ unsigned char ParseByte(std::string_view text) {
   if (digits.starts_with("0x") || digits.starts_with("0X")) {
     digits.remove_prefix(2);
   }
-  unsigned value = 0;
-  const char* const end = digits.data() + digits.size();
-  const auto [stop, error] = std::from_chars(digits.data(), end, value, 16);
-  if (digits.empty() || error != std::errc() || stop != end || value > 0xFF) {
+  const auto value = ParseHex(digits);
+  if (!value || *value > 0xFF) {
     throw UsageError("\"" + std::string(text) + "\" is not a byte in hexadecimal");
   }
-  return static_cast<unsigned char>(value);
+  return static_cast<unsigned char>(*value);
 }
 
 }  // namespace
@@ -44,6 +42,14 @@ std::string HexNumber(std::uint64_t number, int digits) {
   std::snprintf(text.data(), text.size(), "0x%0*llX", digits,
                 static_cast<unsigned long long>(number));
   return text.data();
+}
+
+std::optional<std::uint32_t> ParseHex(std::string_view digits) {
+  std::uint32_t value = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, value, 16);
+  return !digits.empty() && error == std::errc() && stop == end ? std::optional(value)
+                                                                : std::nullopt;
 }
 
 std::vector<unsigned char> ParseBytes(const std::vector<std::string>& words) {
@@ -79,6 +85,29 @@ std::string GuidText(const GUID& id) {
                 static_cast<unsigned>(id.Data3), last[0], last[1], last[2], last[3], last[4],
                 last[5], last[6], last[7]);
   return text.data();
+}
+
+std::optional<GUID> ParseGuid(std::string_view text) {
+  constexpr std::string_view kPattern = "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}";
+  const auto fits = [](char given, char wanted) {
+    return wanted == 'x' ? ParseHex({&given, 1}).has_value() : given == wanted;
+  };
+  if (text.size() != kPattern.size() ||
+      !std::equal(text.begin(), text.end(), kPattern.begin(), fits)) {
+    return std::nullopt;
+  }
+  const auto field = [&](std::size_t at, std::size_t digits) {
+    return ParseHex(text.substr(at, digits)).value_or(0);
+  };
+  GUID id = {};
+  id.Data1 = field(1, 8);
+  id.Data2 = static_cast<unsigned short>(field(10, 4));
+  id.Data3 = static_cast<unsigned short>(field(15, 4));
+  constexpr std::array<std::size_t, 8> kByteAt = {20, 22, 25, 27, 29, 31, 33, 35};
+  for (std::size_t index = 0; index < kByteAt.size(); ++index) {
+    id.Data4[index] = static_cast<unsigned char>(field(kByteAt.at(index), 2));
+  }
+  return id;
 }
 
 }  // namespace zemctl

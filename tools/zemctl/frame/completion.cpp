@@ -3,12 +3,8 @@
 #include <utility>
 #include <vector>
 
-#ifdef _WIN32
-#include <fcntl.h>
-#include <io.h>
-#endif
-
 #include "tools/zemctl/frame/command_tree.h"
+#include "tools/zemctl/frame/console.h"
 #include "tools/zemctl/frame/exit_codes.h"
 #include "tools/zemctl/frame/program.h"
 
@@ -189,10 +185,7 @@ std::string PowerShellCompletion(const Program& program) {
 
 // The script as it is: a shell takes no carriage return at the end of a line.
 void WriteScript(const std::string& script) {
-#ifdef _WIN32
-  std::fflush(stdout);
-  static_cast<void>(_setmode(_fileno(stdout), _O_BINARY));
-#endif
+  KeepLineEnds(stdout);
   std::fputs(script.c_str(), stdout);
 }
 

@@ -1,8 +1,8 @@
 #include "tools/zemctl/frame/files.h"
 
 #include <cstdio>
-#include <filesystem>
 
+#include "platform/platform.h"
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/results.h"
 
@@ -10,7 +10,7 @@ namespace zemctl {
 namespace {
 
 OpenedFile Open(const std::string& path, const wchar_t* mode) {
-  return OpenedFile(_wfopen(Widen(path).c_str(), mode));
+  return OpenedFile(zem::platform::OpenFile(Widen(path).c_str(), mode));
 }
 
 [[noreturn]] void Refuse(const std::string& path, const std::string& why, const char* advice) {
@@ -20,12 +20,12 @@ OpenedFile Open(const std::string& path, const wchar_t* mode) {
 }  // namespace
 
 std::uint64_t SizeOfFile(const std::string& path) {
-  std::error_code error;
-  const auto size = std::filesystem::file_size(Widen(path), error);
-  if (error) {
+  const OpenedFile file = Open(path, L"rb");
+  const auto size = file ? zem::platform::MeasureFile(file.get()) : std::nullopt;
+  if (!size) {
     Refuse(path, "cannot be opened", "Check the path. Nothing was sent.");
   }
-  return size;
+  return *size;
 }
 
 std::vector<unsigned char> ReadInputFile(const std::string& path, std::uint64_t most) {

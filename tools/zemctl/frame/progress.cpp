@@ -1,16 +1,16 @@
 #include "tools/zemctl/frame/progress.h"
 
-#include <io.h>
-
 #include <algorithm>
 #include <cstdio>
+
+#include "tools/zemctl/frame/console.h"
 
 namespace zemctl {
 
 Progress::Progress(bool silent, const std::string& label)
     : silent_(silent),
       label_(label.empty() ? "" : label + ": "),
-      terminal_(label.empty() && _isatty(_fileno(stderr)) != 0) {}
+      terminal_(label.empty() && IsTerminal(stderr)) {}
 
 Progress::~Progress() {
   // An operation that was left half way ends its line.

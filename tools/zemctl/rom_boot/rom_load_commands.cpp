@@ -1,12 +1,10 @@
 // zemctl rom load-updater, load-mini-uvc, load-memory, unpack
-#include <windows.h>
-
-#include <array>
 #include <optional>
 
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/confirm.h"
 #include "tools/zemctl/frame/files.h"
+#include "tools/zemctl/frame/folders.h"
 #include "tools/zemctl/frame/progress.h"
 #include "tools/zemctl/frame/results.h"
 #include "tools/zemctl/rom_boot/burn_run.h"
@@ -116,9 +114,8 @@ int LoadMemory(const Options& options, const MemoryArguments& arguments, RomWatc
 int Unpack(const Options& options, const PackageArguments& arguments, Report& report) {
   const std::vector<PackageSection> sections =
       ParseInputFile(arguments.file, kLongestPackage, SectionsOf);
-  std::array<wchar_t, MAX_PATH> package = {};
-  GetFullPathNameW(Widen(arguments.file).c_str(), MAX_PATH, package.data(), nullptr);
-  if (SetCurrentDirectoryW(Widen(arguments.folder).c_str()) == FALSE) {
+  const std::wstring package = WholePath(arguments.file);
+  if (!EnterFolder(arguments.folder)) {
     throw UsageError("\"" + arguments.folder + "\" is no folder");
   }
   Report files = Report::array();
@@ -129,7 +126,7 @@ int Unpack(const Options& options, const PackageArguments& arguments, Report& re
     files.push_back(
         {{"file", section.file}, {"offset", section.offset}, {"payload", section.payloadSize}});
   }
-  const ZemResult result = ZEMROMAPI_DispackZemPcCamFw(nullptr, package.data());
+  const ZemResult result = ZEMROMAPI_DispackZemPcCamFw(nullptr, package.c_str());
   if (result < 0) {
     throw CallFailure("ZEMROMAPI_DispackZemPcCamFw", result,
                       {"ZEM_E_FAIL", arguments.file + " could not be taken apart",

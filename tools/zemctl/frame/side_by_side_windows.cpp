@@ -1,8 +1,7 @@
-#include "tools/zemctl/frame/side_by_side.h"
-
 #include <windows.h>
 
 #include "tools/zemctl/camera/session.h"
+#include "tools/zemctl/frame/side_by_side.h"
 
 namespace zemctl {
 namespace {

@@ -1,9 +1,9 @@
-#include "tools/zemctl/frame/interrupt.h"
-
 #include <windows.h>
 
 #include <atomic>
 #include <memory>
+
+#include "tools/zemctl/frame/interrupt.h"
 
 namespace zemctl {
 namespace {
