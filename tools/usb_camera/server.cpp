@@ -288,8 +288,11 @@ void Server::Serve(Client& client, bool isReadable) {
     Complain(client.name, error.what());
     client.isClosed = true;
   }
-  if (client.place != nullptr) {
-    TellChange(*client.place);
+  if (Place* const place = client.place) {
+    if (client.connection.isOver() && place->client == &client) {
+      place->client = nullptr;  // what has come in place of its device is for whoever asks first
+    }
+    TellChange(*place);
   }
 }
 
@@ -348,9 +351,8 @@ void Server::Reap() {
       continue;
     }
     if (Place* const place = client->place) {
-      place->client = nullptr;
-      const bool hasLeft = client->connection.isOver();
-      if (!hasLeft) {
+      if (place->client == &*client) {
+        place->client = nullptr;
         place->Tell("detached");
       } else if (host_ && place->camera.device() != nullptr) {
         place->attachBefore = Clock::now() + kTimeToFreePort;
