@@ -4,7 +4,7 @@
 source "$(dirname "$0")/scripts/setup.sh"
 
 step "packages" install_missing "${windows_packages[@]}" "${native_packages[@]}" \
-  clang-format clang-tidy imagemagick libsox-fmt-base lld llvm python3 python3-jsonschema sox
+  "${kernel_packages[@]}" clang-format clang-tidy imagemagick libsox-fmt-base lld llvm python3 python3-jsonschema sox
 for preset in windows native linux fuzz; do
   step "configure $preset" cmake --preset $preset
 done

@@ -7,6 +7,11 @@ export LC_ALL=C.UTF-8
 
 zem_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
+# Runs a command as root.
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
 # Installs the Debian packages of the arguments that are not there yet.
 install_missing() {
   local missing=()
@@ -17,10 +22,8 @@ install_missing() {
   done
   [ ${#missing[@]} -eq 0 ] && return
   echo "Installing: ${missing[*]}"
-  local as_root=()
-  [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-  "${as_root[@]}" apt-get update -qq
-  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq \
+  as_root apt-get update -qq
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq \
     --no-install-recommends "${missing[@]}" >/dev/null
 }
 
@@ -31,6 +34,10 @@ windows_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64-win32 wine wine64 g
 # What the native build needs.
 native_packages=(cmake ninja-build clang libclang-rt-dev libgtest-dev libbenchmark-dev libyuv-dev
   libcli11-dev nlohmann-json3-dev)
+
+# What the tests in a kernel of their own need beside the native build: the machine, and what udev's
+# programs are linked with. Kernel and udev themselves are not installed.
+kernel_packages=(busybox-static libacl1 libblkid1 libcap2 libkmod2 libselinux1 qemu-system-x86 xz-utils)
 
 # A Wine folder of the project's own, quiet and without windows on the screen.
 export WINEPREFIX=$zem_root/build/wine

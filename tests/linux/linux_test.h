@@ -12,21 +12,9 @@
 
 #include "include/ZemUVCExtApi.h"
 #include "tests/linux/fake_kernel.h"
+#include "tests/linux/platform_results.h"
 
 namespace zem::testing {
-
-// Failures of the platform.
-inline constexpr auto kNoInterfaceResult = static_cast<ZemResult>(0x80004002U);
-inline constexpr auto kPointerResult = static_cast<ZemResult>(0x80004003U);
-inline constexpr auto kInvalidFunctionResult = static_cast<ZemResult>(0x80070001U);
-inline constexpr auto kAccessDeniedResult = static_cast<ZemResult>(0x80070005U);
-inline constexpr auto kInvalidParameterResult = static_cast<ZemResult>(0x80070057U);
-inline constexpr auto kTimeoutResult = static_cast<ZemResult>(0x80070079U);
-inline constexpr auto kMoreDataResult = static_cast<ZemResult>(0x800700EAU);
-inline constexpr auto kNoAccessResult = static_cast<ZemResult>(0x800703E6U);
-inline constexpr auto kNotConnectedResult = static_cast<ZemResult>(0x8007048FU);
-inline constexpr auto kNotFoundResult = static_cast<ZemResult>(0x80070490U);
-inline constexpr auto kSetNotFoundResult = static_cast<ZemResult>(0x80070492U);
 
 // A control of an extension unit, as the driver serves it.
 struct FakeControl {

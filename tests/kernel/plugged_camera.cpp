@@ -1,0 +1,227 @@
+#include "tests/kernel/plugged_camera.h"
+
+#include <fcntl.h>
+#include <grp.h>
+#include <pwd.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): kill
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <thread>
+
+namespace zem::testing {
+namespace {
+
+constexpr const char* kLog = "/tmp/wire.log";
+constexpr const char* kOptions = "/tmp/options.json";
+
+// Whether the kernel has let go of every device that was plugged in: it does not take the next one
+// at a port before.
+bool PortsAreFree() {
+  std::istringstream status(ReadText("/sys/devices/platform/vhci_hcd.0/status"));
+  std::string line;
+  std::getline(status, line);
+  while (std::getline(status, line)) {
+    std::istringstream fields(line);
+    std::string hub;
+    std::string port;
+    std::string state;
+    fields >> hub >> port >> state;
+    if (state != "004") {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Starts a program; the child's end of `prepare` never returns.
+pid_t Start(const std::function<void()>& prepare) {
+  const pid_t child = fork();
+  if (child == 0) {
+    prepare();
+    _exit(127);
+  }
+  return child;
+}
+
+// "0a 00" of "0a00".
+std::string SpacedBytes(const std::string& digits) {
+  std::string text;
+  for (std::size_t index = 0; index + 1 < digits.size(); index += 2) {
+    text += " " + digits.substr(index, 2);
+  }
+  return text;
+}
+
+// What TakeTransfers tells of a line of zem-usb-camera's log; empty for another request.
+std::string TransferOf(const std::string& line) {
+  std::istringstream words(line);
+  std::string camera;
+  std::string kind;
+  words >> camera >> kind;
+  if (kind == "scsi") {
+    std::string cdb;
+    std::string direction;
+    std::string result;
+    std::string data;
+    words >> cdb >> direction >> result >> data;
+    return "scsi" + SpacedBytes(cdb) + " " + direction + SpacedBytes(data);
+  }
+  std::string setup;
+  std::string direction;
+  std::string unit;
+  std::string selector;
+  std::string sent;
+  std::string result;
+  std::string answer;
+  words >> setup >> direction >> unit >> selector >> sent >> result >> answer;
+  const bool isSet = setup.starts_with("2101");
+  if ((!isSet && !setup.starts_with("a181")) || setup.substr(8, 2) != "00" || unit == "0") {
+    return {};
+  }
+  return (isSet ? "set " : "get ") + unit + "." + selector + SpacedBytes(isSet ? sent : answer);
+}
+
+// A device file is there a moment before udev has made it what it will be.
+void Settle() { EXPECT_EQ(RunProgram("udevadm settle").status, 0); }
+
+}  // namespace
+
+bool WaitUntil(const std::function<bool()>& condition) {
+  constexpr auto kLimit = std::chrono::seconds(20);
+  constexpr auto kPause = std::chrono::milliseconds(5);
+  const auto end = std::chrono::steady_clock::now() + kLimit;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) {
+      return false;
+    }
+    std::this_thread::sleep_for(kPause);
+  }
+  return true;
+}
+
+Lines EntriesOf(const std::string& folder, const std::string& prefix) {
+  Lines names;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    const std::string name = entry.path().filename();
+    if (name.starts_with(prefix)) {
+      names.push_back(name);
+    }
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string ReadText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+  std::ofstream file(path, std::ios::binary);
+  file << text;
+  file.close();
+  EXPECT_TRUE(file.good()) << path;
+}
+
+void BecomeUser(uid_t user) {
+  const passwd* const entry = getpwuid(user);
+  if (entry == nullptr || initgroups(entry->pw_name, entry->pw_gid) != 0 ||
+      setgid(entry->pw_gid) != 0 || setuid(user) != 0) {
+    _exit(126);
+  }
+}
+
+ProgramResult RunProgram(const std::string& command, uid_t user) {
+  const pid_t child = Start([&] {
+    const int output = open("/tmp/program.out", O_CREAT | O_TRUNC | O_WRONLY, 0644);
+    const int errors = open("/tmp/program.err", O_CREAT | O_TRUNC | O_WRONLY, 0644);
+    dup2(output, STDOUT_FILENO);
+    dup2(errors, STDERR_FILENO);
+    BecomeUser(user);
+    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+  });
+  int status = 0;
+  waitpid(child, &status, 0);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), ReadText("/tmp/program.out"),
+          ReadText("/tmp/program.err")};
+}
+
+Lines HeadsOf(Lines transfers) {
+  constexpr std::size_t kShown = 55;
+  for (std::string& transfer : transfers) {
+    if (transfer.size() > kShown + 30) {
+      transfer = transfer.substr(0, kShown) + " ... " + std::to_string(transfer.size());
+    }
+  }
+  return transfers;
+}
+
+bool IsCameraThere() {
+  if (EntriesOf("/sys/class/video4linux").empty()) {
+    return false;
+  }
+  Settle();
+  return !EntriesOf("/dev/v4l/by-path").empty();
+}
+
+bool IsStorageThere() {
+  if (EntriesOf("/sys/class/scsi_generic").empty()) {
+    return false;
+  }
+  Settle();
+  return !EntriesOf("/dev", "sg").empty();
+}
+
+PluggedCamera::PluggedCamera(const std::string& options) {
+  EXPECT_TRUE(WaitUntil(PortsAreFree));
+  WriteText(kOptions, options);
+  WriteText(kLog, "");
+  program_ = Start([] {
+    dup2(open("/tmp/camera.out", O_CREAT | O_TRUNC | O_WRONLY, 0644), STDOUT_FILENO);
+    execl("/zem/zem-usb-camera", "zem-usb-camera", "--attach", "--simulator-options", kOptions,
+          "--log", kLog, nullptr);
+  });
+  EXPECT_TRUE(WaitUntil([] { return IsCameraThere() || IsStorageThere(); }));
+}
+
+PluggedCamera::~PluggedCamera() { Unplug(); }
+
+void PluggedCamera::Unplug() {
+  if (program_ < 0) {
+    return;
+  }
+  kill(program_, SIGTERM);
+  waitpid(program_, nullptr, 0);
+  program_ = -1;
+  EXPECT_TRUE(WaitUntil([] {
+    return EntriesOf("/sys/class/video4linux").empty() &&
+           EntriesOf("/sys/class/scsi_generic").empty();
+  }));
+  Settle();
+}
+
+Lines PluggedCamera::TakeTransfers() {
+  std::istringstream log(ReadText(kLog));
+  Lines transfers;
+  std::string line;
+  std::size_t number = 0;
+  while (std::getline(log, line)) {
+    if (number++ >= taken_) {
+      if (const std::string transfer = TransferOf(line); !transfer.empty()) {
+        transfers.push_back(transfer);
+      }
+    }
+  }
+  taken_ = number;
+  return transfers;
+}
+
+}  // namespace zem::testing
