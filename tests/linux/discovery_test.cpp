@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "device/extension_units.h"
+#include "include/ZemUVC.hpp"
 #include "platform/com_ptr.h"
 #include "platform/platform.h"
 #include "tests/linux/linux_test.h"
@@ -78,6 +79,28 @@ TEST_F(DiscoveryTest, DevicePathSaysThePortAndNoBusNumber) {
   RemoveCamera(0, "1-1.2");
   AddCamera(7, "3-1.2");
   EXPECT_EQ(Cameras(L"DevicePath"), onFirst) << "after a start in which the bus is another one";
+}
+
+TEST_F(DiscoveryTest, TheListOfTheCppHeaderHasTheSameNames) {
+  AddCamera(10, "1-1");
+  AddCamera(2, "3-1.2", "5a46", "8c01");
+  AddCamera(3, "1-4");
+  kernel.Remove("devices/pci0000:00/0000:00:14.0/usb1/version");
+  kernel.AddFile("class/video4linux/video2/name", "Cam\xC3\xA9ra \xFF\n");
+  std::vector<zemuvc::CameraInfo> listed;
+  zemuvc::detail::ListSystemCameras(listed, kernel.sysFolder(), kernel.sysFolder());
+  Texts names;
+  Texts paths;
+  Texts friendlyNames;
+  for (const zemuvc::CameraInfo& camera : listed) {
+    names.push_back(camera.displayName);
+    paths.push_back(camera.devicePath);
+    friendlyNames.push_back(camera.name);
+  }
+  EXPECT_EQ(names.size(), 3U);
+  EXPECT_EQ(names, Cameras());
+  EXPECT_EQ(paths, Cameras(L"DevicePath"));
+  EXPECT_EQ(friendlyNames, Cameras(L"FriendlyName"));
 }
 
 TEST_F(DiscoveryTest, AControllerWithoutSubsystemOrVersionStillHasAPath) {
