@@ -1,12 +1,239 @@
-// The library's way to the volumes is not watched on this system yet.
+// The library's imports of the calls by which it reaches volumes on Linux: it lists the SCSI
+// generic devices, opens them and sends them SG_IO. Here it finds one for each drive letter, whose
+// number is the letter's, so that a letter is the same volume for the library, a trace and a
+// simulated camera; which device of the machine that is, is looked up when it is opened.
+#include <dirent.h>
+#include <fcntl.h>
+#include <scsi/sg.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdarg>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/errors.h"
+#include "platform/linux/generic_errors.h"
+#include "platform/linux/sysfs.h"
+#include "tools/zemctl/camera/generic_request.h"
+#include "tools/zemctl/camera/import_hook_linux.h"
+#include "tools/zemctl/camera/library_wait_linux.h"
+#include "tools/zemctl/camera/simulated_volumes.h"
+#include "tools/zemctl/camera/traced_volumes.h"
 #include "tools/zemctl/camera/watched_volumes.h"
 
 namespace zemctl {
+namespace {
 
-struct WatchedVolumes::Hooks {};
+constexpr std::string_view kGenericFolder = "/sys/class/scsi_generic";
+constexpr std::string_view kGenericFile = "/dev/sg";
+constexpr unsigned kDrives = 'Z' - 'C' + 1;
 
-WatchedVolumes::WatchedVolumes(ScsiRecord& /*record*/, VolumeSource* /*source*/) {}
+// A look through the folder of SCSI generic devices.
+struct Listing {
+  unsigned next = 0;
+  dirent entry = {};
+};
 
-WatchedVolumes::~WatchedVolumes() = default;
+// The present watch, and what the imports led to before.
+struct Watching {
+  VolumeWatch watch;
+  VolumeSource* source;
+  decltype(&::opendir) openFolder;
+  decltype(&::readdir) readFolder;
+  decltype(&::closedir) closeFolder;
+  decltype(&::open) open;
+  decltype(&::ioctl) control;
+  decltype(&::close) close;
+  decltype(&::clock_nanosleep) sleep;
+  std::set<std::unique_ptr<Listing>> listings;
+};
+Watching* watching = nullptr;
+
+// What a descriptor is known by to the watch.
+const void* HandleOf(int descriptor) {
+  return reinterpret_cast<const void*>(static_cast<std::intptr_t>(descriptor));
+}
+
+auto FindListing(const DIR* folder) {
+  auto& listings = watching->listings;
+  return std::find_if(listings.begin(), listings.end(), [folder](const auto& each) {
+    return static_cast<const void*>(each.get()) == folder;
+  });
+}
+
+DIR* OpenFolderWatched(const char* path) {
+  if (path != kGenericFolder) {
+    return watching->openFolder(path);
+  }
+  void* const listing = watching->listings.insert(std::make_unique<Listing>()).first->get();
+  return static_cast<DIR*>(listing);
+}
+
+dirent* ReadFolderWatched(DIR* folder) {
+  const auto listing = FindListing(folder);
+  if (listing == watching->listings.end()) {
+    return watching->readFolder(folder);
+  }
+  if ((*listing)->next == kDrives) {
+    return nullptr;
+  }
+  dirent& entry = (*listing)->entry;
+  const std::string name = "sg" + std::to_string((*listing)->next++);
+  entry.d_name[name.copy(&entry.d_name[0], sizeof(entry.d_name) - 1)] = '\0';
+  return &entry;
+}
+
+int CloseFolderWatched(DIR* folder) {
+  const auto listing = FindListing(folder);
+  if (listing == watching->listings.end()) {
+    return watching->closeFolder(folder);
+  }
+  watching->listings.erase(listing);
+  return 0;
+}
+
+// The place among the drives of a path as the listing gives it.
+std::optional<unsigned> PlaceOf(std::string_view path) {
+  if (!path.starts_with(kGenericFile)) {
+    return std::nullopt;
+  }
+  path.remove_prefix(kGenericFile.size());
+  unsigned number = 0;
+  const auto [end, error] = std::from_chars(path.data(), path.data() + path.size(), number);
+  const bool isWhole = error == std::errc() && end == path.data() + path.size();
+  return isWhole && number < kDrives ? std::optional(number) : std::nullopt;
+}
+
+// Opens the device of the machine in this place.
+VolumeOpening OpenGeneric(unsigned place, int flags, int& descriptor) {
+  if (::access(kGenericFolder.data(), F_OK) != 0) {
+    return {zem::platform::kNotSupported, std::string(kGenericFolder)};
+  }
+  std::array<unsigned, 256> numbers = {};
+  if (place >= zem::platform::ListNumbered({kGenericFolder}, "sg", numbers)) {
+    return {kNoSuchVolume};
+  }
+  VolumeOpening opening = {0, std::string(kGenericFile) + std::to_string(numbers[place])};
+  descriptor = watching->open(opening.path.c_str(), flags);
+  if (descriptor < 0) {
+    opening.error = errno == ENOENT ? kNoSuchVolume : zem::platform::ErrorOfErrno(errno);
+  }
+  return opening;
+}
+
+int OpenWatched(const char* path, int flags, ...) {  // NOLINT(cert-dcl50-cpp): as open is
+  std::va_list further;
+  va_start(further, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(further, mode_t) : 0;
+  va_end(further);
+  const std::optional<unsigned> place = PlaceOf(path);
+  if (!place) {
+    return watching->open(path, flags, mode);
+  }
+  const std::string drive = {static_cast<char>('C' + *place), ':'};
+  int descriptor = -1;
+  if (watching->watch.record().MayOpen(drive)) {
+    VolumeOpening opening;
+    if (watching->source == nullptr) {
+      opening = OpenGeneric(*place, flags, descriptor);
+    } else if (opening = watching->source->OpenVolume(drive); opening.isOpen()) {
+      // A descriptor of its own, behind which there is nothing.
+      descriptor = watching->open("/dev/null", O_RDWR | O_CLOEXEC);
+    }
+    watching->watch.record().NoteOpening(drive, opening);
+  }
+  if (descriptor < 0) {
+    // The library passes over a volume that it cannot open, for whatever reason.
+    errno = ENOENT;
+    return -1;
+  }
+  watching->watch.Opened(HandleOf(descriptor), drive);
+  return descriptor;
+}
+
+int ControlWatched(int descriptor, unsigned long code, ...) {  // NOLINT(cert-dcl50-cpp): as ioctl
+  std::va_list further;
+  va_start(further, code);
+  void* const argument = va_arg(further, void*);
+  va_end(further);
+  if (code != SG_IO || !watching->watch.Knows(HandleOf(descriptor))) {
+    return watching->control(descriptor, code, argument);
+  }
+  auto& header = *static_cast<sg_io_hdr*>(argument);
+  GenericRequest request(header);
+  int result = 0;
+  const std::uint32_t error =
+      watching->source != nullptr
+          ? watching->watch.Control(HandleOf(descriptor), request, *watching->source)
+          : watching->watch.Control(HandleOf(descriptor), request, [&] {
+              result = watching->control(descriptor, code, argument);
+              return result < 0 ? zem::platform::ErrorOfErrno(errno)
+                                : zem::platform::ErrorOfGeneric(header);
+            });
+  if (result == 0 && error != 0) {
+    request.Fail(error);
+  }
+  return result;
+}
+
+int CloseWatched(int descriptor) {
+  watching->watch.Closed(HandleOf(descriptor));
+  return watching->close(descriptor);
+}
+
+int SleepWatched(clockid_t /*clock*/, int /*flags*/, const timespec* time, timespec* /*left*/) {
+  watching->watch.Sleep(MillisecondsOf(*time),
+                        [](std::uint32_t some) { LetPass(some, watching->sleep); });
+  return 0;
+}
+
+}  // namespace
+
+struct WatchedVolumes::Hooks {
+  HeldLibrary library = HoldLibrary();
+  ImportHook openFolder{library, "opendir", OpenFolderWatched};
+  ImportHook readFolder{library, "readdir", ReadFolderWatched};
+  ImportHook closeFolder{library, "closedir", CloseFolderWatched};
+  ImportHook open{library, "open", OpenWatched};
+  ImportHook control{library, "ioctl", ControlWatched};
+  ImportHook close{library, "close", CloseWatched};
+  ImportHook sleep{library, "clock_nanosleep", SleepWatched};
+};
+
+WatchedVolumes::WatchedVolumes(ScsiRecord& record, VolumeSource* source)
+    : hooks_(std::make_unique<Hooks>()) {
+  TraceVolumes(record);
+  if (source == nullptr) {
+    source = ReplayedVolumes();
+  }
+  if (source == nullptr) {
+    source = SimulatedVolumes::OfProcess();
+  }
+  watching = new Watching{VolumeWatch(record),
+                          source,
+                          hooks_->openFolder.Before<decltype(::opendir)>(),
+                          hooks_->readFolder.Before<decltype(::readdir)>(),
+                          hooks_->closeFolder.Before<decltype(::closedir)>(),
+                          hooks_->open.Before<decltype(::open)>(),
+                          hooks_->control.Before<decltype(::ioctl)>(),
+                          hooks_->close.Before<decltype(::close)>(),
+                          hooks_->sleep.Before<decltype(::clock_nanosleep)>(),
+                          {}};
+}
+
+WatchedVolumes::~WatchedVolumes() {
+  hooks_.reset();
+  delete watching;
+  watching = nullptr;
+}
 
 }  // namespace zemctl

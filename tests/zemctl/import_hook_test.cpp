@@ -1,0 +1,76 @@
+// Calls of one library led elsewhere, and nobody else's.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <memory>
+#include <stdexcept>
+
+#include "tests/zemctl/hooked_library.h"
+#include "tools/zemctl/camera/import_hook_linux.h"
+
+namespace {
+
+using zemctl::HeldLibrary;
+using zemctl::HoldLibrary;
+using zemctl::ImportHook;
+
+int closed = 0;
+
+int CountClose(int descriptor) {
+  closed += descriptor;
+  return 0;
+}
+
+int CountTwice(int descriptor) {
+  closed += 2 * descriptor;
+  return 0;
+}
+
+TEST(ImportHookTest, LeadsTheCallsOfOneLibrary) {
+  const HeldLibrary library = HoldLibrary();
+  const int mine = ::dup(0);
+  const int its = ::dup(0);
+  closed = 0;
+  {
+    const ImportHook hook(library, "close", CountClose);
+    HookedClose(its);
+    EXPECT_EQ(closed, its);
+    EXPECT_EQ(::close(mine), 0);
+    EXPECT_EQ(closed, its);
+    {
+      const ImportHook above(library, "close", CountTwice);
+      EXPECT_EQ(above.Before<int(int)>(), &CountClose);
+      HookedClose(its);
+      EXPECT_EQ(closed, 3 * its);
+    }
+    HookedClose(its);
+    EXPECT_EQ(closed, 4 * its);
+    EXPECT_EQ(hook.Before<int(int)>()(its), 0);
+  }
+  // It is closed already, by the system itself.
+  const int again = ::dup(0);
+  EXPECT_EQ(again, its < mine ? its : mine);
+  HookedClose(again);
+  EXPECT_EQ(closed, 4 * its);
+  EXPECT_EQ(::close(again), -1);
+}
+
+int AnyProcess() { return 77; }
+
+TEST(ImportHookTest, LeadsFunctionsWhoseAddressIsTaken) {
+  const HeldLibrary library = HoldLibrary();
+  {
+    const ImportHook hook(library, "getpid", AnyProcess);
+    EXPECT_EQ(HookedProcess(), 77);
+    EXPECT_EQ(hook.Before<int()>()(), ::getpid());
+  }
+  EXPECT_EQ(HookedProcess(), ::getpid());
+}
+
+TEST(ImportHookTest, RefusesWhatIsNotThere) {
+  const HeldLibrary library = HoldLibrary();
+  EXPECT_THROW(ImportHook(library, "no_such_function", AnyProcess), std::runtime_error);
+  EXPECT_THROW(HoldLibrary("libnothing.so.7"), std::runtime_error);
+}
+
+}  // namespace
