@@ -95,9 +95,7 @@ void SimulatedSystem::StartBootLoaders(const Options& options, const ListVolumes
           [this, camera = camera](BootStage stage) { FollowStage(camera, stage); });
     }
   }
-  if (!bootLoaders.empty()) {
-    volumes_ = listVolumes(bootLoaders);
-  }
+  volumes_ = listVolumes(bootLoaders);
 }
 
 // Puts a camera into the list as a new one, as if it had just been plugged in. Throws when its

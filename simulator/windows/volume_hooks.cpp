@@ -1,11 +1,13 @@
 #include "simulator/windows/volume_hooks.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace zem::simulator {
 namespace {
 
 std::vector<Volume> volumes;
+bool areOnlyVolumes = false;
 
 // The one that `has` names; null when none does.
 template <class Has>
@@ -18,6 +20,12 @@ Volume* OwnerOf(HANDLE handle) {
   return FindVolume([&](const Volume& volume) { return volume.Owns(handle); });
 }
 
+// Such as \\.\F:, whichever the letter.
+bool IsVolumePath(std::wstring_view path) {
+  constexpr std::wstring_view kPrefix = LR"(\\.\)";
+  return path.starts_with(kPrefix) && path.size() == kPrefix.size() + 2 && path.back() == L':';
+}
+
 HANDLE WINAPI OpenFileOrVolume(LPCWSTR path, DWORD access, DWORD share,
                                LPSECURITY_ATTRIBUTES security, DWORD creation, DWORD flags,
                                HANDLE pattern) {
@@ -25,6 +33,10 @@ HANDLE WINAPI OpenFileOrVolume(LPCWSTR path, DWORD access, DWORD share,
                              ? nullptr
                              : FindVolume([&](const Volume& each) { return each.IsNamed(path); });
   if (volume == nullptr) {
+    if (areOnlyVolumes && path != nullptr && IsVolumePath(path)) {
+      SetLastError(ERROR_FILE_NOT_FOUND);
+      return INVALID_HANDLE_VALUE;
+    }
     return CreateFileW(path, access, share, security, creation, flags, pattern);
   }
   std::uint32_t error = 0;
@@ -65,8 +77,9 @@ BOOL WINAPI CloseFileOrVolume(HANDLE handle) {
 
 }  // namespace
 
-VolumeHooks::VolumeHooks(const std::vector<std::shared_ptr<BootLoader>>& bootLoaders)
+VolumeHooks::VolumeHooks(const std::vector<std::shared_ptr<BootLoader>>& bootLoaders, bool areOnly)
     : library_(HoldLibrary()) {
+  areOnlyVolumes = areOnly;
   for (const auto& bootLoader : bootLoaders) {
     volumes.emplace_back(bootLoader);
   }

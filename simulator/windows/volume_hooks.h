@@ -11,11 +11,12 @@
 namespace zem::simulator {
 
 // While it lives, the library's CreateFileW, DeviceIoControl and CloseHandle reach the volumes
-// where they name one, and the system everywhere else. There is one at a time.
+// where they name one, and the system everywhere else; there is no other volume when `areOnly`.
+// There is one at a time.
 class VolumeHooks {
  public:
   // Throws std::runtime_error when the library is not loaded in this process.
-  explicit VolumeHooks(const std::vector<std::shared_ptr<BootLoader>>& bootLoaders);
+  VolumeHooks(const std::vector<std::shared_ptr<BootLoader>>& bootLoaders, bool areOnly);
   ~VolumeHooks();
   VolumeHooks(const VolumeHooks&) = delete;
   VolumeHooks& operator=(const VolumeHooks&) = delete;

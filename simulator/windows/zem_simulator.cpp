@@ -86,9 +86,13 @@ void Start(const char* text, bool isPrivate) {
   } else {
     listing = std::make_unique<RegistryListing>();
   }
-  system.Start(options, std::move(listing), [](const SimulatedSystem::BootLoaders& bootLoaders) {
-    return std::make_shared<VolumeHooks>(bootLoaders);
-  });
+  // In private the machine's own volumes are out of reach, also without any simulated one.
+  system.Start(options, std::move(listing),
+               [isPrivate](const SimulatedSystem::BootLoaders& bootLoaders) {
+                 return isPrivate || !bootLoaders.empty()
+                            ? std::make_shared<VolumeHooks>(bootLoaders, isPrivate)
+                            : nullptr;
+               });
 }
 
 class FilterFactory : public ComObject<IClassFactory> {

@@ -5,10 +5,12 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "include/ZemUVCExtApi.h"
 #include "platform/com_ptr.h"
+#include "simulator/windows/import_hook.h"
 #include "tests/windows/support/opened_camera.h"
 #include "tests/windows/support/simulator_guard.h"
 
@@ -322,6 +324,35 @@ TEST(PrivateCameraTest, EveryThreadFindsItWhereComIsStarted) {
   EXPECT_EQ(names, Names{kPrivateCamera});
   EXPECT_EQ(withoutCom, CO_E_NOTINITIALIZED);
   EXPECT_EQ(withoutComAndCamera, CO_E_NOTINITIALIZED);
+}
+
+unsigned volumesOpened = 0;
+
+HANDLE WINAPI CountVolumes(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                           DWORD creation, DWORD flags, HANDLE pattern) {
+  if (std::wstring_view(path).starts_with(LR"(\\.\)")) {
+    ++volumesOpened;
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    return INVALID_HANDLE_VALUE;
+  }
+  return CreateFileW(path, access, share, security, creation, flags, pattern);
+}
+
+// A search for a camera in ROM boot sends commands to whatever volume it finds.
+TEST(PrivateVolumesTest, TheMachinesOwnAreOutOfReach) {
+  const zem::simulator::HeldModule simulator(LoadLibraryW(L"ZemSimulator.dll"));
+  const zem::simulator::ImportHook hook(simulator.get(), "CreateFileW",
+                                        zem::simulator::AsImport(CountVolumes));
+  for (const char* const options : {"", R"({"bootLoader":{"start":"gone"}})"}) {
+    const PrivateSimulatorGuard guard(options);
+    volumesOpened = 0;
+    EXPECT_EQ(ZEMROMAPI_OpenDevice(1), nullptr);
+    EXPECT_EQ(volumesOpened, 0U);
+  }
+  // A camera in the system's list leaves the others there.
+  const SimulatorGuard guard(R"({"bootLoader":{"start":"gone"}})");
+  EXPECT_EQ(ZEMROMAPI_OpenDevice(1), nullptr);
+  EXPECT_EQ(volumesOpened, 23U);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "simulator/simulated_system.h"
 #include "simulator/wide_text.h"
 #include "tools/zemctl/camera/simulated_devices.h"
+#include "tools/zemctl/camera/simulated_volumes.h"
 
 namespace zemctl {
 namespace {
@@ -50,8 +51,8 @@ class OwnListing : public zem::simulator::DeviceListing {
   }
 };
 
-std::shared_ptr<void> ListVolumes(const SimulatedSystem::BootLoaders& /*bootLoaders*/) {
-  throw std::runtime_error("boot loaders are not simulated on this system");
+std::shared_ptr<void> ListVolumes(const SimulatedSystem::BootLoaders& bootLoaders) {
+  return std::make_shared<SimulatedVolumes>(bootLoaders);
 }
 
 }  // namespace
