@@ -274,10 +274,9 @@ HRESULT BindCamera(const VideoDevice& device, IBaseFilter** filter) {
     return ResultOfErrno(file.descriptor());
   }
   auto camera = ComPtr<Camera>::Adopt(new (std::nothrow) Camera(std::move(file)));
-  if (!camera) {
+  if (!camera || !device.ReadTopology(camera->topology)) {
     return ResultOfError(kOutOfMemory);
   }
-  device.ReadTopology(camera->topology);
   *filter = new (std::nothrow) CameraFilter(std::move(camera));
   return *filter != nullptr ? S_OK : ResultOfError(kOutOfMemory);
 }

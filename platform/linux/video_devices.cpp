@@ -72,16 +72,17 @@ PathText VideoDevice::DevicePath() const {
 
 PathText VideoDevice::FriendlyName() const { return ReadAttribute(VideoFolder(number), "name"); }
 
-void VideoDevice::ReadTopology(VideoTopology& topology) const {
+bool VideoDevice::ReadTopology(VideoTopology& topology) const {
   topology.count = 0;
   const ByteBuffer descriptors = AllocateBytes(kMaxDescriptors);
   if (descriptors == nullptr) {
-    return;
+    return false;
   }
   const std::size_t length =
       ReadSysFile({usb.device.view(), "/descriptors"}, {descriptors.get(), kMaxDescriptors});
   ReadVideoTopology({descriptors.get(), length}, static_cast<std::uint8_t>(usb.configuration),
                     static_cast<std::uint8_t>(usb.number), topology);
+  return true;
 }
 
 VideoDeviceList ListVideoDevices() {

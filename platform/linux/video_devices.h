@@ -21,8 +21,8 @@ struct VideoDevice {
   PathText DisplayName() const;
   PathText DevicePath() const;
   PathText FriendlyName() const;
-  // The entities of its function; none when the descriptors cannot be read.
-  void ReadTopology(VideoTopology& topology) const;
+  // The entities of its function; none when the descriptors cannot be read. False without memory.
+  bool ReadTopology(VideoTopology& topology) const;
 };
 
 // In the order of their device files' numbers. Nothing when there is no memory.

@@ -1,0 +1,220 @@
+// The Linux platform's objects as a caller of their interfaces may misuse them, and without memory.
+#include <optional>
+#include <vector>
+
+#include "device/extension_units.h"
+#include "platform/com_ptr.h"
+#include "platform/platform.h"
+#include "tests/linux/linux_test.h"
+#include "tests/support/memory_limit.h"
+
+namespace {
+
+using zem::ComPtr;
+using zem::testing::BeforeAllocation;
+using zem::testing::kInvalidParameterResult;
+using zem::testing::kNoInterfaceResult;
+using zem::testing::kPointerResult;
+using zem::testing::LinuxTest;
+using zem::testing::MemoryExhausted;
+
+constexpr auto kOutOfMemoryResult = static_cast<ZemResult>(0x8007000EU);
+constexpr GUID kUnknownInterface = {0x12345678, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
+
+class ComObjectsTest : public LinuxTest {
+ protected:
+  ComObjectsTest() { AddCamera(0, "1-1"); }
+
+  static ComPtr<IEnumMoniker> Cameras() {
+    ComPtr<ICreateDevEnum> system;
+    EXPECT_EQ(zem::platform::CreateDeviceEnumerator(system.Receive()), S_OK);
+    ComPtr<IEnumMoniker> devices;
+    EXPECT_EQ(
+        system->CreateClassEnumerator(zem::CLSID_VideoInputDeviceCategory, devices.Receive(), 0),
+        S_OK);
+    return devices;
+  }
+
+  static ComPtr<IMoniker> Moniker() {
+    ComPtr<IMoniker> moniker;
+    EXPECT_EQ(Cameras()->Next(1, moniker.Receive(), nullptr), S_OK);
+    return moniker;
+  }
+
+  static ComPtr<IBaseFilter> Filter() {
+    ComPtr<IBaseFilter> filter;
+    EXPECT_EQ(Moniker()->BindToObject(nullptr, nullptr, zem::IID_IBaseFilter, filter.ReceiveVoid()),
+              S_OK);
+    return filter;
+  }
+
+  static ComPtr<IKsTopologyInfo> Topology() {
+    ComPtr<IKsTopologyInfo> topology;
+    EXPECT_EQ(Filter()->QueryInterface(zem::IID_IKsTopologyInfo, topology.ReceiveVoid()), S_OK);
+    return topology;
+  }
+
+  static ComPtr<IKsControl> Node() {
+    ComPtr<IKsControl> node;
+    EXPECT_EQ(Topology()->CreateNodeInstance(2, zem::IID_IKsControl, node.ReceiveVoid()), S_OK);
+    return node;
+  }
+
+  // Null is refused, an unknown interface leaves null; each of `known` is there.
+  template <class Interface>
+  static void ExpectInterfaces(const ComPtr<Interface>& object, const std::vector<GUID>& known) {
+    EXPECT_EQ(object->QueryInterface(zem::IID_IUnknown, nullptr), kPointerResult);
+    void* other = &other;
+    EXPECT_EQ(object->QueryInterface(kUnknownInterface, &other), kNoInterfaceResult);
+    EXPECT_EQ(other, nullptr);
+    for (const GUID& id : known) {
+      ComPtr<IUnknown> unknown;
+      EXPECT_EQ(object->QueryInterface(id, unknown.ReceiveVoid()), S_OK);
+      EXPECT_TRUE(unknown);
+    }
+  }
+};
+
+TEST_F(ComObjectsTest, EachTellsItsInterfaces) {
+  ComPtr<ICreateDevEnum> system;
+  ASSERT_EQ(zem::platform::CreateDeviceEnumerator(system.Receive()), S_OK);
+  ExpectInterfaces(system, {zem::IID_IUnknown, zem::IID_ICreateDevEnum});
+  ExpectInterfaces(Cameras(), {});
+  ExpectInterfaces(Moniker(), {});
+  ExpectInterfaces(Filter(), {zem::IID_IUnknown, zem::IID_IBaseFilter, zem::IID_IKsTopologyInfo});
+  ExpectInterfaces(Node(), {zem::IID_IUnknown, zem::IID_IKsControl});
+  ComPtr<IPropertyBag> properties;
+  ASSERT_EQ(
+      Moniker()->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag, properties.ReceiveVoid()),
+      S_OK);
+  ExpectInterfaces(properties, {zem::IID_IUnknown, zem::IID_IPropertyBag});
+  ComPtr<IAMVideoProcAmp> controls;
+  ASSERT_EQ(Filter()->QueryInterface(zem::IID_IAMVideoProcAmp, controls.ReceiveVoid()), S_OK);
+  ExpectInterfaces(controls, {zem::IID_IUnknown, zem::IID_IAMVideoProcAmp});
+}
+
+TEST_F(ComObjectsTest, OutputsThatAreNullAreRefused) {
+  ComPtr<ICreateDevEnum> system;
+  ASSERT_EQ(zem::platform::CreateDeviceEnumerator(system.Receive()), S_OK);
+  EXPECT_EQ(system->CreateClassEnumerator(zem::CLSID_VideoInputDeviceCategory, nullptr, 0),
+            kPointerResult);
+  EXPECT_EQ(Cameras()->Next(1, nullptr, nullptr), kPointerResult);
+  const ComPtr<IMoniker> moniker = Moniker();
+  EXPECT_EQ(moniker->BindToObject(nullptr, nullptr, zem::IID_IBaseFilter, nullptr), kPointerResult);
+  EXPECT_EQ(moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag, nullptr),
+            kPointerResult);
+  EXPECT_EQ(moniker->GetDisplayName(nullptr, nullptr, nullptr), kPointerResult);
+  ComPtr<IPropertyBag> properties;
+  ASSERT_EQ(
+      moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag, properties.ReceiveVoid()),
+      S_OK);
+  VARIANT value;
+  EXPECT_EQ(properties->Read(L"DevicePath", nullptr, nullptr), kPointerResult);
+  EXPECT_EQ(properties->Read(nullptr, &value, nullptr), kPointerResult);
+  const ComPtr<IKsTopologyInfo> topology = Topology();
+  EXPECT_EQ(topology->get_NumNodes(nullptr), kPointerResult);
+  EXPECT_EQ(topology->get_NodeType(0, nullptr), kPointerResult);
+  EXPECT_EQ(topology->CreateNodeInstance(0, zem::IID_IKsControl, nullptr), kPointerResult);
+  KSP_NODE request = {};
+  ULONG moved = 0;
+  std::uint8_t data[8] = {};
+  auto* const property = reinterpret_cast<PKSPROPERTY>(&request);
+  EXPECT_EQ(Node()->KsProperty(nullptr, sizeof(request), data, 8, &moved), kPointerResult);
+  EXPECT_EQ(Node()->KsProperty(property, sizeof(request), data, 8, nullptr), kPointerResult);
+  EXPECT_EQ(Node()->KsProperty(property, sizeof(KSPROPERTY), data, 8, &moved),
+            kInvalidParameterResult);
+}
+
+TEST_F(ComObjectsTest, OtherInterfacesAreNotMade) {
+  const ComPtr<IMoniker> moniker = Moniker();
+  void* object = &object;
+  EXPECT_EQ(moniker->BindToObject(nullptr, nullptr, kUnknownInterface, &object),
+            kNoInterfaceResult);
+  EXPECT_EQ(object, nullptr);
+  object = &object;
+  EXPECT_EQ(moniker->BindToStorage(nullptr, nullptr, kUnknownInterface, &object),
+            kNoInterfaceResult);
+  EXPECT_EQ(object, nullptr);
+  object = &object;
+  EXPECT_EQ(Topology()->CreateNodeInstance(2, kUnknownInterface, &object), kNoInterfaceResult);
+  EXPECT_EQ(object, nullptr);
+}
+
+TEST_F(ComObjectsTest, AnEnumeratorTellsHowManyCame) {
+  AddCamera(1, "1-2");
+  const ComPtr<IEnumMoniker> devices = Cameras();
+  IMoniker* monikers[3] = {};
+  ULONG fetched = 9;
+  EXPECT_EQ(devices->Next(3, monikers, &fetched), S_FALSE);
+  EXPECT_EQ(fetched, 2U);
+  ASSERT_NE(monikers[1], nullptr);
+  EXPECT_EQ(monikers[2], nullptr);
+  monikers[0]->Release();
+  monikers[1]->Release();
+  EXPECT_EQ(devices->Next(1, monikers, &fetched), S_FALSE);
+  EXPECT_EQ(fetched, 0U);
+}
+
+TEST_F(ComObjectsTest, AnotherCategoryIsEmpty) {
+  ComPtr<ICreateDevEnum> system;
+  ASSERT_EQ(zem::platform::CreateDeviceEnumerator(system.Receive()), S_OK);
+  IEnumMoniker* none = reinterpret_cast<IEnumMoniker*>(&system);
+  EXPECT_EQ(system->CreateClassEnumerator(kUnknownInterface, &none, 0), S_FALSE);
+  EXPECT_EQ(none, nullptr);
+}
+
+// Every allocation of an operation fails in turn, all behind it succeed.
+template <class Operation>
+std::vector<ZemResult> ResultsWithoutMemory(Operation operation) {
+  std::vector<ZemResult> results;
+  for (int failing = 0;; ++failing) {
+    int asked = 0;
+    std::optional<MemoryExhausted> exhausted;
+    const BeforeAllocation count([&] {
+      exhausted.reset();
+      if (asked++ == failing) {
+        exhausted.emplace();
+      }
+    });
+    const ZemResult result = operation();
+    if (asked <= failing) {
+      EXPECT_EQ(result, ZEM_OK) << "all of the memory was there";
+      return results;
+    }
+    results.push_back(result);
+  }
+}
+
+TEST_F(ComObjectsTest, OpeningWithoutMemoryLeavesNothingOpen) {
+  const auto results = ResultsWithoutMemory([] {
+    void* device = nullptr;
+    const ZemResult opened = ZEMAPI_OpenDeviceByPath(L"usb#vid_5a45&pid_8c00&mi_00#1-1", &device);
+    EXPECT_EQ(device != nullptr, opened == ZEM_OK);
+    if (device != nullptr) {
+      ZEMAPI_CloseDevice(&device);
+    }
+    return opened;
+  });
+  // The system's objects, the handle, and the nodes' controls that the look for the vendor unit
+  // asks for: to that look a unit that cannot be asked is none.
+  std::vector<ZemResult> expected(7, kOutOfMemoryResult);
+  expected.insert(expected.end(), {ZEM_E_FAIL, 1, 1, 1});
+  EXPECT_EQ(results, expected);
+  EXPECT_EQ(kernel.openFiles(), 0);
+}
+
+TEST_F(ComObjectsTest, AControlWithoutMemoryIsOutOfMemory) {
+  const ComPtr<IBaseFilter> filter = Filter();
+  const ComPtr<IKsTopologyInfo> topology = Topology();
+  const MemoryExhausted exhausted;
+  void* object = nullptr;
+  EXPECT_EQ(topology->CreateNodeInstance(2, zem::IID_IKsControl, &object), kOutOfMemoryResult);
+  EXPECT_EQ(filter->QueryInterface(zem::IID_IAMVideoProcAmp, &object), kOutOfMemoryResult);
+  EXPECT_EQ(filter->QueryInterface(zem::IID_IAMCameraControl, &object), kOutOfMemoryResult);
+  ICreateDevEnum* system = nullptr;
+  EXPECT_EQ(zem::platform::CreateDeviceEnumerator(&system), kOutOfMemoryResult);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(system, nullptr);
+}
+
+}  // namespace
