@@ -6,6 +6,7 @@
 
 #include "tools/zemctl/frame/bytes.h"
 #include "tools/zemctl/frame/files.h"
+#include "tools/zemctl/rom_boot/refused_volumes.h"
 
 namespace zemctl {
 namespace {
@@ -67,11 +68,13 @@ RomSession LoadUpdater(RomSession session, const std::string& path, unsigned sec
   }
   const std::string refused =
       jump && jump->hasFailed() ? " (" + NameOf(*jump) + ": " + FailureOf(*jump) + ")" : "";
+  // A volume that comes anew may be one that is not to be opened.
+  const RefusalWords unopened = Describe(watch.record().refusals());
   throw ToolFailure(
       kNoCamera,
       "the updater was sent, but its storage did not show up within " + std::to_string(seconds) +
-          " s" + refused,
-      "Check that " + path +
+          " s" + refused + unopened.why,
+      unopened.next + (unopened.next.empty() ? "" : " ") + "Check that " + path +
           " is the updater of this camera, and that it needs no more time (--updater-wait). Unplug "
           "the camera and plug it in again.");
 }

@@ -5,6 +5,7 @@
 
 #include "platform/bytes.h"
 #include "tools/zemctl/frame/bytes.h"
+#include "tools/zemctl/rom_boot/refused_volumes.h"
 
 namespace zemctl {
 namespace {
@@ -80,18 +81,21 @@ std::string ListOf(const std::vector<RomVolume>& volumes) {
   return text;
 }
 
-[[noreturn]] void ThrowNotFound(const RomSelection& selection,
-                                const std::vector<RomVolume>& others) {
+[[noreturn]] void ThrowNotFound(const RomSelection& selection, const std::vector<RomVolume>& others,
+                                const RefusalWords& refused) {
   std::string text = "no ";
   text += selection.kind ? NameOf(*selection.kind) : "camera in ROM boot";
   text += " was found ";
   text += selection.drive.empty() ? "among the volumes C: to Z:" : "at " + selection.drive;
   text += others.empty() ? "" : "; there is " + ListOf(others);
-  throw CallFailure("ZEMROMAPI_OpenDevice", ZEM_E_FAIL,
-                    {"ZEM_E_FAIL", text,
-                     "Send a running camera into ROM boot with \"zemctl rom enter\"; wait with "
-                     "--boot-wait; raw access to volumes needs administrator rights.",
-                     kNoCamera});
+  throw CallFailure(
+      "ZEMROMAPI_OpenDevice", ZEM_E_FAIL,
+      {"ZEM_E_FAIL", text + refused.why,
+       refused.why.empty()
+           ? "Send a running camera into ROM boot with \"zemctl rom enter\"; wait with "
+             "--boot-wait; raw access to volumes needs administrator rights."
+           : refused.next,
+       kNoCamera});
 }
 
 }  // namespace
@@ -146,7 +150,8 @@ RomSession RomSession::Open(RomWatch& watch, const RomSelection& selection) {
     }
     watch.ThrowIfStopped();
     if (watch.Now() >= end) {
-      ThrowNotFound(selection, watch.Survey());
+      const std::vector<RomVolume> others = watch.Survey();
+      ThrowNotFound(selection, others, Describe(watch.record().refusals()));
     }
     watch.Pause(kProbePauseMilliseconds);
   }
