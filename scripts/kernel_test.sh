@@ -94,7 +94,7 @@ prepare_kernel() {
 # The system of the guest: busybox, udev with the distribution's rules, our programs, the libraries of
 # all of them, and the tests.
 make_root() {
-  local root=$run/root package program library rules
+  local root=$run/root package program library rules section
   package=$(<"$cache/kernel")
   mkdir -p "$root"/{bin,dev,etc,lib,lib64,proc,run,sys,tmp,zem} "$root"/usr/lib/udev/rules.d \
     "$root"/lib/{systemd,udev}
@@ -110,6 +110,12 @@ make_root() {
   done
   cp packaging/60-zem-cameras.rules "$root/zem"
   cp -r tests/kernel/users/. "$root/etc"
+  cp tests/zemctl/transcript.sh "$root/zem"
+  mkdir "$root/zem/transcripts"
+  for section in $(tests/zemctl/transcript.sh sections); do
+    tests/zemctl/transcript.sh linux "$section" "$run/transcripts" \
+      >"$root/zem/transcripts/linux-$section.txt"
+  done
   for program in "${programs[@]}"; do
     cp "build/linux/$program" "$root/zem"
   done
@@ -150,7 +156,7 @@ limit=400
 quicker="mitigations=off random.trust_cpu=on cryptomgr.notests lsm= audit=0 no_timer_check tsc=reliable"
 machine=(-M pc -cpu qemu64 -smp 1 -m 384 -nodefaults -display none -no-reboot
   -device isa-debug-exit,iobase=0xf4,iosize=4)
-programs=(libZemUVCExtApi.so.1 zem_kernel_tests zem-usb-camera)
+programs=(libZemUVCExtApi.so.1 zem_kernel_tests zem-usb-camera zemctl grab_frame)
 
 step "packages" install_missing cmake ninja-build g++ libgtest-dev libcli11-dev \
   nlohmann-json3-dev "${kernel_packages[@]}"

@@ -227,7 +227,8 @@ DeviceDescriptors DescribeCamera(const CameraOptions& options) {
   camera.qualifier = {10, descriptor_type::kQualifier, 0x00, 0x02, 0xEF, 2, 1, 64, 1, 0};
 
   Block interfaces;
-  interfaces.Append({8, kAssociation, kVideoControlInterface, 2, kVideoClass, 3, 0, 2});
+  // The function has no name of its own: a system would add it to the product's.
+  interfaces.Append({8, kAssociation, kVideoControlInterface, 2, kVideoClass, 3, 0, 0});
   interfaces.Append(DescribeVideoControl(options));
   const auto outputTerminal =
       static_cast<std::uint8_t>(kFirstExtensionId + DescribeUnits(options).size());

@@ -43,7 +43,7 @@ TEST(CameraDescriptorsTest, TheConfigurationLiterally) {
   const Bytes kExpected = {
       // The configuration and its two interfaces' association.
       9, 2, 210, 0, 2, 1, 0, 0x80, 50,
-      8, 11, 0, 2, 0x0E, 3, 0, 2,
+      8, 11, 0, 2, 0x0E, 3, 0, 0,
       // Video control: header, camera terminal, processing unit, vendor unit, output terminal.
       9, 4, 0, 0, 1, 0x0E, 1, 0, 0,
       13, 0x24, 1, 0x10, 1, 79, 0, 0x00, 0x6C, 0xDC, 0x02, 1, 1,
