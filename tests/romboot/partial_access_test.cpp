@@ -1,4 +1,11 @@
 // Writing a file to any region of storage, and reading storage into a file.
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
 #include "tests/support/package_files.h"
 #include "tests/support/rom_boot_test.h"
 
@@ -15,8 +22,32 @@ using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
+using zem::testing::VolumeControl;
 using zem::testing::WriteCommand;
 using zem::testing::Written;
+
+// A pipe in a folder, which has neither a length nor places, with both its ends open.
+class HeldPipe {
+ public:
+  explicit HeldPipe(const std::filesystem::path& path) {
+    EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+    descriptor_ = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    EXPECT_GE(descriptor_, 0);
+  }
+  ~HeldPipe() { close(descriptor_); }
+  HeldPipe(const HeldPipe&) = delete;
+  HeldPipe& operator=(const HeldPipe&) = delete;
+
+  // Bytes that have been written to it.
+  int Waiting() const {
+    int count = -1;
+    EXPECT_EQ(ioctl(descriptor_, FIONREAD, &count), 0);
+    return count;
+  }
+
+ private:
+  int descriptor_ = -1;
+};
 
 // ---- With a header ----
 
@@ -150,6 +181,37 @@ TEST_F(PartialUpdateTest, MirrorsBeforeItSendsAlsoWhatFailsThen) {
   volume.Fail(1, kTimeout);
   EXPECT_EQ(Update(SomeBytes(700)), ZEM_E_FAIL);
   EXPECT_EQ(ReadFile(dump), Joined({Bytes(0x5000, 0x11), SomeBytes(700)}));
+}
+
+TEST_F(PartialUpdateTest, AFileThatBecomesShorterMeanwhileEndsItBehindWhatIsWritten) {
+  const std::wstring path = WriteFile("file", SomeBytes(4194304 + 100000));
+  volume.onControl = [&](const VolumeControl& /*control*/) {
+    std::filesystem::resize_file(path, 4194304 + 50000);
+  };
+  address = 0;
+  EXPECT_EQ(ZEMROMAPI_PartialUpdate(session(), path.c_str(), &address), ZEM_E_FAIL);
+  EXPECT_EQ(address, 4194304U);
+  EXPECT_EQ(Stored(0, 4194304), SomeBytes(4194304));
+  const Lines commands = TakeCommands();
+  EXPECT_EQ(commands.size(), 128U) << "and nothing of the last piece";
+  EXPECT_EQ(commands.back(), WriteCommand(4194304 - 0x8000, 64));
+}
+
+TEST_F(PartialUpdateTest, WhatHasNoLengthIsRefused) {
+  const std::wstring path = PathOf("pipe");
+  const HeldPipe pipe(path);
+  EXPECT_EQ(ZEMROMAPI_PartialUpdate(session(), path.c_str(), &address), ZEM_E_FAIL);
+  EXPECT_EQ(address, 0x5000U);
+  EXPECT_EQ(TakeEvents(), Lines());
+}
+
+TEST_F(PartialUpdateTest, ADumpWithoutPlacesIsLeftAlone) {
+  const std::wstring path = PathOf("pipe");
+  const HeldPipe pipe(path);
+  ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), path.c_str(), 0), 0);
+  EXPECT_EQ(Update(SomeBytes(700)), 1);
+  EXPECT_EQ(TakeEvents(), Written(0x5000, 2));
+  EXPECT_EQ(pipe.Waiting(), 0) << "nothing at the wrong place";
 }
 
 TEST_F(PartialUpdateTest, AnEmptyFile) {
