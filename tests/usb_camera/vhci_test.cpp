@@ -78,7 +78,7 @@ TEST_F(VhciTest, WithoutTheModule) {
 
 TEST_F(VhciTest, Attach) {
   Write("attach", "");
-  host_.Attach(3, 7, 0x00010002);
+  EXPECT_TRUE(host_.Attach(3, 7, 0x00010002));
   const auto written = folder_.Read("attach");
   EXPECT_EQ(std::string(written.begin(), written.end()), "3 7 65538 3\n");
 }

@@ -123,20 +123,20 @@ void Server::Observe(Place& place) {
 
 void Server::Attach(const Vhci& host) {
   host_ = host;
-  std::vector<unsigned> ports;
+  std::vector<unsigned> taken;
   for (const auto& place : places_) {
-    place->port = host_->FindPort(ports);
-    ports.push_back(*place->port);
-  }
-  for (const auto& place : places_) {
-    if (place->camera.device() != nullptr) {
-      AttachPlace(*place);
+    if (place->camera.device() == nullptr) {
+      continue;
     }
+    do {
+      place->port = host_->FindPort(taken);
+      taken.push_back(*place->port);
+    } while (!AttachPlace(*place));
   }
   Say("ready: " + std::to_string(clients_.size()) + " attached");
 }
 
-void Server::AttachPlace(Place& place) {
+bool Server::AttachPlace(Place& place) {
   std::array<int, 2> ends = {};
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
     throw std::runtime_error(std::string("no sockets: ") + std::strerror(errno));
@@ -144,12 +144,15 @@ void Server::AttachPlace(Place& place) {
   const Descriptor theirs(ends[1]);
   Descriptor ours(ends[0]);
   const std::shared_ptr<UsbDevice> device = place.camera.device();
-  host_->Attach(*place.port, theirs.number(),
-                DescribeExport(*device, static_cast<std::uint32_t>(place.number)).id());
+  if (!host_->Attach(*place.port, theirs.number(),
+                     DescribeExport(*device, static_cast<std::uint32_t>(place.number)).id())) {
+    return false;
+  }
   Client& client = clients_.emplace_back(std::move(ours), "the kernel", UsbIpConnection(device));
   Give(client, place);
   place.Tell("attached as " + std::string(FormText(place.camera.form())) + ", port " +
              std::to_string(*place.port));
+  return true;
 }
 
 void Server::Listen(Descriptor socket) {
@@ -368,9 +371,8 @@ void Server::AttachWaiting() {
       continue;
     }
     try {
-      if (host_->IsFree(*place->port)) {
+      if (host_->IsFree(*place->port) && AttachPlace(*place)) {
         place->attachBefore.reset();
-        AttachPlace(*place);
       } else if (Clock::now() >= *place->attachBefore) {
         throw std::runtime_error("the kernel does not let go of port " +
                                  std::to_string(*place->port));

@@ -72,7 +72,8 @@ class Server : private simulator::usb::UsbIpExports {
   std::shared_ptr<simulator::usb::UsbDevice> Take(const std::string& busId) override;
 
   void Observe(Place& place);
-  void AttachPlace(Place& place);
+  // At its port; false when somebody else has that.
+  bool AttachPlace(Place& place);
   void AttachWaiting();
   void Accept();
   void Wait(const Descriptor& signals, std::vector<bool>& readable);

@@ -83,7 +83,7 @@ bool Vhci::IsFree(unsigned port) const {
       ports, [port](const VhciPort& each) { return each.number == port && each.isFree; });
 }
 
-void Vhci::Attach(unsigned port, int socket, std::uint32_t device) const {
+bool Vhci::Attach(unsigned port, int socket, std::uint32_t device) const {
   const Descriptor file(open((folder_ + "/attach").c_str(), O_WRONLY | O_CLOEXEC));
   if (!file.isOpen()) {
     throw std::runtime_error(errno == EACCES || errno == EPERM
@@ -93,10 +93,12 @@ void Vhci::Attach(unsigned port, int socket, std::uint32_t device) const {
   }
   const std::string text = std::to_string(port) + " " + std::to_string(socket) + " " +
                            std::to_string(device) + " " + std::to_string(kHighSpeed) + "\n";
-  if (write(file.number(), text.data(), text.size()) < 0) {
+  const bool isAttached = write(file.number(), text.data(), text.size()) >= 0;
+  if (!isAttached && errno != EBUSY) {
     throw std::runtime_error("the kernel refused the camera at port " + std::to_string(port) +
                              ": " + std::strerror(errno));
   }
+  return isAttached;
 }
 
 }  // namespace zem::usb_camera

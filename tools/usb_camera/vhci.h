@@ -31,8 +31,9 @@ class Vhci {
   bool IsFree(unsigned port) const;
 
   // Plugs in the high-speed device with the number `device` that the socket leads to; the kernel
-  // keeps the socket. Throws std::runtime_error with a sentence for a person.
-  void Attach(unsigned port, int socket, std::uint32_t device) const;
+  // keeps the socket. False when somebody else has taken the port meanwhile. Throws
+  // std::runtime_error with a sentence for a person.
+  bool Attach(unsigned port, int socket, std::uint32_t device) const;
 
  private:
   std::vector<VhciPort> ReadPorts() const;
