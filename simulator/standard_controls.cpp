@@ -47,7 +47,7 @@ StandardControls DefaultControls(ControlFamily family) {
       {5, Make({100, 500, 10, 300, kManual})},     // gamma
       {7, Make({2800, 6500, 10, 4000, kEither})},  // white balance
       {8, Make({0, 1, 1, 0, kManual})},            // backlight compensation
-      {9, Make({0, 255, 1, 0, kEither})},          // gain
+      {9, Make({0, 255, 1, 0, kManual})},          // gain: the video class has no switch for it
   };
 }
 

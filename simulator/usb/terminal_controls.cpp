@@ -144,13 +144,6 @@ class FamilyControls {
     return found != controls_.end() && (found->second.range.flags & kAutomatic) != 0;
   }
 
-  bool HasSwitch(std::int32_t property) const {
-    const auto& switches = SwitchesOf(family_);
-    return HasAutomatic(property) &&
-           std::any_of(switches.begin(), switches.end(),
-                       [property](const WireSwitch& each) { return each.property == property; });
-  }
-
   Answer RequestValue(const WireControl& control, const ControlRequest& request) {
     const std::size_t length = control.size * control.properties.size();
     switch (request.request) {
@@ -201,7 +194,7 @@ class FamilyControls {
       data = data.subspan(control.size);
       ControlSetting present;
       Outcome outcome = camera_.GetControl(family_, property, present);
-      if (outcome == Outcome::kDone && present.flags == kAutomatic && HasSwitch(property)) {
+      if (outcome == Outcome::kDone && present.flags == kAutomatic) {
         return Answer::Stalled(StallReason::kWrongState);
       }
       if (outcome == Outcome::kDone) {

@@ -228,8 +228,11 @@ TEST_F(UsbCameraTest, SwitchesOfWhiteBalanceAndFocus) {
   EXPECT_EQ(Get(0x81, 0x10, kProcessing, 1), "stall 6") << "the model's hue has no automatic";
 }
 
-// The class has no switch for gain: it is set whatever the model's flag says.
-TEST_F(UsbCameraTest, GainIsSetWithoutASwitch) {
+// The class has no switch for gain, and so neither has the model an automatic one.
+TEST_F(UsbCameraTest, GainIsManual) {
+  const auto controls =
+      zem::simulator::DefaultControls(zem::simulator::ControlFamily::kVideoProcessing);
+  EXPECT_EQ(controls.at(9).range.flags, zem::simulator::kManual);
   EXPECT_EQ(Set(4, kProcessing, {7, 0}), "");
   EXPECT_EQ(Get(0x81, 4, kProcessing, 2), "07 00");
 }
