@@ -7,8 +7,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/linux/kernel.h"
-
 namespace zem::testing {
 namespace {
 
@@ -27,6 +25,8 @@ std::string ControlCall(const std::string& device, unsigned long request) {
 FakeKernel::FakeKernel() : sysFolder_((folder_.path() / "sys").string()) { theKernel = this; }
 
 FakeKernel::~FakeKernel() { theKernel = nullptr; }
+
+FakeKernel& FakeKernel::Present() { return *theKernel; }
 
 std::string FakeKernel::SysPath(const std::string& path) const { return sysFolder_ + "/" + path; }
 
@@ -89,26 +89,3 @@ int FakeKernel::Control(int descriptor, unsigned long request, void* argument) {
 }
 
 }  // namespace zem::testing
-
-namespace zem::platform::kernel {
-
-using testing::theKernel;
-
-const char* SysFolder() { return theKernel->sysFolder().c_str(); }
-
-const char* DeviceFolder() { return testing::kDeviceFolder; }
-
-int Open(const char* path, int flags) { return theKernel->Open(path, flags); }
-
-void Close(int descriptor) { theKernel->Close(descriptor); }
-
-int Control(int descriptor, unsigned long request, void* argument) {
-  return theKernel->Control(descriptor, request, argument);
-}
-
-int ControlWithSignalsHeld(int descriptor, unsigned long request, void* argument) {
-  ++theKernel->heldControls;
-  return theKernel->Control(descriptor, request, argument);
-}
-
-}  // namespace zem::platform::kernel

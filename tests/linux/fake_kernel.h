@@ -50,6 +50,9 @@ class FakeKernel {
 
   // ---- Behind platform/linux/kernel.h ----
 
+  // The one that there is.
+  static FakeKernel& Present();
+
   int Open(const char* path, int flags);
   void Close(int descriptor);
   int Control(int descriptor, unsigned long request, void* argument);
