@@ -11,6 +11,7 @@
 #include "simulator/orva_unit.h"
 #include "simulator/skype_unit.h"
 #include "simulator/tirella_unit.h"
+#include "simulator/transfer_log.h"
 
 namespace zem::simulator {
 namespace {
@@ -167,7 +168,8 @@ CameraOptions ReadCamera(const json& object) {
                              "state",         "encodingUnit",   "streamProbeUnit",
                              "videoControls", "cameraControls", "microphone",
                              "mixer",         "tirellaUnit",    "tables",
-                             "nvmem",         "faults",         "bootLoader"});
+                             "nvmem",         "faults",         "bootLoader",
+                             "transfers"});
   CameraOptions camera;
   camera.vendorId = ReadNumber(object, "vendorId", camera.vendorId);
   camera.productId = ReadNumber(object, "productId", camera.productId);
@@ -185,6 +187,7 @@ CameraOptions ReadCamera(const json& object) {
                 {{"516x", VendorSettings::Chip::k516x}, {"517x", VendorSettings::Chip::k517x}}),
       ReadDataChannel(object)};
   camera.stateFile = object.value("state", camera.stateFile);
+  camera.transferFile = object.value("transfers", camera.transferFile);
   camera.encodingUnit = object.value("encodingUnit", camera.encodingUnit);
   camera.streamProbeUnit = object.value("streamProbeUnit", camera.streamProbeUnit);
   camera.videoControls = object.value("videoControls", camera.videoControls);
@@ -350,6 +353,9 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
   }
   if (!options.stateFile.empty()) {
     LoadState(*camera, options.stateFile);
+  }
+  if (!options.transferFile.empty()) {
+    LogTransfers(*camera, options.transferFile);
   }
   for (const Fault& fault : options.faults) {
     camera->AddFault(fault);

@@ -29,6 +29,8 @@ struct CameraOptions {
   std::vector<H264Format> h264Formats;
   VendorSettings vendor;
   std::string stateFile;  // UTF-8 path; empty: every run begins as it left the factory
+  // UTF-8 path of a file that each transfer is appended to; empty: none is.
+  std::string transferFile;
   bool encodingUnit = false;
   bool streamProbeUnit = false;
   // The standard controls of the processing unit (with its node interface) and of the terminal.
@@ -59,7 +61,8 @@ Options ParseOptions(std::string_view json);
 // The camera that the options describe: an input terminal, a processing unit and those of the
 // extension units that are wanted: vendor, H.264, Skype, ORVA, TIRELLA, in this order.
 // `enterRomBoot` is called when a host sends it into ROM boot; null for a camera without a boot
-// loader. Throws std::invalid_argument for a state file that is not one.
+// loader. Throws std::invalid_argument for a state file that is not one, and for a file of
+// transfers that cannot be written.
 std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
                                    std::function<void()> enterRomBoot = nullptr);
 

@@ -21,7 +21,7 @@ HRESULT WINAPI CreateInstanceOrList(REFCLSID classId, LPUNKNOWN outer, DWORD con
     return result;
   }
   static_cast<IUnknown*>(*object)->Release();
-  const auto own = ComPtr<ICreateDevEnum>::Adopt(MakeDeviceEnumerator(devices.All(), nullptr));
+  const auto own = ComPtr<ICreateDevEnum>::Adopt(PrivateDevices::MakeEnumerator());
   return own->QueryInterface(iid, object);
 }
 
@@ -44,5 +44,9 @@ PrivateDevices::~PrivateDevices() {
 void PrivateDevices::List(const ListedDevice& device) { devices.Put(device); }
 
 void PrivateDevices::Unlist(const std::wstring& displayName) { devices.Remove(displayName); }
+
+ICreateDevEnum* PrivateDevices::MakeEnumerator() {
+  return MakeDeviceEnumerator(devices.All(), nullptr);
+}
 
 }  // namespace zem::simulator

@@ -23,6 +23,9 @@ class PrivateDevices {
   static void List(const ListedDevice& device);
   static void Unlist(const std::wstring& displayName);
 
+  // With one reference for the caller.
+  static ICreateDevEnum* MakeEnumerator();
+
  private:
   HeldModule library_;
   HeldModule program_;

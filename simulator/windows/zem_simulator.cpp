@@ -6,10 +6,10 @@
 #include <string>
 #include <utility>
 
+#include "simulator/ZemSimulator.h"
 #include "simulator/options.h"
 #include "simulator/simulated_system.h"
 #include "simulator/wide_text.h"
-#include "simulator/windows/ZemSimulator.h"
 #include "simulator/windows/private_devices.h"
 #include "simulator/windows/registration.h"
 #include "simulator/windows/volume_hooks.h"
@@ -137,7 +137,7 @@ MakeFilter FindFilter(REFCLSID classId) {
   return nullptr;
 }
 
-long StartOrExplain(const char* options, bool isPrivate) {
+std::int32_t StartOrExplain(const char* options, bool isPrivate) {
   try {
     TheSimulator().lastError.clear();
     Start(options, isPrivate);
@@ -157,11 +157,11 @@ using zem::simulator::TheSimulator;
 
 extern "C" {
 
-long ZemSimulatorStartPrivate(const char* options) {
+std::int32_t ZemSimulatorStartPrivate(const char* options) {
   return zem::simulator::StartOrExplain(options, true);
 }
 
-long ZemSimulatorStart(const char* options) {
+std::int32_t ZemSimulatorStart(const char* options) {
   return zem::simulator::StartOrExplain(options, false);
 }
 
@@ -178,6 +178,12 @@ void ZemSimulatorStop(void) {
 const char* ZemSimulatorLastError(void) {
   const std::string& own = TheSimulator().lastError;
   return own.empty() ? TheSimulator().system.lastError().c_str() : own.c_str();
+}
+
+std::int32_t ZemSimulatorDevices(void** enumerator) {
+  *enumerator =
+      TheSimulator().isPrivate ? zem::simulator::PrivateDevices::MakeEnumerator() : nullptr;
+  return *enumerator != nullptr ? S_OK : E_FAIL;
 }
 
 BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID /*reserved*/) {

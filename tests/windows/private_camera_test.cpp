@@ -113,6 +113,14 @@ Names SystemsVideoInputs() {
   return NamesOf(ListWith(SystemsCreate(), zem::CLSID_VideoInputDeviceCategory));
 }
 
+// The simulator's own enumerator, whatever is asked for.
+HRESULT WINAPI CreateOfSimulator(REFCLSID /*classId*/, LPUNKNOWN /*outer*/, DWORD /*context*/,
+                                 REFIID /*iid*/, LPVOID* object) {
+  const auto devices = reinterpret_cast<decltype(ZemSimulatorDevices)*>(reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleW(L"ZemSimulator.dll"), "ZemSimulatorDevices")));
+  return devices(object);
+}
+
 bool IsInRegistry(const wchar_t* path) {
   HKEY key = nullptr;
   const bool isThere = RegOpenKeyExW(HKEY_CLASSES_ROOT, path, 0, KEY_READ, &key) == ERROR_SUCCESS;
@@ -164,6 +172,17 @@ TEST(PrivateCameraTest, LibraryAndProgramFindIt) {
       0);
   ZEMAPI_CloseDevice(&second);
   EXPECT_EQ(ProgramsVideoInputs(), Names{kPrivateCamera});
+}
+
+TEST(PrivateCameraTest, TheSimulatorHandsOutItsListWhileItRuns) {
+  {
+    const PrivateSimulatorGuard simulator;
+    EXPECT_EQ(NamesOf(ListWith(CreateOfSimulator, zem::CLSID_VideoInputDeviceCategory)),
+              Names{kPrivateCamera});
+  }
+  void* none = &none;
+  EXPECT_EQ(CreateOfSimulator({}, nullptr, 0, {}, &none), E_FAIL);
+  EXPECT_EQ(none, nullptr);
 }
 
 // The system lists its sound devices beside a registered microphone; a private one is alone.

@@ -1,4 +1,6 @@
 // Calls of one library led elsewhere, and nobody else's.
+#include "simulator/linux/import_hook.h"
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -6,13 +8,12 @@
 #include <stdexcept>
 
 #include "tests/zemctl/hooked_library.h"
-#include "tools/zemctl/camera/import_hook_linux.h"
 
 namespace {
 
-using zemctl::HeldLibrary;
-using zemctl::HoldLibrary;
-using zemctl::ImportHook;
+using zem::simulator::HeldLibrary;
+using zem::simulator::HoldLibrary;
+using zem::simulator::ImportHook;
 
 int closed = 0;
 

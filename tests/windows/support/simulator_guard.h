@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "simulator/windows/ZemSimulator.h"
+#include "simulator/ZemSimulator.h"
 
 namespace zem::testing {
 

@@ -4,21 +4,25 @@
 #include <ctime>
 
 #include "platform/linux/device_enumerator.h"
-#include "tools/zemctl/camera/import_hook_linux.h"
+#include "simulator/linux/import_hook.h"
+#include "simulator/linux/private_devices.h"
 #include "tools/zemctl/camera/library_hooks.h"
 #include "tools/zemctl/camera/library_wait_linux.h"
 #include "tools/zemctl/camera/long_wait.h"
 #include "tools/zemctl/camera/replay.h"
-#include "tools/zemctl/camera/simulated_devices_linux.h"
 #include "tools/zemctl/camera/traced_devices.h"
 
 namespace zemctl {
 namespace {
 
+using zem::simulator::HeldLibrary;
+using zem::simulator::HoldLibrary;
+using zem::simulator::ImportHook;
+
 std::atomic<bool> isHooked = false;
 
 HRESULT MakeSystemDevices(ICreateDevEnum** devices) {
-  if (auto simulated = ListSimulatedDevices()) {
+  if (auto simulated = zem::simulator::ListPrivateDevices()) {
     *devices = simulated.Detach();
     return S_OK;
   }

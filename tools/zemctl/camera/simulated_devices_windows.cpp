@@ -1,7 +1,7 @@
 // ZemSimulator.dll, which stands between the system and this process.
 #include <windows.h>
 
-#include "simulator/windows/ZemSimulator.h"
+#include "simulator/ZemSimulator.h"
 #include "tools/zemctl/camera/simulated_devices.h"
 
 namespace zemctl {

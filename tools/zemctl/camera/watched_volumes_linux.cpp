@@ -23,8 +23,8 @@
 #include "platform/linux/errors.h"
 #include "platform/linux/generic_errors.h"
 #include "platform/linux/sysfs.h"
+#include "simulator/linux/import_hook.h"
 #include "tools/zemctl/camera/generic_request.h"
-#include "tools/zemctl/camera/import_hook_linux.h"
 #include "tools/zemctl/camera/library_wait_linux.h"
 #include "tools/zemctl/camera/simulated_volumes.h"
 #include "tools/zemctl/camera/traced_volumes.h"
@@ -32,6 +32,10 @@
 
 namespace zemctl {
 namespace {
+
+using zem::simulator::HeldLibrary;
+using zem::simulator::HoldLibrary;
+using zem::simulator::ImportHook;
 
 constexpr std::string_view kGenericFolder = "/sys/class/scsi_generic";
 constexpr std::string_view kGenericFile = "/dev/sg";

@@ -3,10 +3,14 @@
  * (ZemSimulatorStartPrivate); or in the system's own list of video-input devices, for any host in
  * this process (ZemSimulatorStart) or in every process (regsvr32).
  *
+ * libZemSimulator.so is the same for libZemUVCExtApi.so, but for the system's list.
+ *
  * Call from one thread at a time.
  */
 #ifndef ZEM_SIMULATOR_H
 #define ZEM_SIMULATOR_H
+
+#include <stdint.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -23,7 +27,7 @@ extern "C" {
  * @param options as for ZemSimulatorStart
  * @return 0, or a negative HRESULT; ZemSimulatorLastError tells why
  */
-long ZemSimulatorStartPrivate(const char* options);
+int32_t ZemSimulatorStartPrivate(const char* options);
 
 /**
  * Puts simulated cameras into the system's list, in place of what an earlier start simulated. Every
@@ -31,9 +35,9 @@ long ZemSimulatorStartPrivate(const char* options);
  *
  * @param options JSON text as described in docs/simulator.md, or null or empty for one camera with
  *                the default ids
- * @return 0, or a negative HRESULT; ZemSimulatorLastError tells why
+ * @return 0, or a negative HRESULT; ZemSimulatorLastError tells why. Always so on Linux
  */
-long ZemSimulatorStart(const char* options);
+int32_t ZemSimulatorStart(const char* options);
 
 /** Takes the cameras away again, and writes their state files. */
 void ZemSimulatorStop(void);
@@ -41,6 +45,15 @@ void ZemSimulatorStop(void);
 /** Why the last start or stop failed; empty when it did not. As UTF-8 text; valid until the next
  * call. */
 const char* ZemSimulatorLastError(void);
+
+/**
+ * Hands out what the library gets in place of the system's device enumerator while cameras are
+ * simulated privately.
+ *
+ * @param enumerator receives an ICreateDevEnum with one reference for the caller; null on failure
+ * @return 0, or a negative HRESULT when none are simulated so
+ */
+int32_t ZemSimulatorDevices(void** enumerator);
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,4 @@
-#include "tools/zemctl/camera/import_hook_linux.h"
+#include "simulator/linux/import_hook.h"
 
 #include <dlfcn.h>
 #include <elf.h>
@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-namespace zemctl {
+namespace zem::simulator {
 namespace {
 
 static_assert(sizeof(void*) == 8, "the slots are those of x86-64");
@@ -113,4 +113,4 @@ void ImportHook::Write(std::uintptr_t function) const {
   }
 }
 
-}  // namespace zemctl
+}  // namespace zem::simulator

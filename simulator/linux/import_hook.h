@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-namespace zemctl {
+namespace zem::simulator {
 
 struct ReleaseLibrary {
   void operator()(void* library) const;
@@ -48,4 +48,4 @@ class ImportHook {
   std::uintptr_t original_ = 0;
 };
 
-}  // namespace zemctl
+}  // namespace zem::simulator
