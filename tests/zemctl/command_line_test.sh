@@ -9,7 +9,9 @@ version=$(echo ZEM_VERSION | cpp -P -include include/ZemUVCExtApi.h | tail -n 1 
 expect 0 "zemctl $version" --version
 [ "$(tr -d '\r' <$out)" = "zemctl $version" ]
 expect 0 "\"version\": \"$version\"" --json --version
-for file in $tool build/windows/ZemUVCExtApi.dll; do
+# Only Windows keeps it there.
+[ $system = windows ] && files="$tool $library" || files=
+for file in $files; do
   resource=$(strings -e l $file | grep -A1 '^ProductVersion$' | tail -1)
   [ "$resource" = "$version" ] || { echo "$file has the version \"$resource\""; exit 1; }
 done

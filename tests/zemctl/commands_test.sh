@@ -28,10 +28,10 @@ expect 2 'neither the name of a unit' $sim xu check nothing
 expect 3 'no camera matches' $sim --index 1 info
 expect 3 'no camera matches' $sim --pid 0x1234 info
 expect 0 'firmware version' $sim --vid 0x5A45 --pid 0x8C00 info
-expect 0 'firmware version' $sim info --device-path '\\?\usb#vid_5a45&pid_8c00&mi_00#zem-simulator&0'
+expect 0 'firmware version' $sim info --device-path "$(device_path 0)"
 expect 8 'the device has no vendor extension unit' $sim \
   --simulator-options '{"cameras":[{"vendorUnit":false}]}' \
-  --device-path '\\?\usb#vid_5a45&pid_8c00&mi_00#zem-simulator&0' info
+  --device-path "$(device_path 0)" info
 expect 7 'the command could not be written to the camera' $sim --simulator-fault unplug@1 reg get isp 0
 expect 5 'the camera refused the command (ZEM_E_DEVICE_REFUSED, 0x80000001)' $sim \
   --simulator-fault refuse@2=5 reg get isp 0

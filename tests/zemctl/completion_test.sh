@@ -3,7 +3,7 @@
 source "$(dirname "$0")/support.sh"
 
 script=$work/zemctl.bash
-wine $tool completion bash >$script
+$zemctl completion bash >$script
 if grep -q $'\r' $script; then
   echo "the script has carriage returns"
   exit 1
@@ -44,10 +44,10 @@ completes 'bash powershell' completion ''
 [ "$(bash --norc -c 'source "$0"; complete -p zemctl' $script)" = 'complete -o default -F _zemctl zemctl' ]
 
 # The tables of both scripts, and the tree as the help tells it.
-wine $tool completion powershell >$work/zemctl.ps1
+$zemctl completion powershell >$work/zemctl.ps1
 expect 0 'Register-ArgumentCompleter -Native -CommandName zemctl, zemctl.exe' --json completion powershell
 for command in '' rom 'rom reg' nvmem; do
-  wine $tool $command --help | tr -d '\r' >"$work/help-${command// /-}"
+  $zemctl $command --help | tr -d '\r' >"$work/help-${command// /-}"
 done
 python3 - $script $work <<'PYTHON'
 import re, sys

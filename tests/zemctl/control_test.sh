@@ -24,7 +24,6 @@ expect 3 'no camera matches' control list
 expect 0 'ZEM Simulated Camera Microphone' $sim audio list
 expect 0 'volume:      50' $sim audio volume 50
 expect 0 'volume:      150' $sim audio volume 150
-expect 0 '"written": true' $sim --json audio volume 0 --microphone \
-  '@device:sw:{33D9A762-90C8-11D0-BD43-00A0C911CE86}\usb#vid_5a45&pid_8c00&mi_02#zem-simulator&0'
+expect 0 '"written": true' $sim --json audio volume 0 --microphone "$(microphone_path 0)"
 expect 3 'no audio input has that name' $sim audio volume 50 --microphone nothing
 expect 7 'ZEMAPI_AudioSetVolume' $sim --simulator-options '{"cameras":[{"mixer":false}]}' audio volume 50

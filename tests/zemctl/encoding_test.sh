@@ -4,7 +4,7 @@ source "$(dirname "$0")/support.sh"
 # A camera with the two units; the default one has neither.
 sim="--simulator --simulator-options {\"cameras\":[{\"encodingUnit\":true,\"streamProbeUnit\":true}]}"
 without=--simulator
-find "$WINEPREFIX/drive_c/windows" -maxdepth 2 -iname ZemWrenCmdLog.txt -delete
+rm -f "$command_log"
 
 # shown PATTERN: the last run's output has a line that matches.
 shown() {
@@ -38,10 +38,10 @@ expect 8 'WREN_ProbeGet: the camera has no stream-probe extension unit' $without
   encoding probe
 expect 3 'no camera matches' encoding probe
 
-# The log: UTF-16, one entry a call, the failures with the platform's own code.
-python3 - "$(find "$WINEPREFIX/drive_c/windows" -maxdepth 2 -iname ZemWrenCmdLog.txt)" <<'PYTHON'
+# The log: wide text as the system keeps it, one entry a call, the failures with the platform's own code.
+python3 - "$command_log" $log_encoding <<'PYTHON'
 import re, sys
-text = open(sys.argv[1], "rb").read().decode("utf-16-le")
+text = open(sys.argv[1], "rb").read().decode(sys.argv[2])
 for wanted in (r"^\d{4}/\d+/\d+ \d+:\d+:\d+ : Get : HRESULT=0x00000000 :EU Rate Control \r\n",
                r"Set : HRESULT=0x00000000 :EU Priority ID Control \r\n",
                r"Set : HRESULT=0x00000000 :H264 Probe \r\n\t\tbmHint=0x0000\r\n",

@@ -72,7 +72,9 @@ done_before 'the format was written' fail@3 stream probe --width 640
 
 # ---- 1: what nobody expects, told in the same way ----
 
+# On Linux the simulator is part of the tool.
+[ $system = windows ] || exit 0
 mkdir -p $work/alone
-cp build/windows/zemctl.exe build/windows/ZemUVCExtApi.dll $work/alone
-tool=$work/alone/zemctl.exe
+cp $tool $library $work/alone
+zemctl="wine $work/alone/zemctl.exe"
 expect 1 '"message": "ZemSimulator.dll cannot be loaded; it belongs beside zemctl.exe"' --json $sim list

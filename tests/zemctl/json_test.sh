@@ -8,7 +8,7 @@ source "$(dirname "$0")/support.sh"
 document() {
   local code=$1 check=$2 status=0
   shift 2
-  wine $tool "$@" >$out 2>$work/errors </dev/null || status=$?
+  $zemctl "$@" >$out 2>$work/errors </dev/null || status=$?
   python3 - "$out" "$code" "$status" "$check" <<'PYTHON' || { echo "zemctl $*"; cat $out $work/errors; exit 1; }
 import json, sys
 path, wanted, status, check = sys.argv[1:]
@@ -63,12 +63,12 @@ document 3 'd["command"] == "list"' --json list
 # Ctrl-C in the middle of a burn, once the trace shows that it has begun.
 head -c 2048 /dev/zero >$work/image.bin
 rm -f $work/trace
-python3 - $tool $work <<'PYTHON'
+python3 - "$zemctl" $work <<'PYTHON'
 import json, os, signal, subprocess, sys, time
-tool, work = sys.argv[1:]
+zemctl, work = sys.argv[1:]
 options = '{"cameras":[{"chip":"516x","burnPolls":500}]}'
 run = subprocess.Popen(
-    ["wine", tool, "--json", "--simulator", "--yes", "--simulator-options", options, "--trace", f"{work}/trace",
+    [*zemctl.split(), "--json", "--simulator", "--yes", "--simulator-options", options, "--trace", f"{work}/trace",
      "update", "calibration", f"{work}/image.bin"],
     stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
     preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))

@@ -1,17 +1,18 @@
 #!/usr/bin/env bash
-# Every command line of the README, as it stands there, in bash and in cmd.exe: both do the same, and
-# what fails is what the README shows failing.
+# Every command line of the README, as it stands there, in bash and, on Windows, in cmd.exe: both do the
+# same, and what fails is what the README shows failing.
 source "$(dirname "$0")/rom_support.sh"
 
-folder=$PWD
-for shell in bash cmd; do
+shells=(bash)
+[ $system = linux ] || shells+=(cmd)
+for shell in "${shells[@]}"; do
   rm -rf $work/$shell
   mkdir -p $work/$shell
 done
 
-python3 - $work $folder/build/windows <<'PYTHON'
+python3 - $work "${zemctl/build/$PWD/build}" "${shells[@]}" <<'PYTHON'
 import json, os, re, struct, sys
-work, tool_folder = sys.argv[1:]
+work, zemctl, *shells = sys.argv[1:]
 
 # The command lines: at the beginning of a line of a block, some behind a prompt, some with words on
 # them behind two blanks; and whether the block shows that they fail.
@@ -48,7 +49,7 @@ for name, source in (("FILE", "image.bin"), ("image.bin", "image.bin"), ("code.b
                      ("PACKAGE", "both.bin")):
     files[name] = open(f"{work}/{source}", "rb").read()
 
-for shell in ("bash", "cmd"):
+for shell in shells:
     os.mkdir(f"{work}/{shell}/FOLDER")
     for name, data in files.items():
         with open(f"{work}/{shell}/{name}", "wb") as file:
@@ -61,24 +62,27 @@ def with_camera(line):
     start = "enter" if line.startswith("rom enter") else "rom" if line.startswith("rom ") else "camera"
     return f"--yes --simulator --simulator-options {start}.options {line}"
 
-windows = "Z:" + tool_folder.replace("/", "\\") + "\\zemctl.exe"
-with open(f"{work}/bash/run.sh", "w") as bash, open(f"{work}/cmd/run.bat", "w", newline="\r\n") as cmd:
-    cmd.write("@echo off\n")
+with open(f"{work}/bash/run.sh", "w") as bash:
     for number, (line, _) in enumerate(lines):
-        bash.write(f"wine {tool_folder}/zemctl.exe {with_camera(line)} >{number}.out 2>{number}.err </dev/null\n"
+        bash.write(f"{zemctl} {with_camera(line)} >{number}.out 2>{number}.err </dev/null\n"
                    f"echo $? >{number}.code\n")
-        cmd.write(f"{windows} {with_camera(line)} >{number}.out 2>{number}.err <nul\n"
-                  f"echo %errorlevel% >{number}.code\n")
+if "cmd" in shells:
+    program = "Z:" + zemctl.removeprefix("wine ").replace("/", "\\")
+    with open(f"{work}/cmd/run.bat", "w", newline="\r\n") as cmd:
+        cmd.write("@echo off\n")
+        for number, (line, _) in enumerate(lines):
+            cmd.write(f"{program} {with_camera(line)} >{number}.out 2>{number}.err <nul\n"
+                      f"echo %errorlevel% >{number}.code\n")
 json.dump(lines, open(f"{work}/lines.json", "w"))
 PYTHON
 
 (cd $work/bash && bash run.sh) &
-(cd $work/cmd && wine cmd /c run.bat)
+[ $system = linux ] || (cd $work/cmd && wine cmd /c run.bat)
 wait $!
 
-python3 - $work <<'PYTHON'
+python3 - $work "${shells[@]}" <<'PYTHON'
 import json, re, sys
-work = sys.argv[1]
+work, *shells = sys.argv[1:]
 failed = 0
 
 # The times in a trace, its second column, are those of the one run.
@@ -90,18 +94,18 @@ lines = json.load(open(f"{work}/lines.json"))
 for number, (line, shown_failing) in enumerate(lines):
     def read(shell, kind):
         return open(f"{work}/{shell}/{number}.{kind}", encoding="utf-8").read().strip()
-    codes = [int(read(shell, "code")) for shell in ("bash", "cmd")]
-    outputs = [without_times(line, read(shell, "out")) for shell in ("bash", "cmd")]
+    codes = [int(read(shell, "code")) for shell in shells]
+    outputs = [without_times(line, read(shell, "out")) for shell in shells]
     # What the README cannot name is filled in by one kind of file.
     takes_any = any(word in line for word in ("FILE", "PACKAGE")) and codes[0] in (0, 9, 10)
-    fine = codes[0] == codes[1] and outputs[0] == outputs[1] and (
+    fine = len(set(codes)) == 1 and all(output == outputs[0] for output in outputs) and (
         takes_any or (codes[0] not in (0, 1, 2) if shown_failing else codes[0] == 0))
     if not fine:
         failed += 1
-        print(f"zemctl {line}: status {codes[0]} in bash, {codes[1]} in cmd.exe")
-        for shell in ("bash", "cmd"):
+        print(f"zemctl {line}: status {codes} in {shells}")
+        for shell in shells:
             print(read(shell, "out"), read(shell, "err"))
 if failed:
     sys.exit(1)
-print(f"{len(lines)} command lines do the same in bash and in cmd.exe")
+print(f"{len(lines)} command lines do in {shells} what the README says")
 PYTHON

@@ -171,11 +171,11 @@ with_boot 2 '"01" is no version of 6 bytes' "${recover[@]}" --yes --expect-versi
 # seconds and says TEXT.
 stop_at() {
   local text=$3
-  python3 - "$tool" "$out" "$1" "$2" "${@:4}" <<'PYTHON' || { echo "no stop at $1:"; cat $out; exit 1; }
+  python3 - "$zemctl" "$out" "$1" "$2" "${@:4}" <<'PYTHON' || { echo "no stop at $1:"; cat $out; exit 1; }
 import signal, subprocess, sys, time
-tool, out, line, code, *arguments = sys.argv[1:]
+zemctl, out, line, code, *arguments = sys.argv[1:]
 with open(out, "w") as output:
-    run = subprocess.Popen(["wine", tool, *arguments], stdin=subprocess.PIPE, stdout=output,
+    run = subprocess.Popen([*zemctl.split(), *arguments], stdin=subprocess.PIPE, stdout=output,
                            stderr=subprocess.STDOUT,
                            preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
 deadline = time.monotonic() + 30

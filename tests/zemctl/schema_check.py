@@ -11,7 +11,7 @@ import sys
 
 import jsonschema
 
-schema_path, tool, work = sys.argv[1:]
+schema_path, zemctl, work = sys.argv[1:]
 
 SIMULATED = ["--simulator"]
 
@@ -236,7 +236,7 @@ def leaves(completion):
 
 def run(line):
     code, arguments = line
-    result = subprocess.run(["wine", tool, "--json", *arguments], stdin=subprocess.DEVNULL, capture_output=True,
+    result = subprocess.run([*zemctl.split(), "--json", *arguments], stdin=subprocess.DEVNULL, capture_output=True,
                             timeout=120, check=False)
     return code, arguments, result
 

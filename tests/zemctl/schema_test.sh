@@ -16,9 +16,9 @@ payload = bytes(1000)
 header = b"ZEMFWIMG" + bytes([2, 0, 0, 0, 0, 1]) + struct.pack("<HI", sum(payload) & 0xFFFF, 20 + len(payload))
 open(sys.argv[1], "wb").write(header + payload)
 PYTHON
-wine $tool $sim --trace $work/one.trace info >$out
-wine $tool $sim --trace $work/other.trace reg get isp 0 >$out
-wine $tool completion bash >$work/completion
+$zemctl $sim --trace $work/one.trace info >$out
+$zemctl $sim --trace $work/other.trace reg get isp 0 >$out
+$zemctl completion bash >$work/completion
 
 # Debian's, which is the one that has the validator.
-/usr/bin/python3 -B tests/zemctl/schema_check.py docs/zemctl.schema.json $tool $work
+/usr/bin/python3 -B tests/zemctl/schema_check.py docs/zemctl.schema.json "$zemctl" $work

@@ -5,8 +5,6 @@ source "$(dirname "$0")/support.sh"
 
 two='{"cameras":[{"name":"Left"},{"name":"Right","chip":"516x"}]}'
 others='{"cameras":[{"name":"Left"},{"name":"Webcam","vendorUnit":false,"productId":4660}]}'
-path() { echo "@device:sw:{860BB310-5D01-11D0-BD3B-00A0C911CE86}\\usb#vid_5a45&pid_8c00&mi_00#zem-simulator&$1"; }
-device_path() { echo "\\\\?\\usb#vid_5a45&pid_8c00&mi_00#zem-simulator&$1"; }
 pair() {
   local code=$1 text=$2
   shift 2

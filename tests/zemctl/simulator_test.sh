@@ -12,7 +12,7 @@ mkfifo $work/answers
 exec 3<>$work/answers
 ask() {
   : >$work/question
-  env --default-signal=INT wine $tool --simulator update calibration $work/image.bin \
+  env --default-signal=INT $zemctl --simulator update calibration $work/image.bin \
     <$work/answers >$work/question 2>&1 3>&- &
   printf -v "$1" %s $!
   for _ in {1..500}; do
@@ -33,7 +33,7 @@ expect 3 'no camera matches' $sim --simulator-options "$(options 0)" info
 
 runs=()
 for run in {1..20}; do
-  wine $tool $sim --simulator-options "$(options "$run")" list >$work/list-"$run" 2>&1 3>&- &
+  $zemctl $sim --simulator-options "$(options "$run")" list >$work/list-"$run" 2>&1 3>&- &
   runs+=($!)
 done
 for run in {1..20}; do

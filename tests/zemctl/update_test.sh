@@ -240,13 +240,13 @@ run 7 'the camera is gone' "$camera_516x" --simulator-fault leave@319 update han
 # stop_at LINE POLLS CODE: Ctrl-C once the update of a camera that is busy for so many polls has shown
 # LINE.
 stop_at() {
-  python3 - "$tool" "$state" "$image" "$out" "$@" <<'PYTHON'
+  python3 - "$zemctl" "$state" "$image" "$out" "$@" <<'PYTHON'
 import signal, subprocess, sys, time
-tool, state, image, out, line, polls, code = sys.argv[1:]
+zemctl, state, image, out, line, polls, code = sys.argv[1:]
 options = '{"cameras":[{"chip":"516x","burnPolls":%s}]}' % polls
 with open(out, "w") as output:
     run = subprocess.Popen(
-        ["wine", tool, "--simulator", "--yes", "--state", state, "--simulator-options", options,
+        [*zemctl.split(), "--simulator", "--yes", "--state", state, "--simulator-options", options,
          "update", "firmware", "--chip", "516x", image],
         stdout=output, stderr=subprocess.STDOUT,
         preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
@@ -263,13 +263,13 @@ says 'Camera: the camera was told to burn and goes on by itself. Next: leave the
 run 0 'firmware version:   02 00 00 00 00 01' "$camera_516x" info
 
 # A whole line stops.
-python3 - "$tool" "$image" "$out" <<'PYTHON'
+python3 - "$zemctl" "$image" "$out" <<'PYTHON'
 import signal, subprocess, sys, time
-tool, image, out = sys.argv[1:]
+zemctl, image, out = sys.argv[1:]
 cameras = ",".join('{"name":"%s","chip":"516x","burnPolls":500}' % name for name in "AB")
 with open(out, "w") as output:
     run = subprocess.Popen(
-        ["wine", tool, "--simulator", "--yes", "--simulator-options", '{"cameras":[%s]}' % cameras,
+        [*zemctl.split(), "--simulator", "--yes", "--simulator-options", '{"cameras":[%s]}' % cameras,
          "update", "firmware", "--chip", "516x", image, "--all"],
         stdout=output, stderr=subprocess.STDOUT,
         preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))

@@ -46,8 +46,8 @@ std::string Padded(const std::string& text, std::size_t width) {
 
 // A table is hard to read on a terminal when all of its lines have more characters, or one of them
 // has many more.
-constexpr std::size_t kLongLine = 160;
-constexpr std::size_t kLongestLine = 280;
+constexpr std::size_t kLongLine = 120;
+constexpr std::size_t kLongestLine = 200;
 
 bool IsWide(const std::vector<std::vector<std::string>>& lines) {
   std::size_t shortest = std::numeric_limits<std::size_t>::max();
