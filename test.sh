@@ -3,7 +3,7 @@
 # -R zemctl for a part of them. Ends with a line "N passed, N failed"; the exit status matches.
 source "$(dirname "$0")/scripts/setup.sh"
 
-step "packages" install_missing "${windows_packages[@]}" "${native_packages[@]}" \
+step "packages" install_missing "${windows_packages[@]}" "${native_packages[@]}" "${docs_packages[@]}" \
   "${kernel_packages[@]}" clang-format clang-tidy imagemagick libsox-fmt-base lld llvm python3 python3-jsonschema sox
 for preset in windows native linux fuzz; do
   step "configure $preset" cmake --preset $preset

@@ -2241,10 +2241,10 @@ ZEM_API ZemResult ZEMAPI_MulticastCommit(void* handle, unsigned char streamForma
  * Frames and sound
  *
  * File utilities for the host's own tools; no device is touched. Pixels are three bytes each in the
- * order blue, green, red, rows back to back without padding, also where width * 3 is no multiple of
- * 4. The writers return 1 for a file that was written and 0 otherwise; they may be called from any
- * thread. A picture or sound whose byte count does not fit the file's 32-bit fields gives 0, and
- * then nothing is created. So does a null pointer.
+ * order blue, green, red, rows back to back without padding, also where that is no multiple of 4
+ * bytes. The writers return 1 for a file that was written and 0 otherwise; they may be called from
+ * any thread. A picture or sound whose byte count does not fit the file's 32-bit fields gives 0,
+ * and then nothing is created. So does a null pointer.
  * ------------------------------------------------------------------------------------------- */
 
 /**

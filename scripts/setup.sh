@@ -39,6 +39,9 @@ native_packages=(cmake ninja-build clang libclang-rt-dev libgtest-dev libbenchma
 # programs are linked with. Kernel and udev themselves are not installed.
 kernel_packages=(busybox-static libacl1 libblkid1 libcap2 libkmod2 libselinux1 qemu-system-x86 xz-utils)
 
+# What the documentation's site needs.
+docs_packages=(doxygen python3 python3-markdown)
+
 # A Wine folder of the project's own, quiet and without windows on the screen.
 export WINEPREFIX=$zem_root/build/wine
 export WINEDEBUG=-all
