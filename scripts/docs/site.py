@@ -118,6 +118,8 @@ class Site:
         body = markdown.markdown(text, extensions=["fenced_code", "tables", "toc", "sane_lists"])
         body = re.sub(r'(href|src)="([^"]*)"',
                       lambda m: f'{m[1]}="{html.escape(self.target(source, html.unescape(m[2])))}"', body)
+        # A picture that stands alone has its words below it.
+        body = re.sub(r'<p>(<img alt="([^"]*)"[^>]*>)</p>', r"<figure>\1<figcaption>\2</figcaption></figure>", body)
         # An option is not broken behind its hyphens.
         body = re.sub(r"(?<=[>\s(])--?[a-z][\w-]*(?=[^<>]*</code>)", r'<span class="option">\g<0></span>', body)
         body = body.replace("<table>", '<div class="table"><table>').replace("</table>", "</table></div>")
