@@ -141,7 +141,8 @@ def write(work, tool, *shells):
                 for name, data in [*files.items(), *((name, text.encode()) for name, text in named)]:
                     with open(f"{folder}/{name}", "wb") as file:
                         file.write(data)
-                script.write(f"cd {number}\n")
+                # Pages side by side: most of the time something waits for a camera.
+                script.write(f"(cd {number}\n" if shell == "bash" else f"cd {number}\n")
                 for at, step in enumerate(steps):
                     if step["page"] != page or (
                             shell == "cmd" and (step["shown"] is not None or "wire" in step)):
@@ -151,8 +152,8 @@ def write(work, tool, *shells):
                         file.write("y\n" if asks else "")
                     script.write(f"{program} {with_camera(step)} >{at}.out 2>&1 <{at}.in\n"
                                  + ("echo %errorlevel% >" if shell == "cmd" else "echo $? >") + f"{at}.code\n")
-                script.write("cd ..\n")
-            script.write("exit /b 0\n" if shell == "cmd" else "")
+                script.write(") &\n" if shell == "bash" else "cd ..\n")
+            script.write("wait\n" if shell == "bash" else "exit /b 0\n")
 
 
 def pattern_of(shown):
