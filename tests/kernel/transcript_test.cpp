@@ -51,7 +51,7 @@ TEST_F(Transcripts, AreTheSame) {
     const PluggedCamera plugged(Options(section));
     Compare(section);
   }
-  EXPECT_EQ(count, 7);
+  EXPECT_EQ(count, 9);
 }
 
 }  // namespace

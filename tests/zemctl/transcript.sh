@@ -11,7 +11,7 @@
 set -eu
 system=$1
 if [ "$system" = sections ]; then
-  echo camera update updated refused failed unplugged absent
+  echo camera update updated refused failed unplugged absent rom recover
   exit
 fi
 section=$2
@@ -30,6 +30,7 @@ options() {
     refused) echo '{"cameras": [{"microphone": false, "faults": ["refuse@2=5"]}]}' ;;
     failed) echo '{"cameras": [{"microphone": false, "faults": ["fail@2"]}]}' ;;
     unplugged) echo '{"cameras": [{"microphone": false, "faults": ["unplug@2"]}]}' ;;
+    rom | recover) echo '{"bootLoader": {"letter": "C"}}' ;;
     absent) echo '{"cameras": []}' ;;
     *) echo "transcript.sh: no section $section" >&2; exit 2 ;;
   esac
@@ -53,7 +54,8 @@ zemctl_says() {
   status=0
   $tool "$@" >output.txt 2>&1 || status=$?
   echo "\$ zemctl $*"
-  tr -d '\r' <output.txt | sed -e 's/@device:sw:{[-0-9A-F]*}\\\{1,2\}//' \
+  tr -d '\r' <output.txt | sed -e 's/ --simulator --simulator-options options.json//' \
+    -e 's/@device:sw:{[-0-9A-F]*}\\\{1,2\}//' \
     -e 's/\\\{2,4\}?\\\{1,2\}usb#.*zem-simulator&0/DEVICE PATH/' \
     -e 's|/dev/v4l/by-path/[-._:a-z0-9]*|DEVICE PATH|' \
     -e 's/zem-simulator&0/PLACE/g' -e 's/\(#\|at \|place: *\|"place": "\)1-1/\1PLACE/g'
@@ -79,6 +81,7 @@ case $section in
     zemctl_says xu set tirella 2 5a
     zemctl_says xu get vendor 10 4
     zemctl_says xu get vendor 12 8
+    zemctl_says control list
     zemctl_says control get brightness
     zemctl_says control set brightness 200
     zemctl_says control set brightness 256
@@ -116,5 +119,23 @@ case $section in
     zemctl_says update firmware --chip 517x back.bin --yes
     ;;
   absent) zemctl_says list ;;
+  rom)
+    zemctl_says rom info
+    zemctl_says --json rom info
+    zemctl_says rom reg set 0x80001234 0x5a
+    zemctl_says rom reg get 0x80001235
+    zemctl_says rom command fa 55 66 01 --in 16
+    zemctl_says rom command fa 55 66 7e --in 16
+    ;;
+  recover)
+    # An image with a header block of 4,096 bytes and 5,000 more; an updater.
+    {
+      printf 'VSN_V2FW\001\000\000\000\000\000\210\023\000\000'
+      head -c 4096 /dev/zero | tr '\000' '\021'
+      head -c 5000 /dev/zero | tr '\000' '\042'
+    } >image.bin
+    head -c 70000 /dev/zero | tr '\000' '\063' >updater.bin
+    zemctl_says recover image.bin --storage sf --updater updater.bin --yes
+    ;;
   *) zemctl_says reg get isp 0 ;;
 esac

@@ -96,6 +96,9 @@ void RefuseDoubt(const DeviceSelection& selection) {
                     "Nothing was sent. Choose with --index, --name, --path or --device-path.");
 }
 
+// A camera that is there, and that this user may not use.
+constexpr auto kAccessDenied = static_cast<ZemResult>(0x80070005U);
+
 FoundCamera Find(const DeviceSelection& selection, Use use) {
   if (use == Use::kWriting) {
     RefuseDoubt(selection);
@@ -104,6 +107,14 @@ FoundCamera Find(const DeviceSelection& selection, Use use) {
   const ZemResult result = FindCamera(selection, camera);
   if (result == ZEM_E_FAIL) {
     throw NoCameraMatches(selection);
+  }
+  if (result == kAccessDenied) {
+    throw CallFailure(
+        OpeningFunction(selection), result,
+        {Describe(result).name, "the camera may not be opened by this user",
+         "On Linux install the project's udev rules, packaging/60-zem-cameras.rules, and plug the "
+         "camera in again; on Windows look at the privacy settings for cameras.",
+         kTransferFailed});
   }
   Check(OpeningFunction(selection), result);
   return camera;
