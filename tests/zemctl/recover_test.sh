@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # zemctl recover: the whole way on a simulated boot loader, and every place where it can break off.
 source "$(dirname "$0")/rom_support.sh"
+in_virtual_time
 recover=(recover $work/image.bin --updater $work/code.bin --storage sf)
 
 # From the boot loader to a camera that answers. The storage holds what the image says and nothing
@@ -84,26 +85,29 @@ with_boot 7 'ZEMROMAPI_LoadUpdater: the camera in ROM boot did not carry it out:
 says 'the code was not started, 32768 of 70000 bytes of it loaded'
 again
 
-# seconds MOST COMMAND...: the command is done within so many seconds.
-seconds() {
-  local most=$1 start=$SECONDS
-  shift
+# waits LEAST MOST COMMAND...: the command waits for so many milliseconds.
+waits() {
+  local least=$1 most=$2 waited
+  rm -f "$ZEM_WAITED"
+  shift 2
   "$@"
-  [ $((SECONDS - start)) -le "$most" ] || { echo "$((SECONDS - start)) s, at most $most wanted: $*"; exit 1; }
+  waited=$(cat "$ZEM_WAITED")
+  [ "$waited" -ge "$least" ] && [ "$waited" -le "$most" ] ||
+    { echo "$waited ms, wanted $least to $most: $*"; exit 1; }
 }
 
 # The wrong updater: nothing comes, the same boot loader comes, or the boot loader does not take it. The
 # library itself would look for five minutes.
 boot '"afterJump":"gone",'
-seconds 20 with_boot 3 'the updater was sent, but its storage did not show up within 5 s' "${recover[@]}" --yes
+waits 5000 6500 with_boot 3 'the updater was sent, but its storage did not show up within 5 s' "${recover[@]}" --yes
 says 'Camera: no volume has answered since the loaded code was started; the code was loaded and started; nothing was erased or written'
 says 'the updater of this camera'
 again
 boot '"afterJump":"bootLoader",'
-seconds 20 with_boot 3 'its storage did not show up within 5 s' "${recover[@]}" --yes
+waits 5000 6500 with_boot 3 'its storage did not show up within 5 s' "${recover[@]}" --yes
 says 'Camera: in ROM boot at F: (boot loader VSN3)'
 boot '"faults":["refuse@8"],'
-seconds 20 with_boot 3 'its storage did not show up within 1 s (jump: error 1117)' \
+waits 1000 2500 with_boot 3 'its storage did not show up within 1 s (jump: error 1117)' \
   "${recover[@]}" --yes --updater-wait 1
 boot '"absentOpens":8,'
 with_boot 3 'its storage did not show up within 1 s' "${recover[@]}" --yes --updater-wait 1
@@ -166,6 +170,8 @@ with_boot 10 'the camera shows firmware version 01 02 03 04 05 06 and not 01 02 
 with_boot 2 '"01" is no version of 6 bytes' "${recover[@]}" --yes --expect-version 01
 
 # ---- Ctrl-C ----
+
+in_real_time
 
 # stop_at LINE CODE TEXT ARGUMENTS...: Ctrl-C once the run has shown LINE; it ends with CODE within five
 # seconds and says TEXT.

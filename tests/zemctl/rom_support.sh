@@ -21,6 +21,15 @@ with_boot() {
   expect "$code" "$text" "${boot_arguments[@]}" "$@"
 }
 
+# From here on the tool's waits take no time, and how many milliseconds a run has waited is in the file
+# $ZEM_WAITED; or they take their time again.
+real_zemctl=$zemctl
+in_virtual_time() {
+  zemctl=${real_zemctl/\/zemctl//zemctl_virtual_time}
+  export ZEM_WAITED=$work/waited
+}
+in_real_time() { zemctl=$real_zemctl; }
+
 blank() { rm -f $flash $memory; }
 
 # stored FILE FROM SIZE AT: SIZE bytes of FILE from FROM on stand in the flash at AT.

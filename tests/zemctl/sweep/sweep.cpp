@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "tests/zemctl/sweep/commands.h"
-#include "tests/zemctl/sweep/virtual_time.h"
+#include "tests/zemctl/virtual_time/virtual_time.h"
 #include "tools/zemctl/camera/trace_scope.h"
 #include "tools/zemctl/frame/command_tree.h"
 #include "tools/zemctl/frame/program.h"

@@ -1,10 +1,9 @@
-#include "tests/zemctl/sweep/virtual_time.h"
-
 #include <windows.h>
 
 #include <atomic>
 
 #include "simulator/windows/import_hook.h"
+#include "tests/zemctl/virtual_time/virtual_time.h"
 
 namespace {
 
