@@ -76,7 +76,7 @@ class Client {
         break;
       }
       case 1:
-        Read(Next() * 1024U);
+        Read(std::size_t{1024} * Next());
         break;
       case 2:
         now_ += std::chrono::milliseconds(Next());

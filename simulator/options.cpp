@@ -363,6 +363,21 @@ std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
   return camera;
 }
 
+std::shared_ptr<Camera> RestartCamera(const CameraOptions& options, Camera* last,
+                                      std::function<void()> enterRomBoot) {
+  if (last != nullptr) {
+    SaveState(options, *last);
+  }
+  auto camera = MakeCamera(options, std::move(enterRomBoot));
+  SaveState(options, *camera);
+  return camera;
+}
+
+void ForgetReplug(CameraOptions& options) {
+  std::erase_if(options.faults,
+                [](const Fault& fault) { return fault.kind == Fault::Kind::kReplug; });
+}
+
 void SaveState(const CameraOptions& options, Camera& camera) {
   if (!options.stateFile.empty()) {
     camera.Settle();

@@ -66,6 +66,14 @@ Options ParseOptions(std::string_view json);
 std::shared_ptr<Camera> MakeCamera(const CameraOptions& options,
                                    std::function<void()> enterRomBoot = nullptr);
 
+// The same as if it had been unplugged and plugged in again: `last`, which ran before and may be
+// null, leaves behind what its state file keeps. Throws also as SaveState does.
+std::shared_ptr<Camera> RestartCamera(const CameraOptions& options, Camera* last,
+                                      std::function<void()> enterRomBoot);
+
+// Once a camera has been plugged in again as its faults say, it is not a second time.
+void ForgetReplug(CameraOptions& options);
+
 // Writes the camera's state file, if it has one; MakeCamera's cameras do so by themselves when
 // their flash changes. Throws std::runtime_error when that fails.
 void SaveState(const CameraOptions& options, Camera& camera);

@@ -106,11 +106,7 @@ HRESULT SimulatedSystem::ListCamera(std::size_t camera) {
   if (running.bootLoader) {
     enterRomBoot = [bootLoader = running.bootLoader] { bootLoader->EnterRomBoot(); };
   }
-  if (running.camera) {
-    SaveState(running.options, *running.camera);
-  }
-  running.camera = MakeCamera(running.options, std::move(enterRomBoot));
-  SaveState(running.options, *running.camera);
+  running.camera = RestartCamera(running.options, running.camera.get(), std::move(enterRomBoot));
   const HRESULT result =
       listing_->List({camera, CLSID_VideoInputDeviceCategory, running.instanceName,
                       running.options.name, CameraFilter(camera)});
@@ -146,8 +142,7 @@ void SimulatedSystem::ListAgain(std::size_t camera) {
 
 // A camera that was unplugged comes back, once.
 void SimulatedSystem::Replug(std::size_t camera) {
-  std::erase_if(cameras_[camera].options.faults,
-                [](const Fault& fault) { return fault.kind == Fault::Kind::kReplug; });
+  ForgetReplug(cameras_[camera].options);
   ListAgain(camera);
 }
 

@@ -40,14 +40,12 @@ void PluggedCamera::StartCamera() {
   if (!options_) {
     return;
   }
-  Save();
   std::function<void()> enterRomBoot;
   if (bootLoader_ != nullptr) {
     enterRomBoot = [bootLoader = bootLoader_.get()] { bootLoader->EnterRomBoot(); };
   }
-  camera_ = MakeCamera(*options_, std::move(enterRomBoot));
+  camera_ = RestartCamera(*options_, camera_.get(), std::move(enterRomBoot));
   camera_->SetReplugObserver([this] { Replug(); });
-  Save();
   const auto device = std::make_shared<UsbCamera>(*options_, camera_);
   device->SetStreamObserver([this](bool runs) {
     if (streamObserver_) {
@@ -81,8 +79,7 @@ void PluggedCamera::FollowStage(BootStage stage) {
 
 // It comes back once.
 void PluggedCamera::Replug() {
-  std::erase_if(options_->faults,
-                [](const Fault& fault) { return fault.kind == Fault::Kind::kReplug; });
+  ForgetReplug(*options_);
   StartCamera();
 }
 

@@ -113,12 +113,7 @@ void Run(const Arguments& arguments) {
   server.Run(signals);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  Arguments arguments;
-  CLI::App app("Simulated USB cameras, by USB/IP: for this machine's kernel or for another's.",
-               "zem-usb-camera");
+void AddOptions(CLI::App& app, Arguments& arguments) {
   app.set_version_flag("--version", zem::usb_camera::kVersion, "Print the version and exit");
   auto* const where = app.add_option_group("Where");
   where->add_flag("--attach", arguments.attach,
@@ -136,17 +131,30 @@ int main(int argc, char** argv) {
   app.add_option("--state", arguments.state,
                  "File in which the first camera keeps its memory between runs");
   app.add_option("--log", arguments.log, "File for what reaches the cameras, a line each");
+}
+
+int ParseAndRun(int argc, char** argv) {
+  Arguments arguments;
+  CLI::App app("Simulated USB cameras, by USB/IP: for this machine's kernel or for another's.",
+               "zem-usb-camera");
+  AddOptions(app, arguments);
   try {
     app.parse(argc, argv);
-    Run(arguments);
-    return 0;
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kWrongUsage;
-  } catch (const std::invalid_argument& error) {
-    std::fprintf(stderr, "zem-usb-camera: %s.\n", error.what());
-    return kWrongUsage;
+  }
+  Run(arguments);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return ParseAndRun(argc, argv);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "zem-usb-camera: %s.\n", error.what());
-    return kFailed;
+    const bool isUsage = dynamic_cast<const std::invalid_argument*>(&error) != nullptr;
+    return isUsage ? kWrongUsage : kFailed;
   }
 }

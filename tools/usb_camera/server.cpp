@@ -172,7 +172,7 @@ std::vector<ExportedDevice> Server::List() {
 
 std::shared_ptr<UsbDevice> Server::Take(const std::string& busId) {
   for (const auto& place : places_) {
-    const auto device = place->camera.device();
+    auto device = place->camera.device();
     if (device == nullptr ||
         DescribeExport(*device, static_cast<std::uint32_t>(place->number)).busId != busId) {
       continue;

@@ -129,7 +129,7 @@ class UsbIpConnectionTest : public ::testing::Test {
   static Bytes Exchange(UsbIpConnection& connection, const Bytes& sent, Time now = {}) {
     connection.Feed(sent);
     connection.Run(now);
-    const Bytes output(connection.output().begin(), connection.output().end());
+    Bytes output(connection.output().begin(), connection.output().end());
     connection.Written(output.size());
     return output;
   }
