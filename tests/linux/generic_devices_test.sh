@@ -1,12 +1,10 @@
 #!/usr/bin/env bash
 # The machine's SCSI generic devices as zemctl meets them: which of them it opens, and what it says of
 # those that it may not.
-set -euo pipefail
-cd "$(dirname "$0")/../.."
-
-work=$PWD/build/zemctl-tests/generic_devices_test
-fake=$work/fake
-out=$work/out
+ZEM_SYSTEM=linux
+source "$(dirname "$0")/../zemctl/support.sh"
+fake=$PWD/$work/fake
+zemctl="env ZEM_FAKE_GENERIC=$fake LD_PRELOAD=$PWD/build/linux/libzem_fake_generic.so $zemctl"
 
 # devices [NUMBER=ANSWER]...: the machine has these, see fake_generic.c.
 devices() {
@@ -19,18 +17,6 @@ devices() {
   done
 }
 
-# expect CODE TEXT ARGUMENTS...: the run ends with CODE and its output has a line that contains TEXT.
-expect() {
-  local code=$1 text=$2 status=0
-  shift 2
-  ZEM_FAKE_GENERIC=$fake LD_PRELOAD=$PWD/build/linux/libzem_fake_generic.so \
-    build/linux/zemctl "$@" >$out 2>&1 || status=$?
-  [ "$status" -eq "$code" ] || { echo "zemctl $*: status $status, wanted $code:"; cat $out; exit 1; }
-  says "$text"
-}
-says() {
-  grep -qF -- "$1" $out || { echo "\"$1\" is missing:"; cat $out; exit 1; }
-}
 # opened TEXT: these were opened since the machine was made, once each.
 opened() {
   local list
