@@ -14,11 +14,11 @@ using zem::ComPtr;
 using zem::testing::BeforeAllocation;
 using zem::testing::kInvalidParameterResult;
 using zem::testing::kNoInterfaceResult;
+using zem::testing::kOutOfMemoryResult;
 using zem::testing::kPointerResult;
 using zem::testing::LinuxTest;
 using zem::testing::MemoryExhausted;
 
-constexpr auto kOutOfMemoryResult = static_cast<ZemResult>(0x8007000EU);
 constexpr GUID kUnknownInterface = {0x12345678, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
 
 class ComObjectsTest : public LinuxTest {

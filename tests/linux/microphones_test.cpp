@@ -10,6 +10,7 @@
 #include "platform/com_ptr.h"
 #include "platform/platform.h"
 #include "tests/linux/linux_test.h"
+#include "tests/support/memory_limit.h"
 
 namespace {
 
@@ -18,7 +19,10 @@ using zem::testing::FakeDevice;
 using zem::testing::kInvalidParameterResult;
 using zem::testing::kNoInterfaceResult;
 using zem::testing::kNotConnectedResult;
+using zem::testing::kOutOfMemoryResult;
+using zem::testing::kPointerResult;
 using zem::testing::LinuxTest;
+using zem::testing::MemoryExhausted;
 using zem::testing::PortFolder;
 
 struct FakeElement {
@@ -127,6 +131,42 @@ TEST_F(MicrophonesTest, AnotherCardIsNamedByItsId) {
   card->elements = {{"Capture Volume", -10, 10, {0}}};
   EXPECT_EQ(SetVolume(L"SOUND#webcam", 75), ZEM_OK);
   EXPECT_EQ(card->elements[0].values, (std::vector<long>{5}));
+}
+
+TEST_F(MicrophonesTest, ItsObjectsTellTheirInterfaces) {
+  AddUsbCard(3, "1-1")->elements = {{"Mic Capture Volume", 0, 100, {10, 10}}};
+  IBaseFilter* audio = nullptr;
+  ASSERT_EQ(ZEMAPI_AudioOpenDeviceByPath(kUsbName, &audio), ZEM_OK);
+  EXPECT_EQ(audio->QueryInterface(zem::IID_IBaseFilter, nullptr), kPointerResult);
+  void* object = &object;
+  EXPECT_EQ(audio->QueryInterface(zem::IID_IKsTopologyInfo, &object), kNoInterfaceResult);
+  EXPECT_EQ(object, nullptr);
+  ComPtr<IAMAudioInputMixer> mixer;
+  ASSERT_EQ(audio->QueryInterface(zem::IID_IAMAudioInputMixer, mixer.ReceiveVoid()), S_OK);
+  EXPECT_EQ(mixer->get_MixLevel(nullptr), kPointerResult);
+  object = &object;
+  EXPECT_EQ(mixer->QueryInterface(zem::IID_IBaseFilter, &object), kNoInterfaceResult);
+  EXPECT_EQ(object, nullptr);
+  ZEMAPI_AudioCloseDevice(&audio);
+  double level = 0;
+  EXPECT_EQ(mixer->get_MixLevel(&level), S_OK) << "the mixer keeps the card open";
+  EXPECT_EQ(kernel.openFiles(), 1);
+  mixer.Reset();
+  EXPECT_EQ(kernel.openFiles(), 0);
+}
+
+TEST_F(MicrophonesTest, WithoutMemoryNothingStaysOpen) {
+  AddUsbCard(3, "1-1")->elements = {{"Mic Capture Volume", 0, 100, {10, 10}}};
+  IBaseFilter* audio = nullptr;
+  ASSERT_EQ(ZEMAPI_AudioOpenDeviceByPath(kUsbName, &audio), ZEM_OK);
+  void* object = &object;
+  {
+    const MemoryExhausted exhausted;
+    EXPECT_EQ(audio->QueryInterface(zem::IID_IAMAudioInputMixer, &object), kOutOfMemoryResult);
+  }
+  EXPECT_EQ(object, nullptr);
+  ZEMAPI_AudioCloseDevice(&audio);
+  EXPECT_EQ(kernel.openFiles(), 0);
 }
 
 TEST_F(MicrophonesTest, ACardThatOnlyPlaysIsNoMicrophone) {

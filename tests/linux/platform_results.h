@@ -10,6 +10,7 @@ inline constexpr auto kPointerResult = static_cast<ZemResult>(0x80004003U);
 inline constexpr auto kInvalidFunctionResult = static_cast<ZemResult>(0x80070001U);
 inline constexpr auto kAccessDeniedResult = static_cast<ZemResult>(0x80070005U);
 inline constexpr auto kGeneralFailureResult = static_cast<ZemResult>(0x8007001FU);
+inline constexpr auto kOutOfMemoryResult = static_cast<ZemResult>(0x8007000EU);
 inline constexpr auto kInvalidParameterResult = static_cast<ZemResult>(0x80070057U);
 inline constexpr auto kTimeoutResult = static_cast<ZemResult>(0x80070079U);
 inline constexpr auto kMoreDataResult = static_cast<ZemResult>(0x800700EAU);

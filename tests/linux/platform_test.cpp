@@ -110,6 +110,10 @@ TEST(LinuxPlatformTest, DebuggerLinesGoToTheFileThatIsChosen) {
   const std::string path = (folder.path() / "debug.txt").string();
   platform::DebuggerOutput(L"nowhere\r\n");
   {
+    const Variable variable("ZEM_DEBUG", "");
+    platform::DebuggerOutput(L"nowhere\r\n");
+  }
+  {
     const Variable variable("ZEM_DEBUG", path);
     platform::DebuggerOutput(L"[ERR] \u20AC\r\n");
     platform::DebuggerOutput(L"no end");

@@ -116,8 +116,9 @@ TEST_F(VolumesTest, AllTwentyFourLettersAndNoOther) {
   }
   EXPECT_EQ(kernel.calls.size(), 24U);
   EXPECT_EQ(kernel.calls.back(), "open sg23 2");
-  for (const wchar_t* const path : {LR"(\\.\A:)", LR"(\\.\B:)", LR"(\\.\[:)", LR"(\\.\CC:)",
-                                    LR"(\\.\C)", LR"(\\.\)", L"C:", L"", LR"(\\.\C:\)"}) {
+  for (const wchar_t* const path :
+       {LR"(\\.\A:)", LR"(\\.\B:)", LR"(\\.\[:)", LR"(\\.\CC:)", LR"(\\.\CC)", LR"(\\.\C)",
+        LR"(\\.\)", L"C:", L"", LR"(\\.\C:\)"}) {
     EXPECT_EQ(platform::OpenVolume(path), nullptr);
     EXPECT_EQ(platform::LastError(), 2U);
   }
@@ -240,6 +241,24 @@ TEST_F(VolumesTest, EveryStatusHasItsError) {
   platform::CloseVolume(volume);
 }
 
+TEST_F(VolumesTest, WithoutRoomForSenseNoneIsAskedFor) {
+  const auto generic = AddGeneric(0);
+  generic->inquiry = {1, 2};
+  const platform::VolumeHandle volume = platform::OpenVolume(LR"(\\.\C:)");
+  BufferedRequest request = Inquiry(2);
+  request.header.SenseInfoLength = 0;
+  request.header.SenseInfoOffset = 0;
+  // The data may then begin behind the header.
+  request.header.DataBufferOffset = 56;
+  EXPECT_TRUE(platform::ControlVolume(volume, 0x4D004, &request, 56, 58));
+  ASSERT_EQ(generic->requests.size(), 1U);
+  EXPECT_EQ(generic->requests[0].header.mx_sb_len, 0);
+  EXPECT_EQ(generic->requests[0].header.sbp, nullptr);
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&request);
+  EXPECT_EQ(Bytes(bytes + 56, bytes + 58), (Bytes{1, 2}));
+  platform::CloseVolume(volume);
+}
+
 TEST_F(VolumesTest, AResidueThatCannotBeIsCut) {
   const auto generic = AddGeneric(0);
   const platform::VolumeHandle volume = platform::OpenVolume(LR"(\\.\C:)");
@@ -274,7 +293,13 @@ TEST_F(VolumesTest, BlocksThatTheSystemWouldNotTakeAreNotSent) {
   refuse([](auto& header) { header.DataBufferOffset = ~std::uint64_t{0}; });
   refuse([](auto& header) { header.DataTransferLength = 17; });
   refuse([](auto& header) { header.DataIn = 0; });
+  refuse([](auto& header) {
+    header.SenseInfoLength = 25;
+    header.SenseInfoOffset = 92 + 16 - 24;
+  });
   refuse(keep, 55);
+  EXPECT_FALSE(platform::ControlVolume(volume, 0x4D004, nullptr, 56, 92 + 16));
+  EXPECT_EQ(platform::LastError(), 87U) << "no block";
   refuse(keep, 56, 92 + 15);
   DirectRequest direct = {};
   zem::FillHeader(direct.header, 16, SCSI_IOCTL_DATA_OUT, 4, 10);

@@ -18,6 +18,9 @@ TEST(PrivateProfileTest, Numbers) {
   EXPECT_EQ(Read(L"[AP]\nKey=+3"), 3U);
   EXPECT_EQ(Read(L"[AP]\nKey=-1"), 0xFFFFFFFFU);
   EXPECT_EQ(Read(L"[AP]\nKey=12abc"), 12U);
+  EXPECT_EQ(Read(L"[AP]\nKey=12-3"), 12U);
+  EXPECT_EQ(Read(L"[AP]\nKey=12:3"), 12U);
+  EXPECT_EQ(Read(L"[AP]\nKey=0x12g"), 0x12U);
   EXPECT_EQ(Read(L"[AP]\nKey=4294967297"), 1U) << "wraps at 32 bits";
 }
 
@@ -36,6 +39,7 @@ TEST(PrivateProfileTest, NamesInAnyCaseBlanksQuotesAndComments) {
   EXPECT_EQ(Read(L"[AP]\nKey=\"12\""), 12U);
   EXPECT_EQ(Read(L"[AP]\nKey='12'"), 12U);
   EXPECT_EQ(Read(L"[AP]\n;Key=1\nKey=2"), 2U);
+  EXPECT_EQ(Read(L"[AP]\nKey\nKey=2"), 2U) << "a line without a value is passed over";
 }
 
 TEST(PrivateProfileTest, FirstSectionAndFirstKeyCount) {

@@ -54,9 +54,9 @@ TEST(Utf8Test, WhatIsNoCharacterBecomesAQuestionMark) {
 // Continuations without a lead, leads without their continuations, forms longer than needed, halves
 // of a pair, what lies behind the last character.
 TEST(Utf8Test, EveryByteOfNoSequenceSurvivesBothWays) {
-  for (const std::string text :
-       {"a\x80z", "\xBF", "\xC3", "\xC3(", "\xC0\xAF", "\xE0\x80\xAF", "\xE2\x82", "\xED\xA0\x80",
-        "\xF0\x80\x80\xAF", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFE\xFF"}) {
+  for (const std::string text : {"a\x80z", "\xBF", "\xC3", "\xC3(", "\xE2(\x82", "\xC0\xAF",
+                                 "\xE0\x80\xAF", "\xE2\x82", "\xED\xA0\x80", "\xF0\x80\x80\xAF",
+                                 "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFE\xFF"}) {
     std::size_t stray = 0;
     for (const wchar_t character : Widened(text)) {
       stray += character >= 0xDC80 && character <= 0xDCFF ? 1 : 0;

@@ -78,6 +78,20 @@ TEST(VideoControlTest, OnlyTheActiveConfigurationCounts) {
   EXPECT_EQ(TextOf(Read(descriptors, 3)), "");
 }
 
+TEST(VideoControlTest, ConfigurationsAndInterfacesTooShortForTheirFieldsAreNone) {
+  Bytes shortConfiguration = Configuration(1, Joined({kVideoControl, kCamera}));
+  shortConfiguration[0] = 8;
+  shortConfiguration.erase(shortConfiguration.begin() + 8);
+  EXPECT_EQ(TextOf(Read(Joined({kDevice, shortConfiguration}))), "");
+  const Bytes shortInterface = {8, 4, 0, 0, 1, 0x0E, 1, 0};
+  EXPECT_EQ(TextOf(Read(Joined({kDevice, Configuration(1, Joined({shortInterface, kCamera}))}))),
+            "");
+  const Bytes shortUnit = {2, 0x24};
+  EXPECT_EQ(TextOf(Read(
+                Joined({kDevice, Configuration(1, Joined({kVideoControl, shortUnit, kCamera}))}))),
+            "input 1");
+}
+
 TEST(VideoControlTest, OnlyTheVideoControlInterfaceOfThatNumberCounts) {
   const Bytes second = {9, 4, 2, 0, 1, 0x0E, 1, 0, 0};
   const Bytes streaming = {9, 4, 1, 0, 1, 0x0E, 2, 0, 0};
