@@ -8,6 +8,7 @@
 #include "simulator/ZemSimulator.h"
 #include "simulator/linux/import_hook.h"
 #include "simulator/linux/private_devices.h"
+#include "simulator/linux/volume_hooks.h"
 #include "simulator/options.h"
 #include "simulator/simulated_system.h"
 
@@ -71,11 +72,8 @@ std::int32_t ZemSimulatorStartPrivate(const char* options) {
       simulator.hook.emplace();
     }
     simulator.system.Start(parsed, zem::simulator::MakePrivateListing(),
-                           [](const auto& bootLoaders) -> std::shared_ptr<void> {
-                             if (!bootLoaders.empty()) {
-                               throw std::runtime_error("boot loaders are not simulated here");
-                             }
-                             return nullptr;
+                           [](const auto& bootLoaders) {
+                             return std::make_shared<zem::simulator::VolumeHooks>(bootLoaders);
                            });
   });
 }

@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
+import ctypes
 import pathlib
+import subprocess
 
 import pytest
 
@@ -55,4 +57,20 @@ def test_a_library_that_is_nowhere(package, monkeypatch):
 
 def test_a_library_without_an_export_is_refused():
     with pytest.raises(AttributeError):
-        _library.use(__import__("ctypes").CDLL(None))
+        _library.use(ctypes.CDLL(None))
+
+
+def test_the_simulator_of_linux_has_the_exports_of_the_other():
+    text = (ROOT / "simulator/windows/ZemSimulator.def").read_text("utf-8").partition("EXPORTS")[2]
+    wanted = sorted(line.strip() for line in text.splitlines() if line and "PRIVATE" not in line)
+    told = subprocess.run(["nm", "-D", "--defined-only", ROOT / "build/linux" / _library.SIMULATOR],
+                          check=True, text=True, capture_output=True).stdout
+    assert sorted(line.split()[-1] for line in told.splitlines()) == wanted
+    assert len(wanted) == 5
+
+
+def test_the_systems_list_is_windows_own():
+    simulator = ctypes.CDLL(str(ROOT / "build/linux" / _library.SIMULATOR))
+    simulator.ZemSimulatorLastError.restype = ctypes.c_char_p
+    assert simulator.ZemSimulatorStart(None) == 0x80004005 - 0x100000000
+    assert b"Windows' own" in simulator.ZemSimulatorLastError()

@@ -1,4 +1,4 @@
-"""ROM boot, by what is asked of the library."""
+"""ROM boot, by what is asked of the library, and against the simulated boot loader."""
 
 from __future__ import annotations
 
@@ -119,3 +119,61 @@ def test_wrong_arguments_call_nothing(fake, session):
         with pytest.raises(ValueError):
             use()
     assert fake.calls == []
+
+
+# ---- Against the simulated boot loader ----
+
+
+def image(payload: bytes) -> bytes:
+    """An image file: 18 bytes with the payload's length at 14, a header block, the payload."""
+    return bytes(14) + len(payload).to_bytes(4, "little") + b"H" * 4096 + payload
+
+
+def test_a_camera_is_recovered(tmp_path):
+    code, firmware = tmp_path / "code.bin", tmp_path / "image.bin"
+    code.write_bytes(bytes(range(256)) * 200)
+    payload = bytes(range(251)) * 300
+    firmware.write_bytes(image(payload))
+    storage = tmp_path / "sf"
+    options = {"bootLoader": {"absentOpens": 0, "storages": [
+        {"type": "sf", "size": 0x40000, "file": str(storage)}]}}
+    with zemuvc.simulate(options):
+        assert zemuvc.list_cameras() == []
+        with zemuvc.rom_boot() as rom:
+            rom.load_updater(code)
+            rom.select("sf")
+            rom.erase(0, 0x20000)
+            assert rom.burn_image(firmware, 0) == 0x14000
+            assert rom.read(4096 + len(payload)) == b"H" * 4096 + payload
+            rom.registers[0x80001234] = 0x5A
+            assert rom.registers[0x80001234] == 0x5A
+            with pytest.raises(zemuvc.FailedError):
+                rom.select("emmc")  # the camera has none
+            rom.reset()
+        assert len(zemuvc.list_cameras()) == 1
+        with zemuvc.open() as camera:
+            assert camera.chip == "517x"
+    assert storage.read_bytes()[4096:4096 + len(payload)] == payload
+
+
+def test_a_running_camera_goes_into_rom_boot():
+    with zemuvc.simulate({"bootLoader": {"start": "camera", "absentOpens": 0}}):
+        with zemuvc.open() as camera:
+            camera.enter_rom_boot()
+        assert zemuvc.list_cameras() == []
+        with zemuvc.rom_boot() as rom:
+            assert rom.scsi(bytes.fromhex("fa556601"), read=16)[:8] == b"\xaa\x55\0\0VSN3"
+
+
+def test_a_simulation_without_a_boot_loader_has_none():
+    with zemuvc.simulate():
+        with pytest.raises(zemuvc.NoCameraError):
+            zemuvc.rom_boot()
+
+
+def test_a_volume_that_goes_away_is_a_failure():
+    with zemuvc.simulate({"bootLoader": {"absentOpens": 0, "faults": ["unplug@4"]}}):
+        with zemuvc.rom_boot() as rom:
+            with pytest.raises(zemuvc.FailedError):
+                for _ in range(4):
+                    rom.registers[0]

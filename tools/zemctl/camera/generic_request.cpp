@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/linux/generic_errors.h"
+#include "simulator/linux/generic_answer.h"
 
 namespace zemctl {
 
@@ -29,31 +29,9 @@ void GenericRequest::Collect(ScsiCommand& command) const {
 }
 
 void GenericRequest::Answer(const ScsiCommand& command) {
-  header_.status = command.status;
-  header_.host_status = 0;
-  header_.driver_status = 0;
-  header_.sb_len_wr = 0;
-  header_.resid = 0;
-  if (command.isIn) {
-    const auto moved = std::min<std::size_t>(command.data.size(), header_.dxfer_len);
-    std::copy_n(command.data.begin(), moved, static_cast<std::uint8_t*>(header_.dxferp));
-    header_.resid = static_cast<int>(header_.dxfer_len - moved);
-  }
+  zem::simulator::AnswerGeneric(header_, command.status, command.data);
 }
 
-void GenericRequest::Fail(std::uint32_t error) {
-  constexpr std::uint8_t kCheckCondition = 2;
-  constexpr std::uint16_t kMostHostStatus = 8;
-  ScsiCommand failed;
-  failed.status = kCheckCondition;
-  Answer(failed);
-  // An error that no host status stands for becomes one that the library does not try again.
-  while (header_.host_status < kMostHostStatus && zem::platform::ErrorOfGeneric(header_) != error) {
-    ++header_.host_status;
-  }
-  if (zem::platform::ErrorOfGeneric(header_) != error) {
-    header_.host_status = 0;
-  }
-}
+void GenericRequest::Fail(std::uint32_t error) { zem::simulator::FailGeneric(header_, error); }
 
 }  // namespace zemctl

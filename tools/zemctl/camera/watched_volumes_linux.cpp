@@ -8,21 +8,18 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstdarg>
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
-#include <string_view>
 
 #include "platform/linux/errors.h"
 #include "platform/linux/generic_errors.h"
 #include "platform/linux/sysfs.h"
+#include "simulator/linux/drive_folder.h"
 #include "simulator/linux/import_hook.h"
 #include "tools/zemctl/camera/generic_request.h"
 #include "tools/zemctl/camera/library_wait_linux.h"
@@ -36,16 +33,8 @@ namespace {
 using zem::simulator::HeldLibrary;
 using zem::simulator::HoldLibrary;
 using zem::simulator::ImportHook;
-
-constexpr std::string_view kGenericFolder = "/sys/class/scsi_generic";
-constexpr std::string_view kGenericFile = "/dev/sg";
-constexpr unsigned kDrives = 'Z' - 'C' + 1;
-
-// A look through the folder of SCSI generic devices.
-struct Listing {
-  unsigned next = 0;
-  dirent entry = {};
-};
+using zem::simulator::kGenericFile;
+using zem::simulator::kGenericFolder;
 
 // The present watch, and what the imports led to before.
 struct Watching {
@@ -58,7 +47,7 @@ struct Watching {
   decltype(&::ioctl) control;
   decltype(&::close) close;
   decltype(&::clock_nanosleep) sleep;
-  std::set<std::unique_ptr<Listing>> listings;
+  zem::simulator::DriveFolder drives;
 };
 Watching* watching = nullptr;
 
@@ -67,54 +56,21 @@ const void* HandleOf(int descriptor) {
   return reinterpret_cast<const void*>(static_cast<std::intptr_t>(descriptor));
 }
 
-auto FindListing(const DIR* folder) {
-  auto& listings = watching->listings;
-  return std::find_if(listings.begin(), listings.end(), [folder](const auto& each) {
-    return static_cast<const void*>(each.get()) == folder;
-  });
-}
-
 DIR* OpenFolderWatched(const char* path) {
-  if (path != kGenericFolder) {
-    return watching->openFolder(path);
-  }
-  void* const listing = watching->listings.insert(std::make_unique<Listing>()).first->get();
-  return static_cast<DIR*>(listing);
+  return path == kGenericFolder ? watching->drives.Open() : watching->openFolder(path);
 }
 
 dirent* ReadFolderWatched(DIR* folder) {
-  const auto listing = FindListing(folder);
-  if (listing == watching->listings.end()) {
-    return watching->readFolder(folder);
-  }
-  if ((*listing)->next == kDrives) {
-    return nullptr;
-  }
-  dirent& entry = (*listing)->entry;
-  const std::string name = "sg" + std::to_string((*listing)->next++);
-  entry.d_name[name.copy(&entry.d_name[0], sizeof(entry.d_name) - 1)] = '\0';
-  return &entry;
+  return watching->drives.Owns(folder) ? watching->drives.Read(folder)
+                                       : watching->readFolder(folder);
 }
 
 int CloseFolderWatched(DIR* folder) {
-  const auto listing = FindListing(folder);
-  if (listing == watching->listings.end()) {
+  if (!watching->drives.Owns(folder)) {
     return watching->closeFolder(folder);
   }
-  watching->listings.erase(listing);
+  watching->drives.Close(folder);
   return 0;
-}
-
-// The place among the drives of a path as the listing gives it.
-std::optional<unsigned> PlaceOf(std::string_view path) {
-  if (!path.starts_with(kGenericFile)) {
-    return std::nullopt;
-  }
-  path.remove_prefix(kGenericFile.size());
-  unsigned number = 0;
-  const auto [end, error] = std::from_chars(path.data(), path.data() + path.size(), number);
-  const bool isWhole = error == std::errc() && end == path.data() + path.size();
-  return isWhole && number < kDrives ? std::optional(number) : std::nullopt;
 }
 
 // Opens the device of the machine in this place.
@@ -139,7 +95,7 @@ int OpenWatched(const char* path, int flags, ...) {  // NOLINT(cert-dcl50-cpp): 
   va_start(further, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(further, mode_t) : 0;
   va_end(further);
-  const std::optional<unsigned> place = PlaceOf(path);
+  const std::optional<unsigned> place = zem::simulator::DrivePlaceOf(path);
   if (!place) {
     return watching->open(path, flags, mode);
   }
