@@ -35,6 +35,8 @@ class UsbBootLoader : public UsbDevice {
   // The data of a command, then its status.
   std::optional<Answer> Receive(std::uint8_t endpoint, std::size_t length, Time now) override;
 
+  void Release() override { Reset(); }
+
   const DeviceDescriptors& descriptors() const override { return standard_.descriptors(); }
   bool isGone() const override { return isGone_ || (isLeaving_ && phase_ == Phase::kCommand); }
 

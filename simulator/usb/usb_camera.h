@@ -31,6 +31,8 @@ class UsbCamera : public UsbDevice {
   std::optional<Answer> Receive(std::uint8_t endpoint, std::size_t length, Time now) override;
   std::optional<Time> NextDue(std::uint8_t endpoint) const override;
 
+  void Release() override { StopStream(); }
+
   const DeviceDescriptors& descriptors() const override { return standard_.descriptors(); }
   bool isGone() const override { return camera_->unplugged(); }
   std::uint8_t configuration() const { return standard_.configuration(); }

@@ -37,6 +37,9 @@ class UsbDevice {
   // When an endpoint that has nothing will have something by itself.
   virtual std::optional<Time> NextDue(std::uint8_t /*endpoint*/) const { return std::nullopt; }
 
+  // Its host has let go of it: nothing is under way any more.
+  virtual void Release() = 0;
+
   // It has left the bus.
   virtual bool isGone() const = 0;
 };

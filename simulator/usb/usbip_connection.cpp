@@ -182,11 +182,7 @@ std::optional<Answer> UsbIpConnection::Serve(const Waiting& waiting, Time now,
 }
 
 void UsbIpConnection::Written(std::size_t count) {
-  written_ += count;
-  if (written_ == output_.size() || written_ >= kMostOutput) {
-    output_.erase(output_.begin(), output_.begin() + static_cast<std::ptrdiff_t>(written_));
-    written_ = 0;
-  }
+  output_.erase(output_.begin(), output_.begin() + static_cast<std::ptrdiff_t>(count));
 }
 
 }  // namespace zem::simulator::usb

@@ -54,7 +54,7 @@ class UsbIpConnection {
   void Run(Time now);
 
   // What goes to the client, and that so much of it has gone. There may be more to run behind it.
-  std::span<const std::uint8_t> output() const { return std::span(output_).subspan(written_); }
+  std::span<const std::uint8_t> output() const { return output_; }
   void Written(std::size_t count);
 
   // When to run it again although nothing has come.
@@ -72,7 +72,7 @@ class UsbIpConnection {
     bool isSilent = false;  // until the client takes it back
   };
 
-  bool isFull() const { return output_.size() - written_ >= kMostOutput; }
+  bool isFull() const { return output_.size() >= kMostOutput; }
   bool RunOne();
   void AnswerRequest(const Request& request);
   void Submit(const SubmitCommand& command);
@@ -93,7 +93,6 @@ class UsbIpConnection {
   std::deque<Waiting> waiting_;  // transfers in, in the order in which they came
   std::optional<Time> due_;
   Bytes output_;
-  std::size_t written_ = 0;  // of the output
   bool isOver_ = false;
 };
 

@@ -146,6 +146,13 @@ class ServerTest(unittest.TestCase):
                 ended.add(number)
         self.assertEqual(camera.control([0x02, 1, 0, 0, 0x82, 0, 0, 0], b""), (0, b""))
         self.assertEqual(server.line(), "camera 1: stream ended")
+        # One that lets go without a word ends it too.
+        self.assertEqual(camera.set(0, 2, probe, interface=1), (0, b""))
+        camera.submit(2, 16384)
+        self.assertEqual(server.line(), "camera 1: streaming")
+        camera.close()
+        self.assertEqual(server.line(), "camera 1: stream ended")
+        self.assertEqual(server.line(), "camera 1: detached")
 
     def test_rom_boot_and_back(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -237,6 +244,19 @@ class ServerTest(unittest.TestCase):
         self.assertRegex(errors, r"\Azem-usb-camera: 127\.0\.0\.1:\d+: another version of the "
                                  r"protocol\.\nzem-usb-camera: 127\.0\.0\.1:\d+: an unknown "
                                  r"command\.\n\Z")
+
+    def test_clients_are_so_many_at_most(self):
+        server = self.serve()
+        camera = self.take(server, "camera")
+        others = [socket.create_connection(server.address, timeout=20) for _ in range(33)]
+        for other in others:
+            self.addCleanup(other.close)
+        # 32 in all; whoever comes behind them is cut off.
+        for other in others[31:]:
+            self.assertEqual(receive(other, 1), b"")
+        others[30].settimeout(0.2)
+        self.assertRaises(TimeoutError, others[30].recv, 1)
+        self.assertEqual(camera.get(VENDOR, 2, 8), (0, bytes(8)))
 
     def test_others_than_this_machine_are_pointed_out(self):
         program = subprocess.Popen([PROGRAM, "--listen", "0.0.0.0:0"], stdout=subprocess.PIPE,

@@ -356,6 +356,7 @@ void Server::Reap() {
     if (Place* const place = client->place) {
       if (place->client == &*client) {
         place->client = nullptr;
+        client->connection.device()->Release();
         place->Tell("detached");
       } else if (host_ && place->camera.device() != nullptr) {
         place->attachBefore = Clock::now() + kTimeToFreePort;

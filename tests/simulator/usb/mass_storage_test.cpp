@@ -200,6 +200,13 @@ TEST_F(MassStorageTest, ItLeavesBehindTheStatusOfItsLastCommand) {
   EXPECT_EQ(Send(Command(Vendor(1), 16, true)), Answer::Kind::kGone);
 }
 
+TEST_F(MassStorageTest, AHostThatLetsGoLeavesNoCommandBehind) {
+  SendDone(Command(Vendor(2, {0, 1}), 512, false));
+  device_.Release();
+  SendDone(Command(Vendor(1), 16, true));
+  EXPECT_EQ(Receive(16).size(), 16U);
+}
+
 TEST_F(MassStorageTest, ItHasTwoEndpoints) {
   EXPECT_EQ(device_.Receive(0x82, 16, {})->kind, Answer::Kind::kStalled);
   EXPECT_EQ(device_.Send(1, {}).kind, Answer::Kind::kStalled);

@@ -345,6 +345,16 @@ TEST_F(StreamTest, ItIsToldWhenItBeginsAndEnds) {
   EXPECT_EQ(told, "begins ends begins ends ");
 }
 
+TEST_F(StreamTest, AHostThatLetsGoEndsIt) {
+  Commit();
+  Receive(16384, start_);
+  std::string told;
+  device().SetStreamObserver([&](bool runs) { told += runs ? "begins " : "ends "; });
+  device().Release();
+  EXPECT_EQ(told, "ends ");
+  EXPECT_FALSE(device().Receive(kStreamEndpoint, 16384, start_ + kFrameTime).has_value());
+}
+
 TEST_F(StreamTest, TheOtherEndpoints) {
   EXPECT_FALSE(device().Receive(0x81, 16, start_).has_value()) << "controls do not change";
   EXPECT_EQ(device().Receive(0x83, 16, start_)->kind, Answer::Kind::kStalled);

@@ -40,6 +40,7 @@ class ScriptedDevice : public UsbDevice {
   }
   std::optional<Answer> Receive(std::uint8_t endpoint, std::size_t length, Time now) override {
     asked = length;
+    ++asks;
     const auto due = dues.find(endpoint);
     if (due != dues.end() && now < due->second) {
       return std::nullopt;
@@ -56,6 +57,7 @@ class ScriptedDevice : public UsbDevice {
     const auto found = dues.find(endpoint);
     return found != dues.end() ? std::optional(found->second) : std::nullopt;
   }
+  void Release() override {}
   bool isGone() const override { return isGone_; }
 
   Answer control = Answer::Done();
@@ -65,6 +67,7 @@ class ScriptedDevice : public UsbDevice {
   std::vector<SetupPacket> setups;
   Bytes sent;
   std::size_t asked = 0;
+  int asks = 0;
   bool leavesBehindControl = false;
 
  private:
@@ -233,6 +236,13 @@ TEST_F(UsbIpConnectionTest, BytesInWaitUntilThereAreSome) {
   EXPECT_EQ(device_->asked, 512U);
 }
 
+TEST_F(UsbIpConnectionTest, AnEndpointThatHasNothingIsAskedOnce) {
+  Exchange(Joined({SubmitMessage(1, true, 2, 16), SubmitMessage(2, true, 2, 16)}));
+  device_->asks = 0;
+  Exchange({});
+  EXPECT_EQ(device_->asks, 1);
+}
+
 TEST_F(UsbIpConnectionTest, ItTellsWhenToBeRunAgain) {
   const Time start{std::chrono::hours(1)};
   EXPECT_FALSE(connection_.NextDue().has_value());
@@ -243,7 +253,10 @@ TEST_F(UsbIpConnectionTest, ItTellsWhenToBeRunAgain) {
   EXPECT_EQ(Exchange(SubmitMessage(1, true, 2, 16), start), Bytes());
   EXPECT_EQ(connection_.NextDue(), start + std::chrono::milliseconds(30));
   EXPECT_EQ(Exchange(SubmitMessage(2, true, 3, 16), start), Bytes());
+  device_->dues[0x84] = start + std::chrono::milliseconds(40);
+  EXPECT_EQ(Exchange(SubmitMessage(3, true, 4, 16), start), Bytes());
   EXPECT_EQ(connection_.NextDue(), start + std::chrono::milliseconds(20)) << "the first of them";
+  EXPECT_EQ(Exchange(UnlinkMessage(4, 3), start), UnlinkAnswer(4, kTakenBack));
   EXPECT_EQ(Exchange({}, start + std::chrono::milliseconds(20)), SubmitAnswer(2, 0, 1, {3}));
   EXPECT_EQ(connection_.NextDue(), start + std::chrono::milliseconds(30));
   EXPECT_EQ(Exchange({}, start + std::chrono::milliseconds(30)), SubmitAnswer(1, 0, 1, {2}));
