@@ -23,6 +23,7 @@ MENU = [
         ("docs/zemctl.md", "zemctl by task"),
         ("docs/updating.md", "Updating safely"),
         ("docs/recovering.md", "Recovering a camera"),
+        ("python/README.md", "From Python"),
         ("docs/station-tests.md", "Testing without a camera"),
         ("docs/simulator.md", "The simulated camera"),
         ("docs/traces.md", "Traces"),
@@ -71,6 +72,8 @@ def page_of(source):
         return source
     if source == "README.md":
         return "index.html"
+    if source.endswith("/README.md"):
+        return os.path.dirname(source) + ".html"
     return os.path.splitext(os.path.basename(source))[0].lower() + ".html"
 
 
