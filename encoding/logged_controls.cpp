@@ -21,7 +21,7 @@ constexpr std::array<LoggedField, 9> kRateControlFields = {{
 }};
 
 // The fields of a probe and of a commit block differ in one line's format only.
-constexpr auto StreamFields(const wchar_t* capabilityFormat) {
+consteval auto StreamFields(const wchar_t* capabilityFormat) {
   return std::array<LoggedField, 20>{{
       {L"\t\tbmHint=0x%.4X\r\n", 0, 2},
       {L"\t\twIndex=0x%.4X\r\n", 2, 2},

@@ -23,7 +23,7 @@ constexpr ULONG kGetTopology = 0x10000001;
 constexpr ULONG kSetTopology = 0x10000002;
 
 // Node types by kind of entity, as Windows names them.
-constexpr GUID MakeVideoNodeType(ULONG number) {
+consteval GUID MakeVideoNodeType(ULONG number) {
   return {number, 0xF70F, 0x11D0, {0xB9, 0x17, 0x00, 0xA0, 0xC9, 0x22, 0x31, 0x96}};
 }
 constexpr GUID kInputTerminalType = MakeVideoNodeType(0xDFF229E2);

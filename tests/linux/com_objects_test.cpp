@@ -163,6 +163,44 @@ TEST_F(ComObjectsTest, AnotherCategoryIsEmpty) {
   EXPECT_EQ(none, nullptr);
 }
 
+TEST_F(ComObjectsTest, EveryKindOfEntityHasItsNodeType) {
+  // Configuration 1 with one interface: an input terminal that is no camera, a selector, a unit of
+  // the encoding kind.
+  static constexpr unsigned char kDescriptors[] = {
+      18, 1,    0,  2, 0xEF, 2,    1, 64,   0x45, 0x5A, 0x00, 0x8C, 0,  //
+      1,  1,    2,  0, 1,                                               //
+      9,  2,    46, 0, 1,    1,    0, 0x80, 50,                         //
+      9,  4,    0,  0, 1,    0x0E, 1, 0,    0,                          //
+      8,  0x24, 2,  1, 0x01, 0x04, 0, 0,                                //
+      7,  0x24, 4,  8, 1,    1,    0,                                   //
+      13, 0x24, 7,  6, 2,    0,    3, 0,    0,    0,    0,    0,    0};
+  kernel.AddFile(zem::testing::PortFolder("1-1") + "/descriptors",
+                 {reinterpret_cast<const char*>(kDescriptors), sizeof(kDescriptors)});
+  const ComPtr<IKsTopologyInfo> topology = Topology();
+  DWORD count = 0;
+  EXPECT_EQ(topology->get_NumNodes(&count), S_OK);
+  ASSERT_EQ(count, 3U);
+  const GUID expected[] = {
+      {0xDFF229E2, 0xF70F, 0x11D0, {0xB9, 0x17, 0x00, 0xA0, 0xC9, 0x22, 0x31, 0x96}},
+      {0xDFF229E4, 0xF70F, 0x11D0, {0xB9, 0x17, 0x00, 0xA0, 0xC9, 0x22, 0x31, 0x96}},
+      {0x941C7AC0, 0xC559, 0x11D0, {0x8A, 0x2B, 0x00, 0xA0, 0xC9, 0x25, 0x5A, 0xC1}}};
+  for (DWORD node = 0; node < count; ++node) {
+    GUID type = {};
+    EXPECT_EQ(topology->get_NodeType(node, &type), S_OK);
+    EXPECT_TRUE(type == expected[node]) << node;
+  }
+}
+
+TEST_F(ComObjectsTest, PropertiesAreNotWritten) {
+  ComPtr<IPropertyBag> properties;
+  ASSERT_EQ(
+      Moniker()->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag, properties.ReceiveVoid()),
+      S_OK);
+  VARIANT value;
+  zem::platform::InitVariant(&value);
+  EXPECT_EQ(properties->Write(L"FriendlyName", &value), static_cast<ZemResult>(0x80004001U));
+}
+
 // Every allocation of an operation fails in turn, all behind it succeed.
 template <class Operation>
 std::vector<ZemResult> ResultsWithoutMemory(Operation operation) {
@@ -206,8 +244,11 @@ TEST_F(ComObjectsTest, OpeningWithoutMemoryLeavesNothingOpen) {
 TEST_F(ComObjectsTest, AControlWithoutMemoryIsOutOfMemory) {
   const ComPtr<IBaseFilter> filter = Filter();
   const ComPtr<IKsTopologyInfo> topology = Topology();
+  const ComPtr<IMoniker> moniker = Moniker();
   const MemoryExhausted exhausted;
   void* object = nullptr;
+  EXPECT_EQ(moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag, &object),
+            kOutOfMemoryResult);
   EXPECT_EQ(topology->CreateNodeInstance(2, zem::IID_IKsControl, &object), kOutOfMemoryResult);
   EXPECT_EQ(filter->QueryInterface(zem::IID_IAMVideoProcAmp, &object), kOutOfMemoryResult);
   EXPECT_EQ(filter->QueryInterface(zem::IID_IAMCameraControl, &object), kOutOfMemoryResult);

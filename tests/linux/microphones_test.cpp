@@ -169,6 +169,46 @@ TEST_F(MicrophonesTest, WithoutMemoryNothingStaysOpen) {
   EXPECT_EQ(kernel.openFiles(), 0);
 }
 
+TEST_F(MicrophonesTest, WithoutMemoryNoneIsListedOrBound) {
+  AddUsbCard(3, "1-1");
+  ComPtr<ICreateDevEnum> system;
+  ASSERT_EQ(zem::platform::CreateDeviceEnumerator(system.Receive()), S_OK);
+  IEnumMoniker* none = nullptr;
+  {
+    const MemoryExhausted exhausted;
+    EXPECT_EQ(system->CreateClassEnumerator(zem::CLSID_AudioInputDeviceCategory, &none, 0),
+              kOutOfMemoryResult);
+  }
+  EXPECT_EQ(none, nullptr);
+  ComPtr<IEnumMoniker> devices;
+  ASSERT_EQ(
+      system->CreateClassEnumerator(zem::CLSID_AudioInputDeviceCategory, devices.Receive(), 0),
+      S_OK);
+  ComPtr<IMoniker> microphone;
+  ASSERT_EQ(devices->Next(1, microphone.Receive(), nullptr), S_OK);
+  void* filter = nullptr;
+  const MemoryExhausted exhausted;
+  EXPECT_EQ(microphone->BindToObject(nullptr, nullptr, zem::IID_IBaseFilter, &filter),
+            kOutOfMemoryResult);
+  EXPECT_EQ(filter, nullptr);
+  EXPECT_EQ(kernel.openFiles(), 0);
+}
+
+TEST_F(MicrophonesTest, ALevelThatCannotBeReadSaysWhy) {
+  AddUsbCard(3, "1-1")->elements = {{"Mic Capture Volume", 0, 100, {10, 10}}};
+  IBaseFilter* audio = nullptr;
+  ASSERT_EQ(ZEMAPI_AudioOpenDeviceByPath(kUsbName, &audio), ZEM_OK);
+  ComPtr<IAMAudioInputMixer> mixer;
+  ASSERT_EQ(audio->QueryInterface(zem::IID_IAMAudioInputMixer, mixer.ReceiveVoid()), S_OK);
+  ZEMAPI_AudioCloseDevice(&audio);
+  double level = 0.75;
+  kernel.failingCall = static_cast<int>(kernel.calls.size());
+  kernel.failure = -ENODEV;
+  EXPECT_EQ(mixer->get_MixLevel(&level), kNotConnectedResult);
+  kernel.failingCall = static_cast<int>(kernel.calls.size());
+  EXPECT_EQ(mixer->put_MixLevel(0.5), kNotConnectedResult);
+}
+
 TEST_F(MicrophonesTest, ACardThatOnlyPlaysIsNoMicrophone) {
   AddCard(0, "devices/pci0000:00/0000:00:1f.3", false);
   EXPECT_EQ(SetVolume(L"sound#Webcam", 75), ZEM_E_FAIL);

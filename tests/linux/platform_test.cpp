@@ -3,9 +3,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -92,6 +94,22 @@ TEST(LinuxPlatformTest, FilesByWidePath) {
   EXPECT_EQ(platform::OpenFile(folder.Path("none").c_str(), L"rb"), nullptr);
   EXPECT_EQ(platform::OpenFile(folder.path().wstring().c_str(), L"rb"), nullptr) << "a folder";
   EXPECT_EQ(platform::OpenFile(std::wstring(5000, L'a').c_str(), L"wb"), nullptr);
+}
+
+// A wait that a signal interrupts goes on until its end; the signal's own work is done.
+TEST(LinuxPlatformTest, SignalsDoNotShortenAWait) {
+  static volatile std::sig_atomic_t signals = 0;
+  struct sigaction action = {};
+  struct sigaction before = {};
+  action.sa_handler = [](int /*signal*/) { signals = signals + 1; };
+  ASSERT_EQ(sigaction(SIGALRM, &action, &before), 0);
+  const itimerval soon = {{0, 0}, {0, 5000}};
+  ASSERT_EQ(setitimer(ITIMER_REAL, &soon, nullptr), 0);
+  const std::uint32_t start = platform::MillisecondClock();
+  platform::Sleep(40);
+  EXPECT_GE(platform::MillisecondClock() - start, 39U);
+  EXPECT_EQ(signals, 1);
+  sigaction(SIGALRM, &before, nullptr);
 }
 
 TEST(LinuxPlatformTest, LogFolder) {

@@ -305,6 +305,10 @@ TEST_F(VolumesTest, BlocksThatTheSystemWouldNotTakeAreNotSent) {
   zem::FillHeader(direct.header, 16, SCSI_IOCTL_DATA_OUT, 4, 10);
   EXPECT_FALSE(platform::ControlVolume(volume, 0x4D014, &direct, 96, 96));
   EXPECT_EQ(platform::LastError(), 87U) << "null data";
+  direct.header.CdbLength = 17;
+  direct.header.DataBuffer = &direct;
+  EXPECT_FALSE(platform::ControlVolume(volume, 0x4D014, &direct, 96, 96));
+  EXPECT_EQ(platform::LastError(), 87U) << "a command too long";
   EXPECT_FALSE(platform::ControlVolume(volume, 0x4D018, &direct, 96, 96));
   EXPECT_EQ(platform::LastError(), 1U) << "no such code";
   EXPECT_TRUE(generic->requests.empty());
