@@ -212,9 +212,10 @@ if [ ${#failures[@]} -gt 0 ] || [ ${#problems[@]} -gt 0 ]; then
   tail -n 40 "$run/console.txt"
   printf 'FAILED: %s\n' "${failures[@]}" "${problems[@]}"
 fi
-# The last line of "times" is the processor time, user and system, of what has been waited for.
+times >"$run/times"
+# Its last line is the processor time, user and system, of what has been waited for.
 printf '%s, %s: %d tests, %d s, processor %s, %s on disk\n' "$(<"$cache/kernel")" \
-  "$(<"$run/accelerator")" "$(wc -l <"$run/expected.txt")" "$SECONDS" "$(times | tail -n 1)" \
+  "$(<"$run/accelerator")" "$(wc -l <"$run/expected.txt")" "$SECONDS" "$(tail -n 1 "$run/times")" \
   "$(du -sh "$cache" | cut -f 1)"
 failed=$((${#failures[@]} + ${#problems[@]}))
 echo "$passed passed, $failed failed"
