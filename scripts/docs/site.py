@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Writes the site: pages from Markdown, the reference, one style sheet; then checks every link in it."""
 import html
+import json
 import os
 import re
 import shutil
@@ -157,10 +158,28 @@ def check_links(folder):
     return len(pages), count
 
 
+def check_names(sources):
+    """The files and presets that pages name exist."""
+    with open("CMakePresets.json", encoding="utf-8") as file:
+        presets = {preset["name"] for preset in json.load(file)["buildPresets"]}
+    wrong = []
+    for source in sources:
+        with open(source, encoding="utf-8") as file:
+            text = file.read()
+        folders = "scripts|tests|examples|docs|benchmarks|simulator|tools|include|exports|platform|device|commands"
+        wrong += [f"{source}: there is no {name}" for name in re.findall(rf"(?<![\w/.-])(?:\./)?((?:{folders})/[\w./-]*\w)", text)
+                  if not os.path.exists(name)]
+        wrong += [f"{source}: there is no preset {name}" for name in re.findall(r"--preset (\w+)", text)
+                  if name not in presets]
+    if wrong:
+        sys.exit("\n".join(wrong))
+
+
 def main(folder):
     missing = {f"docs/{name}" for name in os.listdir("docs") if name.endswith(".md")} - {s for s, _ in SOURCES}
     if missing:
         sys.exit(f"not in the menu: {', '.join(sorted(missing))}")
+    check_names(source for source, _ in SOURCES)
     site = Site(folder)
     for source, title in SOURCES:
         site.from_markdown(source, title)
