@@ -112,14 +112,6 @@ TEST(LinuxPlatformTest, SignalsDoNotShortenAWait) {
   sigaction(SIGALRM, &before, nullptr);
 }
 
-TEST(LinuxPlatformTest, ATextThatDoesNotFitEndsTheProcess) {
-  std::array<char, 4> fits = {'x', 'x', 'x', 'x'};
-  platform::BoundedCopy(fits.data(), fits.size(), "abc");
-  EXPECT_STREQ(fits.data(), "abc");
-  EXPECT_EXIT(platform::BoundedCopy(fits.data(), fits.size(), "abcd"),
-              testing::KilledBySignal(SIGABRT), "");
-}
-
 TEST(LinuxPlatformTest, LogFolder) {
   std::array<wchar_t, platform::kPathCapacity> path = {};
   for (const auto& [folder, expected] :
