@@ -8,8 +8,10 @@ import pathlib
 import re
 import sys
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-INCLUDE = ROOT / "include"
+from generate_python import (
+    HEADER, NAMES, compare_names, exported_names, functions_of, without_comments)
+
+CPP_HEADER = HEADER.with_name("ZemUVC.hpp")
 
 # What ZemUVC.hpp does not call, and why.
 UNWRAPPED = {
@@ -18,45 +20,19 @@ UNWRAPPED = {
 }
 
 
-class Export:
-    """A declaration of the public header; `symbol` is the exported name."""
-
-    def __init__(self, result, name, parameters, symbol):
-        self.result = result
-        self.name = name
-        self.parameters = parameters
-        self.symbol = symbol
-
-
-def without_comments(text):
-    return re.sub(r"/\*.*?\*/|//[^\n]*", "", text, flags=re.DOTALL)
-
-
 def exports():
-    """In the order of the module definition file; every declaration must be there, and nothing else."""
-    header = without_comments((INCLUDE / "ZemUVCExtApi.h").read_text(encoding="utf-8"))
-    found = {}
-    for result, star, name, parameters, symbol in re.findall(
-            r'^(?:ZEM_API )?(ZemResult|void|int32_t)( ?\*)? ?(\w+)\(([^()]*)\)'
-            r'(?:\s*ZEM_DECORATED\("([^"]*)"\))?;', header, re.MULTILINE):
-        words = [] if parameters == "void" else [
-            " ".join(each.split()) for each in parameters.split(",")]
-        export = Export(result + star.strip(), name, words, symbol or name)
-        found[export.symbol] = export
-    definition = (ROOT / "exports" / "ZemUVCExtApi.def").read_text(encoding="utf-8")
-    symbols = re.findall(r'^  "?([^\s";]+)"?\s*$', definition, re.MULTILINE)
-    if sorted(symbols) != sorted(found):
-        raise SystemExit(f"not both declared and exported: {sorted(set(symbols) ^ set(found))}")
-    return [found[symbol] for symbol in symbols]
+    """In the order of the header; fails when that and the list of exported names differ."""
+    functions = functions_of(HEADER.read_text(encoding="utf-8"))
+    compare_names(functions, exported_names(NAMES.read_text(encoding="utf-8")))
+    return functions
 
 
 def fakes():
     """A translation unit in which each export records its call."""
     lines = ['#include "tests/header/fake_exports.h"', ""]
     for export in exports():
-        names = [re.search(r"(\w+)$", each).group(1) for each in export.parameters]
-        arguments = "".join(f", {name}" for name in names)
-        lines.append(f"{export.result} {export.name}({', '.join(export.parameters)}) "
+        arguments = "".join(f", {name}" for _, name in export.parameters)
+        lines.append(f"{export.result} {export.name}({export.signature}) "
                      f"{{ return zem::testing::Fake<{export.result}>(\"{export.symbol}\"{arguments}); }}")
     lines += ["", "namespace zem::testing {", "", "const std::vector<std::string> kWrappedExports = {"]
     lines += [f'    "{each.symbol}",' for each in exports() if each.symbol not in UNWRAPPED]
@@ -65,7 +41,7 @@ def fakes():
 
 def wrappers():
     """For each exported symbol the functions of ZemUVC.hpp that call it."""
-    text = without_comments((INCLUDE / "ZemUVC.hpp").read_text(encoding="utf-8"))
+    text = without_comments(CPP_HEADER.read_text(encoding="utf-8"))
     text = re.sub(r'"[^"\n]*"', '""', text)
     scope = re.compile(
         r"^(?P<close>\};|\}  *)$|^(?:class|namespace) (?P<scope>\w+)[^;]*?\{"

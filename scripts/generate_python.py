@@ -50,6 +50,11 @@ class Function(NamedTuple):
     result: str
     parameters: list[tuple[str, str]]  # type and name
     decorated: str | None  # as a Microsoft compiler names it, for a C++ function
+    signature: str  # the parameters as they are declared
+
+    @property
+    def symbol(self) -> str:
+        return self.decorated or self.name
 
 
 def without_comments(text: str) -> str:
@@ -99,7 +104,8 @@ def functions_of(header: str) -> list[Function]:
         if not (match["mark"] or match["decorated"]):
             raise ValueError(f"{match['name']} is neither ZEM_API nor ZEM_DECORATED")
         functions.append(Function(match["name"], match["result"] + match["star"],
-                                  parameters_of(match["parameters"]), match["decorated"]))
+                                  parameters_of(match["parameters"]), match["decorated"],
+                                  " ".join(match["parameters"].split())))
     return functions
 
 
@@ -109,7 +115,7 @@ def exported_names(text: str) -> list[str]:
 
 
 def compare_names(functions: list[Function], names: list[str]) -> None:
-    declared = [function.decorated or function.name for function in functions]
+    declared = [function.symbol for function in functions]
     twice = sorted({name for name in declared if declared.count(name) > 1})
     missing = sorted(set(names) - set(declared))
     unknown = sorted(set(declared) - set(names))
