@@ -218,12 +218,13 @@ using Buffer = Span<std::uint8_t>;
 inline std::string ToUtf8(std::wstring_view wide) {
   std::string text;
   for (std::size_t index = 0; index < wide.size(); ++index) {
-    auto code = static_cast<std::uint32_t>(wide[index]);
-    const auto next =
-        index + 1 < wide.size() ? static_cast<std::uint32_t>(wide[index + 1]) : std::uint32_t{0};
-    if (sizeof(wchar_t) == 2 && (code & 0xFC00U) == 0xD800U && (next & 0xFC00U) == 0xDC00U) {
-      code = 0x10000U + ((code & 0x3FFU) << 10) + (next & 0x3FFU);
-      ++index;
+    auto code = static_cast<std::uint32_t>(static_cast<char32_t>(wide[index]));
+    if constexpr (sizeof(wchar_t) == 2) {
+      const auto next = index + 1 < wide.size() ? static_cast<char32_t>(wide[index + 1]) : U'\0';
+      if ((code & 0xFC00U) == 0xD800U && (next & 0xFC00U) == 0xDC00U) {
+        code = 0x10000U + ((code & 0x3FFU) << 10) + (next & 0x3FFU);
+        ++index;
+      }
     }
     if (code < 0x80U || (code >= 0xDC80U && code <= 0xDCFFU)) {
       text += static_cast<char>(code & 0xFFU);

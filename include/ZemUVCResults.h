@@ -25,10 +25,10 @@
 
 /** Failures of the platform that say what became of a transfer, ENTRY(code, text). */
 #define ZEM_TRANSFER_FAILURE_TEXTS(ENTRY)              \
-  ENTRY(0x8007001F, "the camera did not carry it out") \
-  ENTRY(0x80070037, "the camera is gone")              \
-  ENTRY(0x8007048F, "the camera is gone")              \
   ENTRY(0x80070490, "the camera has no such control")  \
+  ENTRY(0x80070037, "the camera is gone")              \
+  ENTRY(0x8007001F, "the camera did not carry it out") \
+  ENTRY(0x8007048F, "the camera is gone")              \
   ENTRY(0x80070492, "the camera has no such control")
 
 /**
@@ -83,7 +83,7 @@ ZEM_INLINE const char* ZemTransferFailureText(ZemResult result) {
   switch (result) {
     ZEM_TRANSFER_FAILURE_TEXTS(ZEM_TRANSFER_FAILURE_TEXT)
     default:
-      return NULL;
+      return NULL; /* NOLINT(modernize-use-nullptr): C has none. */
   }
 #undef ZEM_TRANSFER_FAILURE_TEXT
 }

@@ -33,10 +33,10 @@ RESULTS: dict[int, tuple[str, str]] = {
 
 # What failures of the platform say about the transfer that they ended.
 TRANSFER_FAILURES: dict[int, str] = {
-    0x8007001F - 0x100000000: "the camera did not carry it out",
-    0x80070037 - 0x100000000: "the camera is gone",
-    0x8007048F - 0x100000000: "the camera is gone",
     0x80070490 - 0x100000000: "the camera has no such control",
+    0x80070037 - 0x100000000: "the camera is gone",
+    0x8007001F - 0x100000000: "the camera did not carry it out",
+    0x8007048F - 0x100000000: "the camera is gone",
     0x80070492 - 0x100000000: "the camera has no such control",
 }
 
