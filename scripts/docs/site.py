@@ -38,6 +38,7 @@ MENU = [
         ("docs/reliability.md", "Reliability"),
         ("docs/performance.md", "Performance"),
         ("docs/mutation.md", "Which faults the tests notice"),
+        ("docs/coverage.md", "What the tests run through"),
     ]),
     ("Work on it", [
         ("docs/architecture.md", "The house"),
