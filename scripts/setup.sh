@@ -31,6 +31,9 @@ install_missing() {
 windows_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64-win32 wine wine64 googletest
   libcli11-dev nlohmann-json3-dev)
 
+# What the library and the tool of this system need.
+linux_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev)
+
 # What the native build needs.
 native_packages=(cmake ninja-build clang libclang-rt-dev libgtest-dev libbenchmark-dev libyuv-dev
   libcli11-dev nlohmann-json3-dev)
