@@ -10,6 +10,7 @@
 #include "tools/zemctl/camera/judgement.h"
 #include "tools/zemctl/camera/long_wait.h"
 #include "tools/zemctl/camera/only_device.h"
+#include "tools/zemctl/camera/opening_refusal.h"
 #include "tools/zemctl/camera/replay.h"
 #include "tools/zemctl/camera/required_unit.h"
 #include "tools/zemctl/camera/restart_wait.h"
@@ -96,9 +97,6 @@ void RefuseDoubt(const DeviceSelection& selection) {
                     "Nothing was sent. Choose with --index, --name, --path or --device-path.");
 }
 
-// A camera that is there, and that this user may not use.
-constexpr auto kAccessDenied = static_cast<ZemResult>(0x80070005U);
-
 FoundCamera Find(const DeviceSelection& selection, Use use) {
   if (use == Use::kWriting) {
     RefuseDoubt(selection);
@@ -108,15 +106,9 @@ FoundCamera Find(const DeviceSelection& selection, Use use) {
   if (result == ZEM_E_FAIL) {
     throw NoCameraMatches(selection);
   }
-  if (result == kAccessDenied) {
-    throw CallFailure(
-        OpeningFunction(selection), result,
-        {Describe(result).name, "the camera may not be opened by this user",
-         "On Linux install the project's udev rules, packaging/60-zem-cameras.rules, and plug the "
-         "camera in again; on Windows look at the privacy settings for cameras.",
-         kTransferFailed});
+  if (result < 0) {
+    throw OpeningRefused(OpeningFunction(selection), result, camera.device);
   }
-  Check(OpeningFunction(selection), result);
   return camera;
 }
 

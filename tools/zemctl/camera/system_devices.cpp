@@ -175,6 +175,7 @@ ZemResult FindCamera(const DeviceSelection& selection, FoundCamera& camera) {
     result = moniker->BindToObject(nullptr, nullptr, zem::IID_IBaseFilter, found.ReceiveVoid());
     if (result < 0 || !found) {
       result = result < 0 ? result : ZEM_E_FAIL;
+      camera.device = std::move(device);
       return true;
     }
     if (toSkip > 0) {

@@ -56,7 +56,8 @@ struct FoundCamera {
 
 // Binds the video-input device that was chosen, by the rules of the library's own opening
 // functions: the default camera's ids are those of zem_setting.ini beside this program. A negative
-// result is the library's for the same case.
+// result is the library's for the same case; `camera` then is the device that could not be bound,
+// if there is one.
 ZemResult FindCamera(const DeviceSelection& selection, FoundCamera& camera);
 
 }  // namespace zemctl

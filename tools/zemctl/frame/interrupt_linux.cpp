@@ -15,12 +15,12 @@ namespace {
 constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
 
 std::atomic<bool> interrupted = false;
-std::array<struct sigaction, kSignals.size()> before;
+std::array<struct sigaction, kSignals.size()> earlier;
 
 // From the second on, signals do what they did before.
 void Restore() {
   for (std::size_t index = 0; index < kSignals.size(); ++index) {
-    sigaction(kSignals[index], &before[index], nullptr);
+    sigaction(kSignals[index], &earlier[index], nullptr);
   }
 }
 
@@ -37,11 +37,11 @@ InterruptGuard::InterruptGuard() {
   noted.sa_handler = Note;
   sigemptyset(&noted.sa_mask);
   for (std::size_t index = 0; index < kSignals.size(); ++index) {
-    sigaction(kSignals[index], nullptr, &before[index]);
+    sigaction(kSignals[index], nullptr, &earlier[index]);
   }
   for (std::size_t index = 0; index < kSignals.size(); ++index) {
     // What is ignored stays so: nohup, and a shell's jobs in the background.
-    if (before[index].sa_handler != SIG_IGN) {
+    if (earlier[index].sa_handler != SIG_IGN) {
       sigaction(kSignals[index], &noted, nullptr);
     }
   }
@@ -55,9 +55,9 @@ std::optional<std::string> ReadAnswer() {
   std::string line;
   bool hasLine = false;
   while (!StopRequested()) {
-    constexpr int kLookMilliseconds = 50;
+    constexpr int kPollMilliseconds = 50;
     pollfd input = {STDIN_FILENO, POLLIN, 0};
-    const int ready = poll(&input, 1, kLookMilliseconds);
+    const int ready = poll(&input, 1, kPollMilliseconds);
     if (ready == 0 || (ready < 0 && errno == EINTR)) {
       continue;
     }

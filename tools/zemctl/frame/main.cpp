@@ -4,12 +4,12 @@
 
 #include "tools/zemctl/frame/console.h"
 #include "tools/zemctl/frame/exit_codes.h"
-#include "tools/zemctl/frame/program.h"
+#include "tools/zemctl/frame/run.h"
 
 int main(int count, char** words) {
   try {
     zemctl::PrepareTerminal();
-    return zemctl::Program().Run(zemctl::CommandLine(count, words));
+    return zemctl::Run(zemctl::CommandLine(count, words));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "zemctl: %s.\n", error.what());
     return zemctl::kInternalError;

@@ -12,6 +12,7 @@
 #include "tools/zemctl/frame/interrupt.h"
 #include "tools/zemctl/frame/outcome.h"
 #include "tools/zemctl/frame/results.h"
+#include "tools/zemctl/frame/run.h"
 #include "zemctl_version.h"
 
 namespace zemctl {
@@ -234,5 +235,7 @@ int Program::Fail(const Failure& failure) const {
   ShowFailure(options_, failure);
   return failure.code;
 }
+
+int Run(std::vector<std::string> commandLine) { return Program().Run(std::move(commandLine)); }
 
 }  // namespace zemctl

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "tools/zemctl/camera/opening_refusal.h"
+
 namespace zemctl {
 namespace {
 
@@ -11,10 +13,9 @@ struct Reason {
   const char* several;
   const char* next;
 };
-constexpr std::array<Reason, 2> kReasons = {{
+const std::array<Reason, 2> kReasons = {{
     {5, " may not be opened by this user", " may not be opened by this user",
-     "Install the project's udev rules, packaging/60-zem-cameras.rules, and plug the camera in "
-     "again; or run this as root."},
+     AdviceForPermission()},
     {170, " is in use by another program", " are in use by other programs",
      "End the program that uses it; \"sudo fuser -v FILE\" names it."},
 }};
