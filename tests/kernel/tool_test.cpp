@@ -81,15 +81,15 @@ TEST_F(Tool, PermissionThatIsMissing) {
     EXPECT_EQ(run.status, 7);
     EXPECT_EQ(
         run.errors,
-        "zemctl: ZEMAPI_OpenDevice: the camera may not be opened by this user (platform "
-        "failure, 0x80070005).\n  On Linux install the project's udev rules, "
-        "packaging/60-zem-cameras.rules, and plug the camera in again; on Windows look at the "
-        "privacy settings for cameras.\n");
+        "zemctl: ZEMAPI_OpenDevice: \"ZEM Simulated Camera\" (5a45:8c00) at 1-1 may not be opened "
+        "by this user (platform failure, 0x80070005).\n  Camera: it was not opened, and nothing "
+        "was sent. Next: Install the project's udev rules, packaging/60-zem-cameras.rules, and "
+        "plug the camera in again; or run this as root.\n");
     const auto list = RunProgram("zemctl list", kNobody);
     EXPECT_EQ(list.status, 7);
     EXPECT_EQ(Field(list.output, "  vendor unit:"),
-              "not read: ZEMAPI_OpenDeviceByPath: the camera may not be opened by this user "
-              "(platform failure, 0x80070005)");
+              "not read: ZEMAPI_OpenDeviceByPath: \"ZEM Simulated Camera\" (5a45:8c00) at 1-1 may "
+              "not be opened by this user (platform failure, 0x80070005)");
     EXPECT_EQ(Field(list.output, "  place:"), "1-1");
   }
   const PluggedCamera plugged(kInRomBoot);
