@@ -1,10 +1,11 @@
 // Every command of the tool with a failure at each of its transfers: none may end with 0 unless
 // what it says and what it leaves are what they are without the failure. And every command once
 // more from its own trace: what it says is the same.
-#include <direct.h>
-#include <fcntl.h>
+#ifdef _WIN32
 #include <io.h>
-#include <windows.h>
+#else
+#include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -21,6 +22,8 @@
 #include "tests/zemctl/virtual_time/virtual_time.h"
 #include "tools/zemctl/camera/trace_scope.h"
 #include "tools/zemctl/frame/command_tree.h"
+#include "tools/zemctl/frame/files.h"
+#include "tools/zemctl/frame/folders.h"
 #include "tools/zemctl/frame/program.h"
 
 namespace {
@@ -69,26 +72,23 @@ struct Run {
 // Standard output and error of the runs go to files.
 class Capture {
  public:
-  Capture() : console_(_fdopen(_dup(_fileno(stdout)), "w")) {
-    Lead(stdout, "said.txt");
-    Lead(stderr, "errors.txt");
-  }
+  Capture() : console_(OpenAgain()) { Clear(); }
 
   std::FILE* console() const { return console_; }
 
   static void Clear() {
-    for (std::FILE* const stream : {stdout, stderr}) {
-      std::fflush(stream);
-      static_cast<void>(_chsize(_fileno(stream), 0));
-      std::rewind(stream);
-    }
+    static_cast<void>(std::freopen("said.txt", "w", stdout));
+    static_cast<void>(std::freopen("errors.txt", "w", stderr));
   }
 
  private:
-  static void Lead(std::FILE* stream, const char* path) {
-    const int file = _open(path, _O_RDWR | _O_CREAT | _O_TRUNC, 0600);
-    _dup2(file, _fileno(stream));
-    _close(file);
+  // Standard output as it is now, whatever becomes of the stream.
+  static std::FILE* OpenAgain() {
+#ifdef _WIN32
+    return _fdopen(_dup(_fileno(stdout)), "w");
+#else
+    return ::fdopen(::dup(STDOUT_FILENO), "w");
+#endif
   }
 
   std::FILE* console_;
@@ -151,7 +151,7 @@ Run RunTool(const SweptCommand& command, const std::vector<std::string>& argumen
   std::fflush(stdout);
   run.said = Contents("said.txt");
   for (const std::string& path : OutputFiles()) {
-    if (_access(path.c_str(), 0) == 0) {
+    if (zemctl::FileExists(path)) {
       run.left[path] = path == "state.json" ? KeptMemory(path) : Contents(path);
     }
   }
@@ -328,7 +328,7 @@ std::string NameOfLine(const std::string& line) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count < 2 || _chdir(arguments[1]) != 0) {
+  if (count < 2 || !zemctl::EnterFolder(arguments[1])) {
     std::fputs("usage: zemctl_sweep FOLDER [even|odd|BEGINNING]\n", stderr);
     return 2;
   }
