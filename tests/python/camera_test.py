@@ -482,3 +482,11 @@ def test_a_camera_that_leaves_is_no_longer_listed():
         with pytest.raises(zemuvc.NoDeviceError):
             camera.registers.isp[0]
         assert len(zemuvc.list_cameras()) == 1
+
+
+def test_nothing_is_simulated_behind_the_end():
+    simulation = zemuvc.simulate()
+    simulation.stop()
+    simulation.stop()
+    with pytest.raises(zemuvc.FailedError):
+        simulation.enumerator()
