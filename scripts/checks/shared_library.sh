@@ -23,6 +23,11 @@ grep -qF 'Library soname: [libZemUVCExtApi.so.1]' <<<"$dynamic"
 needed=$(sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' <<<"$dynamic" | sort | paste -sd' ')
 [ "$needed" = "ld-linux-x86-64.so.2 libc.so.6" ]
 
+# Of its host it asks for one thing, and does without: the list of devices. zemctl has it to give.
+asked=$(nm -D --undefined-only "$library" | awk '$1 == "w" && $2 !~ /^_|@/ { print $2 }')
+[ "$asked" = ZemHostDeviceEnumerator ]
+nm -D --defined-only build/linux/zemctl | grep -q ' T ZemHostDeviceEnumerator$'
+
 # The newest version of the C library that is asked for is not newer than Debian 12's.
 newest=$(nm -D --undefined-only "$library" | sed -n 's/.*@GLIBC_//p' | sort -V | tail -n 1)
 [ "$(printf '%s\n2.36\n' "$newest" | sort -V | tail -n 1)" = 2.36 ]
