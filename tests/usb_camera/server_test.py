@@ -154,6 +154,17 @@ class ServerTest(unittest.TestCase):
         self.assertEqual(server.line(), "camera 1: stream ended")
         self.assertEqual(server.line(), "camera 1: detached")
 
+    def test_a_frame_comes_at_its_time_by_itself(self):
+        server = self.serve()
+        camera = self.take(server, "camera")
+        self.assertEqual(camera.set(0, 2, bytes(34), interface=1), (0, b""))
+        # All payloads of a frame, and the first of the next one, asked for at once.
+        for _ in range(39):
+            camera.submit(2, 16384)
+        answers = [camera.answer() for _ in range(39)]
+        self.assertEqual([answer[0] for answer in answers[37:]], [39, 40])
+        self.assertEqual([answer[2][1] & 3 for answer in answers[36:]], [0, 2, 1])
+
     def test_rom_boot_and_back(self):
         with tempfile.TemporaryDirectory() as folder:
             log = pathlib.Path(folder) / "log"
@@ -225,8 +236,17 @@ class ServerTest(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             state = pathlib.Path(folder) / "state.json"
             server = self.serve(None, ["--state", str(state)])
+            camera = self.take(server, "camera")
+            # Two bytes at address 0x400 of the memory.
+            piece = bytes([0x00, 0x04, 2, 0x5A, 0xA5]).ljust(32, b"\0")
+            self.assertEqual(camera.set(VENDOR, 16, piece), (0, b""))
+            camera.close()
+            self.assertEqual(server.line(), "camera 1: detached")
+            self.assertNotIn("0x000400", state.read_text())
             self.assertEqual(server.end(), (0, [], ""))
-            self.assertEqual(json.loads(state.read_text())["flash"]["size"], 1 << 20)
+            kept = json.loads(state.read_text())
+            self.assertEqual(kept["flash"]["size"], 1 << 20)
+            self.assertEqual(kept["nvmem"]["pages"]["0x000400"][:6], "5aa5ff")
 
     def test_whoever_speaks_something_else_is_cut_off_alone(self):
         server = self.serve()
