@@ -29,8 +29,8 @@ inline constexpr std::uint32_t kTimedOut = 121;
 inline constexpr std::uint32_t kDeviceError = 1117;
 inline constexpr std::uint32_t kNotConnected = 1167;
 
-// The system error that a host gets for what a boot loader answered; 0 when it has answered, were it
-// with the SCSI status of a refusal.
+// The system error that a host gets for what a boot loader answered; 0 when it has answered, were
+// it with the SCSI status of a refusal.
 std::uint32_t SystemErrorOf(const ScsiResult& result);
 
 class Volume {
