@@ -4,14 +4,14 @@ source "$(dirname "$0")/support.sh"
 
 head -c 100 /dev/zero >$work/image.bin
 
-# ---- The README, the help and the tool say the same ----
+# ---- The page, the help and the tool say the same ----
 
 expect 0 'Exit codes:' --help
 tr -d '\r' <$out | sed -n '/^Exit codes:/,$p' >$work/help
 for code in {0..13}; do
   meaning=$(sed -nE "s/^ *$code ([^(]+[^ (]).*/\1/p" $work/help)
-  [ -n "$meaning" ] && grep -qE "^\| $code \| $meaning" README.md ||
-    { echo "exit code $code: the README does not say \"$meaning\""; exit 1; }
+  [ -n "$meaning" ] && grep -qE "^\| $code \| $meaning" docs/zemctl.md ||
+    { echo "exit code $code: docs/zemctl.md does not say \"$meaning\""; exit 1; }
 done
 
 # ---- 8: the camera lacks the unit, which every command that needs it says ----
