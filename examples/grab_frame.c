@@ -30,7 +30,7 @@ struct buffer {
 
 /* As ioctl, but begun again when a signal came first. */
 static int control(int camera, unsigned long request, void* argument) {
-  int result;
+  int result = -1;
   do {
     result = ioctl(camera, request, argument);
   } while (result < 0 && errno == EINTR);
@@ -108,8 +108,13 @@ static int take_frame(int camera, const struct buffer* buffers, uint8_t* frame, 
     if (control(camera, VIDIOC_DQBUF, &buffer) < 0) {
       return -1;
     }
+    const struct buffer* const filled = buffer.index < BUFFERS ? &buffers[buffer.index] : NULL;
+    if (filled == NULL || filled->start == NULL || filled->length < size) {
+      errno = EPROTO;
+      return -1;
+    }
     if ((buffer.flags & V4L2_BUF_FLAG_ERROR) == 0 && buffer.bytesused == size) {
-      memcpy(frame, buffers[buffer.index].start, size);
+      memcpy(frame, filled->start, size);
       return 0;
     }
     if (control(camera, VIDIOC_QBUF, &buffer) < 0) {

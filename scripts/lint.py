@@ -128,8 +128,11 @@ def units_of_builds(pattern):
         for entry in json.loads(commands.read_text(encoding="utf-8")):
             if not entry["file"].endswith((".cpp", ".c", ".cxx")):
                 continue
+            if not pathlib.Path(entry["file"]).exists():
+                continue  # A build makes it, and has not yet.
             unit = Unit(build, entry)
-            inside = [source for source in unit.sources if ROOT in source.parents]
+            inside = [source for source in unit.sources
+                      if ROOT in source.parents and ROOT / "build" not in source.parents]
             if not inside or seen.issuperset(inside) or not any(
                     re.search(pattern, str(source.relative_to(ROOT))) for source in inside):
                 continue
