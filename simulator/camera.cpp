@@ -9,6 +9,7 @@ namespace zem::simulator {
 
 Camera::Disturbance Camera::NextTransfer() {
   ++transfers_;
+  failValue_ = 0;
   Disturbance disturbance;
   for (const Fault& fault : faults_) {
     if (!fault.Hits(transfers_)) {
@@ -17,6 +18,7 @@ Camera::Disturbance Camera::NextTransfer() {
     switch (fault.kind) {
       case Fault::Kind::kFail:
         disturbance.fail = true;
+        failValue_ = fault.value;
         break;
       case Fault::Kind::kRefuse:
         disturbance.refuse = &fault;

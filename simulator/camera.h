@@ -120,6 +120,9 @@ class Camera {
   // Transfers so far, by which faults count.
   std::uint32_t transfers() const { return transfers_; }
 
+  // Of the fault by which the last transfer failed; 0 when it did not, or has none.
+  std::uint32_t failValue() const { return failValue_; }
+
   bool unplugged() const { return unplugged_; }
   void Unplug();
 
@@ -168,6 +171,7 @@ class Camera {
   std::function<void()> replugObserver_;
   KeptMemory loadedMemory_;
   std::uint32_t transfers_ = 0;
+  std::uint32_t failValue_ = 0;
   bool unplugged_ = false;
 };
 

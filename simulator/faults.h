@@ -10,7 +10,8 @@ namespace zem::simulator {
 
 struct Fault {
   enum class Kind {
-    kFail,     // the transfer fails; a boot loader's with the system error `value`, if there is one
+    kFail,     // the transfer fails; a boot loader's with the system error `value`, if there is
+               // one, a USB device's with the reason `value` for its stall
     kRefuse,   // a read answers with `value` in byte 0; a boot loader refuses the
                // command, with the SCSI status `value` if there is one
     kShort,    // a read moves no more than `value` bytes

@@ -24,6 +24,7 @@ enum class StallReason : std::uint8_t {
   kNone = 0,
   kNotReady = 1,
   kWrongState = 2,
+  kLowPower = 3,
   kOutOfRange = 4,
   kInvalidUnit = 5,
   kInvalidControl = 6,

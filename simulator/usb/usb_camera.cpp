@@ -115,6 +115,9 @@ Answer UsbCamera::Video(const SetupPacket& setup, std::span<const std::uint8_t> 
   } else if (entity >= kFirstExtensionId && entity < kFirstExtensionId + units_.size()) {
     answer = RequestUnit(entity - kFirstExtensionId, request);
   }
+  if (answer.kind == Answer::Kind::kStalled && answer.reason == StallReason::kNone) {
+    answer.reason = static_cast<StallReason>(camera_->failValue());
+  }
   lastReason_ = answer.reason;
   return answer;
 }

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <string>
+#include <utility>
 
 #include "include/ZemUVCExtApi.h"
 #include "tests/kernel/plugged_camera.h"
@@ -11,12 +12,16 @@
 
 namespace {
 
+using zem::testing::kBusyResult;
 using zem::testing::kDeviceErrorResult;
 using zem::testing::kGeneralFailureResult;
 using zem::testing::kInvalidFunctionResult;
+using zem::testing::kInvalidParameterResult;
+using zem::testing::kInvalidStateResult;
 using zem::testing::kMoreDataResult;
 using zem::testing::kNotConnectedResult;
 using zem::testing::kNotFoundResult;
+using zem::testing::kNotReadyResult;
 using zem::testing::kTimeoutResult;
 using zem::testing::Lines;
 using zem::testing::OpenedCamera;
@@ -79,6 +84,26 @@ TEST(Errors, OfControls) {
       << "EBADRQC";
   const GUID absent = ZEM_TIRELLA_XU;
   EXPECT_EQ(ZEMAPI_UvcExtGet(camera, &absent, 2, data.data(), 1, &count), kNotFoundResult);
+}
+
+// Each reason that the video class has for a stall, and one that it has not.
+TEST(Errors, OfTheReasonsForAStall) {
+  const PluggedCamera plugged(R"({"cameras": [{"faults": ["fail@1=1", "fail@2=2", "fail@3=3",
+      "fail@4=4", "fail@5=5", "fail@6=6", "fail@7=7", "fail@8=8", "fail@9=9"]}]})");
+  const OpenedCamera camera;
+  const std::pair<const char*, ZemResult> kExpected[] = {
+      {"EBUSY", kBusyResult},           {"EILSEQ", kInvalidStateResult},
+      {"EREMOTE", kNotReadyResult},     {"ERANGE", kInvalidParameterResult},
+      {"EIO", kDeviceErrorResult},      {"EIO", kDeviceErrorResult},
+      {"EIO", kDeviceErrorResult},      {"EINVAL", kInvalidParameterResult},
+      {"EPIPE", kGeneralFailureResult},
+  };
+  for (const auto& [name, expected] : kExpected) {
+    Bytes data(8);
+    ZemULong count = 7;
+    EXPECT_EQ(ZEMAPI_ZemExtGet(camera, 2, data.data(), 8, &count), expected) << name;
+    EXPECT_EQ(count, 0U);
+  }
 }
 
 TEST(Errors, OfACameraThatIsUnplugged) {

@@ -163,6 +163,18 @@ TEST_F(UsbCameraTest, FaultsOnTheWire) {
   EXPECT_TRUE(device().isGone());
 }
 
+TEST_F(UsbCameraTest, AFaultsReasonIsThatOfItsStallAlone) {
+  camera().AddFault({Fault::Kind::kFail, 1, 1, 2});
+  camera().AddFault({Fault::Kind::kFail, 2, 1, 8});
+  EXPECT_EQ(Get(0x81, 2, kVendor, 8), "stall 2");
+  EXPECT_EQ(Reason(), "02");
+  EXPECT_EQ(Get(0x81, 2, kProcessing, 2), "stall 8");
+  EXPECT_EQ(Reason(), "08");
+  EXPECT_EQ(Get(0x81, 12, kVendor, 8), "stall 6");
+  EXPECT_EQ(Get(0x81, 2, kVendor, 8).size(), 8U * 3 - 1);
+  EXPECT_EQ(Reason(), "00");
+}
+
 TEST_F(UsbCameraTest, BrightnessInAllRequests) {
   EXPECT_EQ(Get(0x85, 2, kProcessing, 2), "02 00");
   EXPECT_EQ(Get(0x86, 2, kProcessing, 1), "03");
