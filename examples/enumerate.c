@@ -3,8 +3,8 @@
  * there is none. (C++ has zemuvc::ListCameras(), which also lists cameras with other ids.) */
 #include <stdio.h>
 
-#include "include/ZemUVCExtApi.h"
-#include "include/ZemUVCResults.h"
+#include "ZemUVCExtApi.h"
+#include "ZemUVCResults.h"
 
 static void PrintBytes(const char* what, ZemResult result, const unsigned char* bytes,
                        size_t count) {

@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <wchar.h>
 
-#include "include/ZemUVCExtApi.h"
+#include "ZemUVCExtApi.h"
 
 #define BUFFERS 4
 #define FRAME_TIMEOUT_MS 10000

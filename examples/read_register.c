@@ -1,7 +1,7 @@
 /* Opens the first default camera and reads one processor register. Plain C against the DLL. */
 #include <stdio.h>
 
-#include "include/ZemUVCExtApi.h"
+#include "ZemUVCExtApi.h"
 
 int main(void) {
   void* camera = NULL;

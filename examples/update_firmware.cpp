@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "include/ZemUVC.hpp"
+#include "ZemUVC.hpp"
 
 namespace {
 

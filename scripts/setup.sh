@@ -45,6 +45,9 @@ kernel_packages=(busybox-static libacl1 libblkid1 libcap2 libkmod2 libselinux1 q
 # What the documentation's site needs.
 docs_packages=(doxygen python3 python3-markdown)
 
+# What the packages are made with, beside both builds and the site.
+package_packages=(dpkg-dev llvm zip)
+
 # A Wine folder of the project's own, quiet and without windows on the screen.
 export WINEPREFIX=$zem_root/build/wine
 export WINEDEBUG=-all

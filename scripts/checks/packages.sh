@@ -1,0 +1,141 @@
+#!/usr/bin/env bash
+# packages.sh contents|again|windows|debian: what is in the packages of build/packages, that they are made
+# the same again, and that programs can be built with them and run.
+source "$(dirname "$0")/../setup.sh"
+# A package is moved to wherever its user likes.
+work="$zem_root/build/package-tests/$1 of a user"
+packages=$zem_root/build/packages
+version=$(sed -n 's/^#define ZEM_VERSION_\(MAJOR\|MINOR\|PATCH\) //p' include/ZemUVCExtApi.h | paste -sd.)
+zip=ZemUVCExtApi-$version-windows-x64
+as_root rm -rf "$work"
+mkdir -p "$work"
+
+fail() {
+  echo "$*" >&2
+  exit 1
+}
+
+# same_list NAME: what is read is what packaging/NAME.list says. The version does not count.
+same_list() {
+  sed "s/$version/VERSION/g" >"$work/$1.list"
+  diff "packaging/$1.list" "$work/$1.list" ||
+    fail "$1 has other files; if that is meant: cp '$work/$1.list' packaging/"
+}
+
+contents() {
+  local package file
+  unzip -q "$packages/$zip.zip" -d "$work"
+  (cd "$packages" && sha256sum --quiet --strict -c SHA256SUMS)
+  [ "$(wc -l <"$packages/SHA256SUMS")" -eq 4 ]
+  (cd "$work/$zip" && sha256sum --quiet --strict -c SHA256SUMS)
+  # All but itself.
+  diff <(cd "$work/$zip" && find . -type f ! -path ./SHA256SUMS -printf '%P\n' | sort) \
+    <(cut -c 67- "$work/$zip/SHA256SUMS")
+  zipinfo -1 "$packages/$zip.zip" | same_list windows
+  # The DLL of the package is the one that the tests run with.
+  cmp build/windows/ZemUVCExtApi.dll "$work/$zip/bin/ZemUVCExtApi.dll"
+  for package in libzemuvcextapi1 libzemuvcextapi-dev zemuvc-tools; do
+    file=$packages/${package}_${version}_amd64.deb
+    # Mode and owner of each file, and where a link leads.
+    dpkg-deb -c "$file" | awk '{ $3 = $4 = $5 = ""; print }' | tr -s ' ' | same_list "$package"
+    dpkg-deb -R "$file" "$work/$package"
+    (cd "$work/$package" && md5sum --quiet --strict -c DEBIAN/md5sums)
+    [ "$(dpkg-deb -f "$file" Version)" = "$version" ]
+  done
+  [ "$(dpkg-deb -f "$packages/libzemuvcextapi1_${version}_amd64.deb" Depends)" = "libc6 (>= 2.35)" ]
+  ! grep -rlF "$zem_root" "$work" || fail "these name the folder that they were built in"
+}
+
+again() {
+  # By somebody whose settings differ.
+  umask 077
+  TZ=Asia/Tokyo scripts/package.sh "$work/packages"
+  diff -r "$packages" "$work/packages"
+}
+
+# expect_consumers FOLDER RUN...: each consumer prints what it read, whichever way it was built.
+expect_consumers() {
+  local folder=$1
+  shift
+  [ "$("$@" "$folder/c_consumer$suffix" | tr -d '\r')" = "C $version 0x00000000 0xABCD" ] || fail "$folder: C"
+  [ "$("$@" "$folder/cpp_consumer$suffix" | tr -d '\r')" = "C++ $version 0xABCD" ] || fail "$folder: C++"
+}
+
+# with_pkg_config FLAG...: the consumers without CMake.
+with_pkg_config() {
+  local flags
+  mkdir -p "$work/with-pkg-config"
+  flags=$(pkg-config --cflags --libs zemsimulator)
+  [ "$(pkg-config --modversion zemuvcextapi)" = "$version" ]
+  eval "\"\$CC\" \"\$@\" tests/packages/consumer.c -o \"\$work/with-pkg-config/c_consumer$suffix\" $flags"
+  eval "\"\$CXX\" \"\$@\" -std=c++17 tests/packages/consumer.cpp -o \"\$work/with-pkg-config/cpp_consumer$suffix\" $flags"
+}
+
+windows() {
+  suffix=.exe
+  unzip -q "$packages/$zip.zip" -d "$work"
+  local package=$work/$zip library read_simulated
+  local compiler=x86_64-w64-mingw32
+  local toolchain=(-G Ninja -D CMAKE_SYSTEM_NAME=Windows -D CMAKE_EXE_LINKER_FLAGS=-static
+    -D CMAKE_C_COMPILER=$compiler-gcc-win32 -D CMAKE_CXX_COMPILER=$compiler-g++-win32)
+
+  cmake "${toolchain[@]}" -S tests/packages -B "$work/with-cmake" -D "ZemUVCExtApi_DIR=$package/lib/cmake/ZemUVCExtApi"
+  cmake --build "$work/with-cmake" -j 1
+  expect_consumers "$work/with-cmake" wine
+
+  CC=$compiler-gcc-win32 CXX=$compiler-g++-win32 \
+    PKG_CONFIG_LIBDIR=$package/lib/pkgconfig with_pkg_config -static
+  cp "$package"/bin/*.dll "$work/with-pkg-config/"
+  expect_consumers "$work/with-pkg-config" wine
+
+  # The examples build where they lie. Without a camera:
+  cmake "${toolchain[@]}" -S "$package/examples" -B "$work/examples"
+  cmake --build "$work/examples" -j 1
+  [ "$(wine "$work/examples/update_firmware.exe" | tr -d '\r')" = "usage: update_firmware 516x|517x IMAGE" ]
+
+  [ "$(wine "$package/bin/zemctl.exe" --version | tr -d '\r')" = "zemctl $version" ]
+  read_simulated=$(wine "$package/bin/zemctl.exe" --simulator reg get isp 0)
+  grep -qF 'value:   0x5170' <<<"$read_simulated"
+
+  cmake -S tests/packages/microsoft -B "$work/microsoft" -D CMAKE_SYSTEM_NAME=Windows \
+    -D "ZemUVCExtApi_DIR=$package/lib/cmake/ZemUVCExtApi"
+  diff <(printf '%s\n' "$package"/lib/{ZemUVCExtApi,ZemSimulator}.lib) "$work/microsoft/import_libraries"
+  scripts/checks/microsoft_abi_caller.sh "$package" "$work/microsoft_abi"
+
+  # The Python module brings its libraries along.
+  /usr/bin/python3 -m pip wheel -q --no-index --no-build-isolation --no-deps -w "$work" "$package/python"
+  unzip -q "$work/zemuvc-$version-py3-none-any.whl" -d "$work/wheel"
+  for library in ZemUVCExtApi.dll ZemSimulator.dll; do
+    cmp "$package/bin/$library" "$work/wheel/zemuvc/$library"
+  done
+}
+
+debian() {
+  suffix=
+  local root=$work/root usr=$work/root/usr libraries read_simulated
+  # A system with nothing but what the packages say that they need.
+  mkdir -p "$root/var/lib/dpkg/"{info,updates,triggers}
+  dpkg-query --status libc6 | sed '/^\(Depends\|Pre-Depends\|Conffiles\):/d; /^ \//d' >"$root/var/lib/dpkg/status"
+  as_root dpkg --root="$root" --no-triggers --force-script-chrootless --install "$packages"/*.deb
+  as_root dpkg --root="$root" --verify
+  libraries=$usr/lib/$(gcc -print-multiarch)
+
+  cmake -G Ninja -S tests/packages -B "$work/with-cmake" -D "CMAKE_PREFIX_PATH=$usr"
+  cmake --build "$work/with-cmake" -j 1
+  expect_consumers "$work/with-cmake"
+  CC=gcc CXX=g++ PKG_CONFIG_LIBDIR=$libraries/pkgconfig with_pkg_config
+  expect_consumers "$work/with-pkg-config" env "LD_LIBRARY_PATH=$libraries"
+
+  cmake -G Ninja -S "$usr/share/doc/libzemuvcextapi-dev/examples" -B "$work/examples" -D "CMAKE_PREFIX_PATH=$usr"
+  cmake --build "$work/examples" -j 1
+  [ "$("$work/examples/update_firmware")" = "usage: update_firmware 516x|517x IMAGE" ]
+
+  [ "$("$usr/bin/zemctl" --version)" = "zemctl $version" ]
+  read_simulated=$("$usr/bin/zemctl" --simulator reg get isp 0)
+  grep -qF 'value:   0x5170' <<<"$read_simulated"
+  [ "$("$usr/bin/zem-usb-camera" --version)" = "$version" ]
+  bash -c 'source "$1" && complete -p zemctl' - "$usr/share/bash-completion/completions/zemctl"
+  cmp packaging/60-zem-cameras.rules "$usr/lib/udev/rules.d/60-zem-cameras.rules"
+}
+
+"$1"

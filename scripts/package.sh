@@ -1,0 +1,128 @@
+#!/usr/bin/env bash
+# package.sh [FOLDER]: makes the packages, in build/packages or FOLDER: a zip for Windows, Debian packages
+# for this system, and the check sums of them all. The same commit gives the same bytes.
+#
+# Not by CPack, which gives the files in an archive the times at which they were built, and their owners
+# of this machine.
+source "$(dirname "$0")/setup.sh"
+
+out=$(realpath -m "${1:-build/packages}")
+work=$zem_root/build/packaging
+export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)} TZ=UTC
+umask 022
+version=$(sed -n 's/^#define ZEM_VERSION_\(MAJOR\|MINOR\|PATCH\) //p' include/ZemUVCExtApi.h | paste -sd.)
+mkdir -p "$out"
+rm -rf "$work" "$out"/*.{zip,deb}
+mkdir "$work"
+
+# same_times FOLDER: every file in it has the commit's time.
+same_times() { find "$1" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +; }
+
+# licences FOLDER PACKAGE...: the licences of Debian packages of which something is in our programs.
+licences() {
+  local folder=$1 package
+  shift
+  mkdir -p "$folder"
+  for package in "$@"; do
+    cp "/usr/share/doc/$package/copyright" "$folder/$package.txt"
+  done
+}
+
+windows_zip() {
+  local name=ZemUVCExtApi-$version-windows-x64
+  local stage=$work/$name
+  cmake --install build/windows --prefix "$stage"
+  cp -r build/docs "$stage/doc"
+  cp LICENSE CHANGELOG.md "$stage/"
+  licences "$stage/third-party" libcli11-dev nlohmann-json3-dev mingw-w64-common
+  (cd "$stage" && find . -type f -printf '%P\n' | sort | xargs -d '\n' sha256sum) >"$work/SHA256SUMS"
+  mv "$work/SHA256SUMS" "$stage/"
+  same_times "$stage"
+  (cd "$work" && find "$name" | sort | zip -X -q -9 -@ "$name.zip")
+  mv "$stage.zip" "$out/"
+}
+
+# needs FILE...: the packages of Debian that a package with these files needs. That of the library, which
+# others need in exactly their own version, is not among them.
+needs() {
+  # It runs only where sources of a package are, or what looks like them.
+  (cd "$work" && dpkg-shlibdeps -O -xlibzemuvcextapi1 -S"$work/libzemuvcextapi1" "$@") |
+    sed 's/^shlibs:Depends=//'
+}
+
+# debian_stage PACKAGE COMPONENT: the files that this package is to have.
+debian_stage() {
+  local stage=$work/$1
+  cmake --install build/linux --prefix "$stage/usr" --component "$2" --strip
+  mkdir -p "$stage/DEBIAN" "$stage/usr/share/doc/$1"
+  cp LICENSE "$stage/usr/share/doc/$1/copyright"
+  gzip -9n <CHANGELOG.md >"$stage/usr/share/doc/$1/changelog.gz"
+}
+
+# debian_package PACKAGE SECTION DEPENDS SUMMARY DESCRIPTION [FIELD...]
+debian_package() {
+  local name=$1 stage=$work/$1 section=$2 depends=$3 summary=$4 description=$5
+  shift 5
+  (cd "$stage" && find usr -type f | sort | xargs -d '\n' md5sum) >"$stage/DEBIAN/md5sums"
+  {
+    echo "Package: $name"
+    echo "Source: zemuvcextapi"
+    echo "Version: $version"
+    echo "Architecture: amd64"
+    echo "Maintainer: the ZemUVCExtApi authors <zemuvcextapi@localhost>"
+    echo "Installed-Size: $(find "$stage/usr" -type f -printf '%s\n' |
+      awk '{ size += int(($1 + 1023) / 1024) } END { print size }')"
+    echo "Depends: $depends"
+    [ $# -eq 0 ] || printf '%s\n' "$@"
+    echo "Section: $section"
+    echo "Priority: optional"
+    echo "Description: $summary"
+    fold -s -w 78 <<<"$description" | sed 's/^/ /; s/ *$//'
+  } >"$stage/DEBIAN/control"
+  same_times "$stage"
+  # One thread: several cut the data otherwise.
+  dpkg-deb --root-owner-group -Zxz --threads-max=1 --build "$stage" "$out/${name}_${version}_amd64.deb"
+}
+
+debian_packages() {
+  local same="libzemuvcextapi1 (= $version)" depends
+  mkdir -p "$work/debian"
+  printf 'Source: zemuvcextapi\n\nPackage: zemuvcextapi\nArchitecture: any\n' >"$work/debian/control"
+
+  debian_stage libzemuvcextapi1 library
+  echo "libZemUVCExtApi 1 libzemuvcextapi1 (>= $version)" >"$work/libzemuvcextapi1/DEBIAN/shlibs"
+  echo "activate-noawait ldconfig" >"$work/libzemuvcextapi1/DEBIAN/triggers"
+  depends=$(needs "$work"/libzemuvcextapi1/usr/lib/*/*.so.*)
+  debian_package libzemuvcextapi1 libs "$depends" \
+    "control of USB video-class cameras through UVC extension units" \
+    "Finds and opens cameras built on the vendor's camera processors, reads and sets what they hold, updates their firmware, and recovers them through their ROM boot loader. This is the shared library." \
+    "Multi-Arch: same"
+
+  debian_stage libzemuvcextapi-dev development
+  licences "$work/libzemuvcextapi-dev/usr/share/doc/libzemuvcextapi-dev/third-party" nlohmann-json3-dev
+  depends=$(needs "$work"/libzemuvcextapi-dev/usr/lib/*/libZemSimulator.so)
+  debian_package libzemuvcextapi-dev libdevel "$same, $depends" \
+    "control of USB video-class cameras: development files" \
+    "Headers for C and C++, files for CMake and pkg-config, examples, and a library that simulates cameras for the tests of programs."
+
+  debian_stage zemuvc-tools tools
+  licences "$work/zemuvc-tools/usr/share/doc/zemuvc-tools/third-party" libcli11-dev nlohmann-json3-dev
+  cp -r build/docs "$work/zemuvc-tools/usr/share/doc/zemuvc-tools/html"
+  depends=$(needs "$work"/zemuvc-tools/usr/bin/*)
+  debian_package zemuvc-tools utils "$same, $depends" \
+    "control of USB video-class cameras: command line" \
+    "The command line zemctl with its completion, the server of simulated USB cameras zem-usb-camera, rules for udev that open the cameras to who may use them, and the documentation."
+}
+
+step "packages" install_missing "${windows_packages[@]}" "${linux_packages[@]}" "${docs_packages[@]}" \
+  "${package_packages[@]}"
+for preset in windows linux; do
+  step "configure $preset for packages" cmake --preset $preset
+done
+step "build for Windows" cmake --build --preset windows --target zemctl microsoft_import_libraries
+step "build for Linux" cmake --build --preset linux --target zemctl_completion ZemSimulator zem-usb-camera
+step "documentation" scripts/docs.sh
+step "zip for Windows" windows_zip
+step "Debian packages" debian_packages
+(cd "$out" && sha256sum -- *.zip *.deb >SHA256SUMS)
+ls -1sh "$out"
