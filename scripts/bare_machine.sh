@@ -3,6 +3,8 @@
 # a machine has been used before fails here. Needs root, debootstrap and some gigabytes; takes its time.
 #
 #   bare_machine.sh [--keep] [COMMAND...]    commands other than ./run.sh and ./test.sh
+#   bare_machine.sh [--keep] --packages      Debian's packages of build/packages: installs them, builds and
+#                                            runs programs with them, and removes them
 #
 # The clone is of what is committed. The root goes to $ZEM_BARE_ROOT, else to a temporary folder that is
 # removed at the end unless --keep is given.
@@ -13,6 +15,16 @@ keep=false
 if [ "${1:-}" = --keep ]; then
   keep=true
   shift
+fi
+packages=false
+if [ "${1:-}" = --packages ]; then
+  packages=true
+  shift
+  ls build/packages/*.deb >/dev/null
+  set -- "apt-get update -qq && apt-get install -y -qq --no-install-recommends cmake g++ ninja-build pkgconf" \
+    "apt-get install -y -qq --no-install-recommends ./build/packages/*.deb" \
+    "scripts/checks/packages.sh installed" \
+    "apt-get remove -y -qq libzemuvcextapi1 && ! ls /usr/bin/zem* /usr/lib/*/libZem* /usr/include/Zem* 2>/dev/null"
 fi
 commands=("$@")
 [ ${#commands[@]} -gt 0 ] || commands=(./run.sh ./test.sh)
@@ -43,6 +55,10 @@ cp /etc/resolv.conf "$root/etc/resolv.conf"
 # How this machine reaches its packages, if it says so.
 cp -r /etc/apt/apt.conf.d/. "$root/etc/apt/apt.conf.d/" 2>/dev/null || true
 git clone -q . "$root/project"
+if [ "$packages" = true ]; then
+  mkdir -p "$root/project/build"
+  cp -r build/packages "$root/project/build/"
+fi
 
 status=0
 for command in "${commands[@]}"; do

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# packages.sh contents|again|windows|debian: what is in the packages of build/packages, that they are made
+# packages.sh contents|again|windows|debian|installed: what is in the packages of build/packages, that they are made
 # the same again, and that programs can be built with them and run.
 source "$(dirname "$0")/../setup.sh"
 # A package is moved to wherever its user likes.
@@ -111,25 +111,34 @@ windows() {
 }
 
 debian() {
-  suffix=
-  local root=$work/root usr=$work/root/usr libraries read_simulated
+  local root=$work/root
   # A system with nothing but what the packages say that they need.
   mkdir -p "$root/var/lib/dpkg/"{info,updates,triggers}
   dpkg-query --status libc6 | sed '/^\(Depends\|Pre-Depends\|Conffiles\):/d; /^ \//d' >"$root/var/lib/dpkg/status"
   as_root dpkg --root="$root" --no-triggers --force-script-chrootless --install "$packages"/*.deb
   as_root dpkg --root="$root" --verify
-  libraries=$usr/lib/$(gcc -print-multiarch)
+  PKG_CONFIG_LIBDIR=$root/usr/lib/$(gcc -print-multiarch)/pkgconfig \
+    LD_LIBRARY_PATH=$root/usr/lib/$(gcc -print-multiarch) programs_of "$root/usr"
+}
 
+# On a machine that has them, see scripts/bare_machine.sh.
+installed() { programs_of /usr; }
+
+# programs_of USR: what others build with Debian's packages, and what these bring.
+programs_of() {
+  local usr=$1 read_simulated
+  suffix=
   cmake -G Ninja -S tests/packages -B "$work/with-cmake" -D "CMAKE_PREFIX_PATH=$usr"
   cmake --build "$work/with-cmake" -j 1
-  expect_consumers "$work/with-cmake"
-  CC=gcc CXX=g++ PKG_CONFIG_LIBDIR=$libraries/pkgconfig with_pkg_config
-  expect_consumers "$work/with-pkg-config" env "LD_LIBRARY_PATH=$libraries"
+  expect_consumers "$work/with-cmake" env -u LD_LIBRARY_PATH
+  CC=gcc CXX=g++ with_pkg_config
+  expect_consumers "$work/with-pkg-config"
 
   cmake -G Ninja -S "$usr/share/doc/libzemuvcextapi-dev/examples" -B "$work/examples" -D "CMAKE_PREFIX_PATH=$usr"
   cmake --build "$work/examples" -j 1
   [ "$("$work/examples/update_firmware")" = "usage: update_firmware 516x|517x IMAGE" ]
 
+  unset LD_LIBRARY_PATH
   [ "$("$usr/bin/zemctl" --version)" = "zemctl $version" ]
   read_simulated=$("$usr/bin/zemctl" --simulator reg get isp 0)
   grep -qF 'value:   0x5170' <<<"$read_simulated"

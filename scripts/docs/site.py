@@ -16,6 +16,7 @@ import reference
 MENU = [
     ("Begin", [
         ("README.md", "ZemUVCExtApi"),
+        ("docs/packages.md", "Packages"),
         ("docs/start-on-windows.md", "On Windows"),
         ("docs/start-under-wine.md", "Under Wine"),
         ("docs/start-on-linux.md", "On Linux"),
