@@ -24,7 +24,7 @@ if [ "${1:-}" = --packages ]; then
   set -- "apt-get update -qq && apt-get install -y -qq --no-install-recommends cmake g++ ninja-build pkgconf" \
     "apt-get install -y -qq --no-install-recommends ./build/packages/*.deb" \
     "scripts/checks/packages.sh installed" \
-    "apt-get remove -y -qq libzemuvcextapi1 && ! ls /usr/bin/zem* /usr/lib/*/libZem* /usr/include/Zem* 2>/dev/null"
+    "apt-get remove -y -qq libzemuvcextapi1 && [ -z \"\$(find /usr -iname '*zem*' -print -quit)\" ]"
 fi
 commands=("$@")
 [ ${#commands[@]} -gt 0 ] || commands=(./run.sh ./test.sh)

@@ -2,8 +2,7 @@
 # package.sh [FOLDER]: makes the packages, in build/packages or FOLDER: a zip for Windows, Debian packages
 # for this system, and the check sums of them all. The same commit gives the same bytes.
 #
-# Not by CPack, which gives the files in an archive the times at which they were built, and their owners
-# of this machine.
+# Not by CPack: its zip has the files in the order in which the file system happens to list them.
 source "$(dirname "$0")/setup.sh"
 
 out=$(realpath -m "${1:-build/packages}")
