@@ -21,7 +21,7 @@ if [ "${1:-}" = --packages ]; then
   packages=true
   shift
   ls build/packages/*.deb >/dev/null
-  set -- "apt-get update -qq && apt-get install -y -qq --no-install-recommends cmake g++ ninja-build pkgconf" \
+  set -- "apt-get update -qq && apt-get install -y -qq --no-install-recommends cmake g++ ninja-build pkgconf python3" \
     "apt-get install -y -qq --no-install-recommends ./build/packages/*.deb" \
     "scripts/checks/packages.sh installed" \
     "apt-get remove -y -qq libzemuvcextapi1 && [ -z \"\$(find /usr -iname '*zem*' -print -quit)\" ]"

@@ -36,13 +36,16 @@ contents() {
   cmp build/windows/ZemUVCExtApi.dll "$work/$zip/bin/ZemUVCExtApi.dll"
   for package in libzemuvcextapi1 libzemuvcextapi-dev zemuvc-tools; do
     file=$packages/${package}_${version}_amd64.deb
-    # Mode and owner of each file, and where a link leads.
-    dpkg-deb -c "$file" | awk '{ $3 = $4 = $5 = ""; print }' | tr -s ' ' | same_list "$package"
     dpkg-deb -R "$file" "$work/$package"
+    # What it needs and says to others; mode and owner of each file, and where a link leads.
+    {
+      dpkg-deb -f "$file" Architecture Depends Multi-Arch
+      (cd "$work/$package/DEBIAN" && grep -Hs . shlibs triggers || true)
+      dpkg-deb -c "$file" | awk '{ $3 = $4 = $5 = ""; print }' | tr -s ' '
+    } | same_list "$package"
     (cd "$work/$package" && md5sum --quiet --strict -c DEBIAN/md5sums)
     [ "$(dpkg-deb -f "$file" Version)" = "$version" ]
   done
-  [ "$(dpkg-deb -f "$packages/libzemuvcextapi1_${version}_amd64.deb" Depends)" = "libc6 (>= 2.35)" ]
   ! grep -rlF "$zem_root" "$work" || fail "these name the folder that they were built in"
 }
 
@@ -119,6 +122,9 @@ debian() {
   as_root dpkg --root="$root" --verify
   PKG_CONFIG_LIBDIR=$root/usr/lib/$(gcc -print-multiarch)/pkgconfig \
     LD_LIBRARY_PATH=$root/usr/lib/$(gcc -print-multiarch) programs_of "$root/usr"
+  # Without packages: the tool finds its library there.
+  cmake --install build/linux --prefix "$work/local" >/dev/null
+  [ "$("$work/local/bin/zemctl" --version)" = "zemctl $version" ]
 }
 
 # On a machine that has them, see scripts/bare_machine.sh.
@@ -137,6 +143,8 @@ programs_of() {
   cmake -G Ninja -S "$usr/share/doc/libzemuvcextapi-dev/examples" -B "$work/examples" -D "CMAKE_PREFIX_PATH=$usr"
   cmake --build "$work/examples" -j 1
   [ "$("$work/examples/update_firmware")" = "usage: update_firmware 516x|517x IMAGE" ]
+
+  [ "$(ZEM_LIBRARY='' PYTHONPATH=python /usr/bin/python3 -B tests/packages/consumer.py)" = "Python $version 0xabcd" ]
 
   unset LD_LIBRARY_PATH
   [ "$("$usr/bin/zemctl" --version)" = "zemctl $version" ]
