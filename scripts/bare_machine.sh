@@ -24,7 +24,7 @@ if [ "${1:-}" = --packages ]; then
   set -- "apt-get update -qq && apt-get install -y -qq --no-install-recommends cmake g++ ninja-build pkgconf python3" \
     "apt-get install -y -qq --no-install-recommends ./build/packages/*.deb" \
     "scripts/checks/packages.sh installed" \
-    "apt-get remove -y -qq libzemuvcextapi1 && [ -z \"\$(find /usr -iname '*zem*' -print -quit)\" ]"
+    "apt-get remove -y -qq libzemuvcextapi1 && [ -z \"\$(find /usr -iname '*zemuvc*' -o -iname '*zemctl*' -o -iname '*zemsim*' | tee /dev/stderr)\" ]"
 fi
 commands=("$@")
 [ ${#commands[@]} -gt 0 ] || commands=(./run.sh ./test.sh)
