@@ -113,6 +113,12 @@ debian_packages() {
     "The command line zemctl with its completion, the server of simulated USB cameras zem-usb-camera, rules for udev that open the cameras to who may use them, and the documentation."
 }
 
+# strictly FUNCTION: in a shell of its own, which ends at the first command that fails; where a function's
+# own status is asked for, as step does, bash would go on.
+strictly() {
+  bash -euo pipefail -c "$(declare -f); $(declare -p out work version zem_root); $1"
+}
+
 step "packages" install_missing "${windows_packages[@]}" "${linux_packages[@]}" "${docs_packages[@]}" \
   "${package_packages[@]}"
 for preset in windows linux; do
@@ -121,7 +127,7 @@ done
 step "build for Windows" cmake --build --preset windows --target zemctl microsoft_import_libraries
 step "build for Linux" cmake --build --preset linux --target zemctl_completion ZemSimulator zem-usb-camera
 step "documentation" scripts/docs.sh
-step "zip for Windows" windows_zip
-step "Debian packages" debian_packages
+step "zip for Windows" strictly windows_zip
+step "Debian packages" strictly debian_packages
 (cd "$out" && sha256sum -- *.zip *.deb >SHA256SUMS)
 ls -1sh "$out"
