@@ -54,6 +54,7 @@ class DeviceTest : public ::testing::Test {
 
   platform::simulated::System& system() { return platform::simulated::TheSystem(); }
   simulator::Camera& camera() { return *camera_; }
+  const std::shared_ptr<simulator::Camera>& sharedCamera() const { return camera_; }
   ScriptedUnit& vendor() { return *vendor_; }
 
   // Adds a further scripted unit to the camera.
