@@ -82,6 +82,7 @@ class HealthyOperationTest : public DeviceTest, public ::testing::WithParamInter
     using zem::simulator::ControlFamily;
     camera().AddControls(ControlFamily::kVideoProcessing,
                          DefaultControls(ControlFamily::kVideoProcessing));
+    camera().AddProcessingNode();
     camera().AddControls(ControlFamily::kCameraTerminal,
                          DefaultControls(ControlFamily::kCameraTerminal));
     ListNothing();
