@@ -22,7 +22,7 @@ step "configure fuzz" cmake --preset fuzz
 step "build the fuzzers" cmake --build --preset fuzz --target "${names[@]/%/_fuzzer}"
 
 seconds=$(awk -v hours="$hours" -v names=${#names[@]} \
-  'BEGIN { seconds = int(hours * 3600 / names); print seconds > 0 ? seconds : 1 }')
+  'BEGIN { seconds = int(hours * 3600 / names); print (seconds > 0 ? seconds : 1) }')
 jobs=$((($(nproc) + 1) / 2))
 status=0
 table=()

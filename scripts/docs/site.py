@@ -40,6 +40,7 @@ MENU = [
         ("docs/performance.md", "Performance"),
         ("docs/mutation.md", "Which faults the tests notice"),
         ("docs/coverage.md", "What the tests run through"),
+        ("docs/fuzzing.md", "Fuzzing"),
     ]),
     ("Work on it", [
         ("docs/architecture.md", "The house"),
