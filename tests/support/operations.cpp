@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <cstdlib>
 
 #include "device/extension_units.h"
 
@@ -430,11 +430,9 @@ constexpr auto kOperations = std::to_array<Operation>({
        return result;
      }},
     {"ZEMAPI_WriteTableEx", Ground::kDevice, {kTableMemory / 29 + 1}, [](Call& c) {
-       std::uint8_t* table = nullptr;
-       if (c.Any<std::uint8_t>(1) % 2 == 0) {
-         table = c.BytesAlways(kTableMemory);
-       } else {
-         table = c.BytesAlways(kTableMemory);
+       std::uint8_t* const table = c.BytesAlways(kTableMemory);
+       if (c.Any<std::uint8_t>(0, 1) == 0) {
+         // Table 1 has four bytes.
          const std::array<std::uint8_t, 12> image = {0xEE, 0, 12, 0, 0, 1, 8, 0, 1, 2, 3, 4};
          std::copy(image.begin(), image.end(), table);
        }
@@ -572,8 +570,7 @@ constexpr auto kOperations = std::to_array<Operation>({
        return ZEMROMAPI_ReadRegister(c.Session(), c.Any<unsigned>(), c.Out<unsigned char>());
      }},
     {"ZEMROMAPI_ScsiCommand", Ground::kSession, {kScsi}, [](Call& c) {
-       // Reads storage.
-       const unsigned length = c.Length(512, 65536 + 512);
+       const unsigned length = c.Length(512, 65536);
        std::uint8_t* const cdb = c.Bytes(16);
        std::uint8_t* const data = c.Bytes(length);
        return ZEMROMAPI_ScsiCommand(c.Session(), c.Any<int>(1, 1), length, cdb, data);
@@ -750,16 +747,30 @@ const wchar_t* Call::File(const FileBytes& usual) {
   }
   const int file = memfd_create("operation", 0);
   files_.push_back(file);
-  static_cast<void>(!write(file, bytes.data(), bytes.size()));
-  return Text(L"/proc/self/fd/" + std::to_wstring(file));
+  if (write(file, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+    std::abort();  // no memory for a file: nothing that a run could be about
+  }
+  return choices_.LeftOut() ? nullptr : Keep(L"/proc/self/fd/" + std::to_wstring(file));
 }
 
 const wchar_t* Call::Text(const std::wstring& usual) {
   if (choices_.LeftOut()) {
     return nullptr;
   }
-  texts_.push_back(std::make_unique<wchar_t[]>(usual.size() + 1));
-  std::copy(usual.begin(), usual.end(), texts_.back().get());
+  if (Any<std::uint8_t>(0, 7) != 7) {
+    return Keep(usual);
+  }
+  constexpr std::size_t kMostText = 300;
+  std::wstring text(Any<std::size_t>(0, kMostText), L'x');
+  for (std::size_t index = 0; index < std::min<std::size_t>(text.size(), 8); ++index) {
+    text[index] = Any<wchar_t>(0, 0xFFFF);
+  }
+  return Keep(text);
+}
+
+const wchar_t* Call::Keep(const std::wstring& text) {
+  texts_.push_back(std::make_unique<wchar_t[]>(text.size() + 1));
+  std::copy(text.begin(), text.end(), texts_.back().get());
   return texts_.back().get();
 }
 

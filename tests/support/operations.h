@@ -91,7 +91,7 @@ class Call {
     return place;
   }
 
-  // The path of a file in memory: these bytes, or any.
+  // The path of a file in memory: these bytes, or any; or null.
   const wchar_t* File(const std::vector<std::uint8_t>& usual);
   // This text, any other, or null.
   const wchar_t* Text(const std::wstring& usual);
@@ -104,6 +104,8 @@ class Call {
   std::uint32_t skipped() const { return skipped_; }
 
  private:
+  const wchar_t* Keep(const std::wstring& text);
+
   Stage& stage_;
   Choices& choices_;
   std::uint64_t length_ = 0;
