@@ -20,8 +20,9 @@ rm -f "$ZEM_TESTS_RUN"
 mkfifo "$ZEM_TESTS_RUN"
 exec {tests_run}<>"$ZEM_TESTS_RUN"
 
+# One more than processors: there is always a test that waits.
 status=0
-ctest --test-dir build/checks --parallel "$(nproc)" --output-on-failure --no-tests=error \
+ctest --test-dir build/checks --parallel $(($(nproc) + 1)) --output-on-failure --no-tests=error \
   --output-junit "$zem_root/build/reports/checks.xml" "$@" {tests_run}>&- || status=$?
 python3 scripts/count_tests.py build/reports || status=$?
 exit "$status"
