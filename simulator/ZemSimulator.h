@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * ZemSimulator.dll: simulated cameras, for ZemUVCExtApi.dll and the program in this process
  * (ZemSimulatorStartPrivate); or in the system's own list of video-input devices, for any host in
