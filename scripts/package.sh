@@ -9,7 +9,10 @@ out=$(realpath -m "${1:-build/packages}")
 work=$zem_root/build/packaging
 export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)} TZ=UTC
 umask 022
+# Nobody can be reached by mail.
+maintainer="the ZemUVCExtApi authors <authors@zemuvcextapi.invalid>"
 version=$(sed -n 's/^#define ZEM_VERSION_\(MAJOR\|MINOR\|PATCH\) //p' include/ZemUVCExtApi.h | paste -sd.)
+debian_version=$version-1
 mkdir -p "$out"
 rm -rf "$work" "$out"/*.{zip,deb}
 mkdir "$work"
@@ -17,15 +20,8 @@ mkdir "$work"
 # same_times FOLDER: every file in it has the commit's time.
 same_times() { find "$1" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +; }
 
-# licences FOLDER PACKAGE...: the licences of Debian packages of which something is in our programs.
-licences() {
-  local folder=$1 package
-  shift
-  mkdir -p "$folder"
-  for package in "$@"; do
-    cp "/usr/share/doc/$package/copyright" "$folder/$package.txt"
-  done
-}
+# bill_of_materials BUILD STAGE FOLDER NAME VERSION [STAGE...]: what is in it, and under which licences.
+bill_of_materials() { /usr/bin/python3 -B packaging/sbom.py "$@"; }
 
 windows_zip() {
   local name=ZemUVCExtApi-$version-windows-x64
@@ -33,7 +29,7 @@ windows_zip() {
   cmake --install build/windows --prefix "$stage"
   cp -r build/docs "$stage/doc"
   cp LICENSE CHANGELOG.md "$stage/"
-  licences "$stage/third-party" libcli11-dev nlohmann-json3-dev mingw-w64-common
+  bill_of_materials build/windows "$stage" . ZemUVCExtApi "$version"
   (cd "$stage" && find . -type f -printf '%P\n' | sort | xargs -d '\n' sha256sum) >"$work/SHA256SUMS"
   mv "$work/SHA256SUMS" "$stage/"
   same_times "$stage"
@@ -49,13 +45,25 @@ needs() {
     sed 's/^shlibs:Depends=//'
 }
 
-# debian_stage PACKAGE COMPONENT: the files that this package is to have.
+# debian_stage PACKAGE COMPONENT [OVERRIDE...]: the files that this package is to have. Overrides are what
+# Debian's checker of packages, lintian, complains about although it is meant.
 debian_stage() {
-  local stage=$work/$1
-  cmake --install build/linux --prefix "$stage/usr" --component "$2" --strip
-  mkdir -p "$stage/DEBIAN" "$stage/usr/share/doc/$1"
-  cp LICENSE "$stage/usr/share/doc/$1/copyright"
-  gzip -9n <CHANGELOG.md >"$stage/usr/share/doc/$1/changelog.gz"
+  local name=$1 component=$2 stage=$work/$1 doc=$work/$1/usr/share/doc/$1
+  shift 2
+  cmake --install build/linux --prefix "$stage/usr" --component "$component" --strip
+  mkdir -p "$stage/DEBIAN" "$doc" "$stage/usr/share/lintian/overrides"
+  [ "$component" != tools ] || gzip -9n "$stage"/usr/share/man/man1/*.1
+  cp LICENSE "$doc/copyright"
+  gzip -9n <CHANGELOG.md >"$doc/changelog.gz"
+  gzip -9n >"$doc/changelog.Debian.gz" <<END
+zemuvcextapi ($debian_version) unstable; urgency=medium
+
+  * Packages of version $version.
+
+ -- $maintainer  $(date -Rd "@$SOURCE_DATE_EPOCH")
+END
+  printf "$name: %s\n" "initial-upload-closes-no-bugs *" "$@" >"$stage/usr/share/lintian/overrides/$name"
+  bill_of_materials build/linux "$stage" "usr/share/doc/$name" "$name" "$debian_version" "$work/libzemuvcextapi1"
 }
 
 # debian_package PACKAGE SECTION DEPENDS SUMMARY DESCRIPTION [FIELD...]
@@ -66,9 +74,9 @@ debian_package() {
   {
     echo "Package: $name"
     echo "Source: zemuvcextapi"
-    echo "Version: $version"
+    echo "Version: $debian_version"
     echo "Architecture: amd64"
-    echo "Maintainer: the ZemUVCExtApi authors <zemuvcextapi@localhost>"
+    echo "Maintainer: $maintainer"
     echo "Installed-Size: $(find "$stage/usr" -type f -printf '%s\n' |
       awk '{ size += int(($1 + 1023) / 1024) } END { print size }')"
     echo "Depends: $depends"
@@ -80,11 +88,11 @@ debian_package() {
   } >"$stage/DEBIAN/control"
   same_times "$stage"
   # One thread: several cut the data otherwise.
-  dpkg-deb --root-owner-group -Zxz --threads-max=1 --build "$stage" "$out/${name}_${version}_amd64.deb"
+  dpkg-deb --root-owner-group -Zxz --threads-max=1 --build "$stage" "$out/${name}_${debian_version}_amd64.deb"
 }
 
 debian_packages() {
-  local same="libzemuvcextapi1 (= $version)" depends
+  local same="libzemuvcextapi1 (= $debian_version)" depends
   mkdir -p "$work/debian"
   printf 'Source: zemuvcextapi\n\nPackage: zemuvcextapi\nArchitecture: any\n' >"$work/debian/control"
 
@@ -97,15 +105,16 @@ debian_packages() {
     "Finds and opens cameras built on the vendor's camera processors, reads and sets what they hold, updates their firmware, and recovers them through their ROM boot loader. This is the shared library." \
     "Multi-Arch: same"
 
-  debian_stage libzemuvcextapi-dev development
-  licences "$work/libzemuvcextapi-dev/usr/share/doc/libzemuvcextapi-dev/third-party" nlohmann-json3-dev
+  # The simulator is for the tests of programs, which are made anew with each version of it.
+  debian_stage libzemuvcextapi-dev development "package-name-doesnt-match-sonames libZemSimulator" \
+    "shared-library-lacks-version *libZemSimulator.so libZemSimulator.so"
+  echo "activate-noawait ldconfig" >"$work/libzemuvcextapi-dev/DEBIAN/triggers"
   depends=$(needs "$work"/libzemuvcextapi-dev/usr/lib/*/libZemSimulator.so)
   debian_package libzemuvcextapi-dev libdevel "$same, $depends" \
     "control of USB video-class cameras: development files" \
     "Headers for C and C++, files for CMake and pkg-config, examples, and a library that simulates cameras for the tests of programs."
 
   debian_stage zemuvc-tools tools
-  licences "$work/zemuvc-tools/usr/share/doc/zemuvc-tools/third-party" libcli11-dev nlohmann-json3-dev
   cp -r build/docs "$work/zemuvc-tools/usr/share/doc/zemuvc-tools/html"
   depends=$(needs "$work"/zemuvc-tools/usr/bin/*)
   debian_package zemuvc-tools utils "$same, $depends" \
@@ -116,7 +125,7 @@ debian_packages() {
 # strictly FUNCTION: in a shell of its own, which ends at the first command that fails; where a function's
 # own status is asked for, as step does, bash would go on.
 strictly() {
-  bash -euo pipefail -c "$(declare -f); $(declare -p out work version zem_root); $1"
+  bash -euo pipefail -c "$(declare -f); $(declare -p out work version debian_version maintainer zem_root); $1"
 }
 
 step "packages" install_missing "${windows_packages[@]}" "${linux_packages[@]}" "${docs_packages[@]}" \
@@ -125,7 +134,7 @@ for preset in windows linux; do
   step "configure $preset for packages" cmake --preset $preset
 done
 step "build for Windows" cmake --build --preset windows --target zemctl microsoft_import_libraries
-step "build for Linux" cmake --build --preset linux --target zemctl_completion ZemSimulator zem-usb-camera
+step "build for Linux" cmake --build --preset linux --target tool_texts ZemSimulator
 step "documentation" scripts/docs.sh
 step "zip for Windows" strictly windows_zip
 step "Debian packages" strictly debian_packages

@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
-# hardening.sh windows|linux: what is given to others is loaded at random addresses and runs no data as
-# code, and names no folder of the machine that built it.
+# hardening.sh FILE...: programs and libraries that are given to others are loaded at random addresses and run
+# no data as code; they, and import libraries, name no folder of the machine that built them.
 set -euo pipefail
-build=build/$1
 bad=0
 
 complain() {
@@ -40,10 +39,13 @@ linux_binary() {
   ! grep -q 'TEXTREL' <<<"$dynamic" || complain "$1: relocations in code"
 }
 
-shift
-for name in "$@"; do
-  file=$build/$name
-  "${build#build/}_binary" "$file"
+for file in "$@"; do
+  case $(head -c 4 "$file" | tr -d '\0') in
+    MZ*) windows_binary "$file" ;;
+    $'\x7fELF') linux_binary "$file" ;;
+    '!<ar') ;;
+    *) complain "$file: not a binary" ;;
+  esac
   if found=$(names_folder "$file"); then
     complain "$file names folders: $found"
   fi

@@ -6,6 +6,7 @@ source "$(dirname "$0")/../setup.sh"
 work="$zem_root/build/package-tests/$1 of a user"
 packages=$zem_root/build/packages
 version=$(sed -n 's/^#define ZEM_VERSION_\(MAJOR\|MINOR\|PATCH\) //p' include/ZemUVCExtApi.h | paste -sd.)
+debian_version=$version-1
 zip=ZemUVCExtApi-$version-windows-x64
 as_root rm -rf "$work"
 mkdir -p "$work"
@@ -22,8 +23,51 @@ same_list() {
     fail "$1 has other files; if that is meant: cp '$work/$1.list' packaging/"
 }
 
+# same_version WHAT VERSION
+same_version() { [ "$2" = "$version" ] || fail "$1 has the version \"$2\""; }
+
+# Each place that tells a version tells that of the header.
+versions() {
+  local stage=$work/$zip file usr=$work/libzemuvcextapi-dev/usr tools=$work/zemuvc-tools/usr
+  same_version header "$(echo ZEM_VERSION | cpp -P -include "$stage/include/ZemUVCExtApi.h" | tail -n 1 | tr -d '" ')"
+  same_version CHANGELOG.md "$(sed -n '/^## /{s/^## //p;q}' "$stage/CHANGELOG.md")"
+  for file in "$stage"/{bin/*.{dll,exe},python/zemuvc/*.dll}; do
+    same_version "$file" "$(strings -e l "$file" | grep -A1 '^ProductVersion$' | tail -n 1)"
+  done
+  same_version Python "$(sed -n 's/^VERSION = "\(.*\)"$/\1/p' "$stage/python/zemuvc/_exports.py")"
+  for file in "$stage"/lib "$usr"/lib/*; do
+    same_version "$file" "$(sed -n 's/^set(PACKAGE_VERSION "\(.*\)")/\1/p' \
+      "$file/cmake/ZemUVCExtApi/ZemUVCExtApiConfigVersion.cmake")"
+    same_version "$file" "$(sed -n 's/^Version: //p' "$file"/pkgconfig/*.pc | sort -u)"
+  done
+  same_version "shared library" "$(ls "$work"/libzemuvcextapi1/usr/lib/*/libZemUVCExtApi.so.*.* | sed 's/.*\.so\.//')"
+  for file in "$tools"/share/man/man1/*.gz; do
+    same_version "$file" "$(zcat "$file" | sed -n '1s/.* "[a-z-]* \(.*\)" "User Commands"$/\1/p')"
+  done
+  for file in "$packages"/*.deb; do
+    same_version "$file" "$(dpkg-deb -f "$file" Version | sed 's/-1$//')"
+  done
+  for file in "$work"/*/usr/share/doc/*/changelog.Debian.gz; do
+    same_version "$file" "$(zcat "$file" | sed -n '1s/^zemuvcextapi (\(.*\)-1) .*/\1/p')"
+  done
+}
+
+# The manual of the tool has each command and option that its completion has, and man can read it.
+manuals() {
+  local usr=$work/zemuvc-tools/usr manual=$work/zemctl.1
+  zcat "$usr/share/man/man1/zemctl.1.gz" >"$manual"
+  local completion=$usr/share/bash-completion/completions/zemctl
+  diff <(sed -n "/^_zemctl_options/,/^}/s/^    '\(..*\)') REPLY.*/\1/p" "$completion" | sort) \
+    <(sed -n 's/^\.SS "zemctl \(.*\)"$/\1/p' "$manual" | sed 's/\\-/-/g' | sort)
+  diff <(sed -n '/^_zemctl_options/,/^}/p' "$completion" | grep -o -e '--[a-z0-9-]*' | sort -u) \
+    <(sed -n 's/^\\fB\(\\-h,\)\?\(\\-\\-[a-z0-9\\-]*\)\\fR.*/\2/p' "$manual" | sed 's/\\-/-/g' | sort -u)
+  # It has no date: it is not of a day.
+  ! zcat "$usr"/share/man/man1/*.gz | mandoc -T lint -W warning | grep -v 'missing date' ||
+    fail "man does not understand all of the manuals"
+}
+
 contents() {
-  local package file
+  local package file binaries
   unzip -q "$packages/$zip.zip" -d "$work"
   (cd "$packages" && sha256sum --quiet --strict -c SHA256SUMS)
   [ "$(wc -l <"$packages/SHA256SUMS")" -eq 4 ]
@@ -32,10 +76,11 @@ contents() {
   diff <(cd "$work/$zip" && find . -type f ! -path ./SHA256SUMS -printf '%P\n' | sort) \
     <(cut -c 67- "$work/$zip/SHA256SUMS")
   zipinfo -1 "$packages/$zip.zip" | same_list windows
+  python3 -B scripts/checks/zip_for_windows.py "$packages/$zip.zip" "$(git log -1 --format=%ct)"
   # The DLL of the package is the one that the tests run with.
   cmp build/windows/ZemUVCExtApi.dll "$work/$zip/bin/ZemUVCExtApi.dll"
   for package in libzemuvcextapi1 libzemuvcextapi-dev zemuvc-tools; do
-    file=$packages/${package}_${version}_amd64.deb
+    file=$packages/${package}_${debian_version}_amd64.deb
     dpkg-deb -R "$file" "$work/$package"
     # What it needs and says to others; mode and owner of each file, and where a link leads.
     {
@@ -44,8 +89,16 @@ contents() {
       dpkg-deb -c "$file" | awk '{ $3 = $4 = $5 = ""; print }' | tr -s ' '
     } | same_list "$package"
     (cd "$work/$package" && md5sum --quiet --strict -c DEBIAN/md5sums)
-    [ "$(dpkg-deb -f "$file" Version)" = "$version" ]
   done
+  for file in "$work"/{"$zip",libzemuvcextapi-dev/usr}/include/*; do
+    grep -q '^\(/\*\|//\) SPDX-License-Identifier: MIT' <(head -n 1 "$file") || fail "$file: no licence"
+  done
+  versions
+  manuals
+  python3 -B scripts/checks/bill_of_materials.py "$work"/{"$zip",libzemuvcextapi1,libzemuvcextapi-dev,zemuvc-tools}
+  mapfile -t binaries < <(find "$work" -type f -regex '.*\(\.dll\|\.exe\|\.lib\|\.a\|\.so[0-9.]*\|/usr/bin/[^/]*\)')
+  [ "${#binaries[@]}" -eq 13 ] || fail "binaries: ${binaries[*]}"
+  scripts/checks/hardening.sh "${binaries[@]}"
   ! grep -rlF "$zem_root" "$work" || fail "these name the folder that they were built in"
 }
 
@@ -105,11 +158,15 @@ windows() {
   diff <(printf '%s\n' "$package"/lib/{ZemUVCExtApi,ZemSimulator}.lib) "$work/microsoft/import_libraries"
   scripts/checks/microsoft_abi_caller.sh "$package" "$work/microsoft_abi"
 
-  # The Python module brings its libraries along.
-  /usr/bin/python3 -m pip wheel -q --no-index --no-build-isolation --no-deps -w "$work" "$package/python"
-  unzip -q "$work/zemuvc-$version-py3-none-any.whl" -d "$work/wheel"
+  # The Python module brings its libraries along, wherever it is installed. Here is no Windows to load them:
+  # it reads with those of this system.
+  /usr/bin/python3 -m pip install -q --no-index --no-build-isolation --no-deps --root-user-action=ignore \
+    --target "$work/site" "$package/python"
+  (cd "$work" && [ "$(ZEM_LIBRARY=$zem_root/build/linux/libZemUVCExtApi.so PYTHONPATH=$work/site \
+    /usr/bin/python3 -B "$zem_root/tests/packages/consumer.py")" = "Python $version 0xabcd" ])
+  [ "$(ls -d "$work/site/zemuvc-"*)" = "$work/site/zemuvc-$version.dist-info" ]
   for library in ZemUVCExtApi.dll ZemSimulator.dll; do
-    cmp "$package/bin/$library" "$work/wheel/zemuvc/$library"
+    cmp "$package/bin/$library" "$work/site/zemuvc/$library"
   done
 }
 

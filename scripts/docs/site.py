@@ -45,6 +45,7 @@ MENU = [
     ("Work on it", [
         ("docs/architecture.md", "The house"),
         ("docs/adding-an-export.md", "Adding an export"),
+        ("docs/dependencies.md", "Dependencies"),
         ("CONTRIBUTING.md", "Contributing"),
         ("SECURITY.md", "Security"),
         ("CHANGELOG.md", "Changes"),
