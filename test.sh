@@ -6,7 +6,7 @@ source "$(dirname "$0")/scripts/setup.sh"
 step "packages" install_missing "${windows_packages[@]}" "${native_packages[@]}" "${docs_packages[@]}" \
   "${kernel_packages[@]}" "${package_packages[@]}" clang-format clang-tidy imagemagick libsox-fmt-base lld \
   mandoc mypy pkgconf python3 python3-jsonschema python3-pip python3-pytest python3-setuptools python3-wheel sox unzip
-for preset in windows native linux fuzz; do
+for preset in windows native linux fuzz thread; do
   step "configure $preset" cmake --preset $preset
 done
 step "configure the checks" cmake -G Ninja -S scripts/checks -B build/checks

@@ -13,7 +13,9 @@
  *
  * Threads. The library starts no thread and takes no lock. COM is initialised per thread: a handle
  * is opened, used and closed on one thread, and two commands must never run on one device at once,
- * because a command and its reply are two separate transfers.
+ * because a command and its reply are two separate transfers. Different threads may use different
+ * devices at the same time, with any functions. All that they share is the mark that a
+ * ZEMROMAPI_OpenDevice with bit 0x10 leaves in the process, and the encoding unit's log file.
  *
  * Ownership. Memory the library hands out is given back with the matching function of the library.
  * Buffers passed in stay the caller's.
@@ -1605,7 +1607,11 @@ ZEM_API ZemResult ZEMAPI_ResetToRomboot_VCP16(void* handle);
  *
  * @param mode 1 for the boot loader, 2 for the "ZEM" storage of a loaded updater. With bit 0x10 the
  *             device is also told the storage address divider: now, and by every further search of
- *             the process, also when this call fails
+ *             the process, also when this call fails. A search is this function, and each look of
+ *             ZEMROMAPI_LoadUpdater for the device; it decides once, as it begins. So of the
+ *             searches on other threads each that begins after this call has returned tells the
+ *             divider, one that had begun before it goes on as it decided, and one that begins
+ *             meanwhile may do either
  * @return the session; null when no camera is found or the first one found is not of that mode
  */
 ZEM_API void* ZEMROMAPI_OpenDevice(unsigned int mode);

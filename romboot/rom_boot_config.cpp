@@ -6,7 +6,7 @@
 namespace zem {
 namespace {
 
-// Bit of `mode` that has every identify of the process tell the device the address divider.
+// Bit of `mode` that has every search of the process tell the device the address divider.
 constexpr unsigned kSendDividerBit = 0x10;
 
 }  // namespace
@@ -17,7 +17,7 @@ ZemRomBootConfig* OpenRomBoot(unsigned mode) {
     return nullptr;
   }
   if ((mode & kSendDividerBit) != 0) {
-    sendAddressDivider = 1;
+    sendAddressDivider.store(1, std::memory_order_relaxed);
     mode &= ~kSendDividerBit;
   }
   if (session->scsi.OpenStorage() == 0 || session->scsi.deviceKind != mode) {

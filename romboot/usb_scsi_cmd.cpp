@@ -10,7 +10,7 @@
 
 namespace zem {
 
-std::uint32_t sendAddressDivider = 0;
+std::atomic<std::uint32_t> sendAddressDivider = 0;
 
 namespace {
 
@@ -102,6 +102,7 @@ void UsbScsiCmd::CloseVolume() {
 
 int UsbScsiCmd::OpenStorage() {
   deviceKind = kNoDeviceKind;
+  const bool tellsDivider = sendAddressDivider.load(std::memory_order_relaxed) != 0;
   for (wchar_t letter = L'C'; letter <= L'Z'; ++letter) {
     std::array<wchar_t, 7> path = {L'\\', L'\\', L'.', L'\\', letter, L':', L'\0'};
     const platform::VolumeHandle candidate = platform::OpenVolume(path.data());
@@ -109,7 +110,7 @@ int UsbScsiCmd::OpenStorage() {
       continue;
     }
     volume = candidate;
-    if (Identify()) {
+    if (Identify(tellsDivider)) {
       return 1;
     }
   }
@@ -128,13 +129,13 @@ bool UsbScsiCmd::IsCandidate(platform::VolumeHandle candidate) {
 }
 
 // Asks the volume what it is; true when it is a camera.
-bool UsbScsiCmd::Identify() {
+bool UsbScsiCmd::Identify(bool tellsDivider) {
   BufferedRequest request = {};
   request.data[0] = kSentinel;
   std::copy(kVendorBytes.begin(), kVendorBytes.end(), request.header.Cdb);
   request.header.Cdb[3] = static_cast<std::uint8_t>(SubCommand::kIdentify);
   const bool identified = SendScsiCmdIn(request, kIdentifyLength) != 0;
-  AnnounceAddressDivider();
+  AnnounceAddressDivider(tellsDivider);
   if (!identified) {
     return false;
   }
@@ -154,10 +155,10 @@ bool UsbScsiCmd::Identify() {
   return false;
 }
 
-void UsbScsiCmd::AnnounceAddressDivider() {
+void UsbScsiCmd::AnnounceAddressDivider(bool tellsDivider) {
   addressDivider = 1;
   platform::DebuggerOutput(L"Set addr div = 1\r\n");
-  if (sendAddressDivider != 0) {
+  if (tellsDivider) {
     platform::DebuggerOutput(L"Send addr div = 1\r\n");
     VendorCdb cdb = MakeCdb(SubCommand::kSetAddressDivider);
     std::array<std::uint8_t, 4> divider = {};

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 
 #include "platform/platform.h"
@@ -16,9 +17,11 @@ namespace zem {
 
 inline constexpr std::uint32_t kSectorSize = 512;
 
-// While it is not 0, every identify also tells the device the address divider. Set by
-// ZEMROMAPI_OpenDevice; deliberately never cleared again, for the whole process.
-extern std::uint32_t sendAddressDivider;
+// While it is not 0, a search also tells each device that it identifies the address divider. Set by
+// ZEMROMAPI_OpenDevice; deliberately never cleared again, for the whole process. The only thing
+// that threads share: a search looks at it once, as it begins, and nothing else depends on its
+// order.
+extern std::atomic<std::uint32_t> sendAddressDivider;
 
 // Which boot code answers on a volume.
 inline constexpr std::uint32_t kNoDeviceKind = 0;
@@ -72,8 +75,8 @@ class UsbScsiCmd {
 
  private:
   bool IsCandidate(platform::VolumeHandle candidate);
-  bool Identify();
-  void AnnounceAddressDivider();
+  bool Identify(bool tellsDivider);
+  void AnnounceAddressDivider(bool tellsDivider);
 };
 
 }  // namespace zem

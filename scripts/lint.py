@@ -1,4 +1,4 @@
-"""clang-tidy over every source file of the native, the Windows, the shared and the fuzzing build.
+"""clang-tidy over every source file of the native, the Windows, the shared, the fuzzing and the thread build.
 
 A unit that has been found clean is not read again until it, a file that it includes, its command or
 the checks change; with CI set, everything is read."""
@@ -18,7 +18,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 OUT = ROOT / "build" / "lint"
 CLEAN = OUT / "clean.json"
-BUILDS = ("native", "windows", "linux", "fuzz")
+BUILDS = ("native", "windows", "linux", "fuzz", "thread")
 
 
 def output_of(*words):

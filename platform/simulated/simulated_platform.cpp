@@ -12,7 +12,7 @@
 namespace zem::platform {
 namespace {
 
-simulated::System theSystem;
+thread_local simulated::System theSystem;
 
 // Error codes of the system.
 constexpr std::uint32_t kFileNotFound = 2;

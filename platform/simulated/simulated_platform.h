@@ -1,5 +1,5 @@
 // The controls of the simulated operating system: what a native test sets up before it calls the
-// library and looks at afterwards. Not thread-safe; a test owns the whole system.
+// library and looks at afterwards. Each thread is on a system of its own, and owns the whole of it.
 #pragma once
 
 #include <cstdint>
@@ -99,7 +99,7 @@ struct System {
   int invalidParameterCalls = 0;
 };
 
-// The one system; lives as long as the process.
+// The calling thread's system; lives as long as the thread.
 System& TheSystem();
 
 // Back to a freshly started system.

@@ -16,6 +16,7 @@ using zem::testing::Bytes;
 using zem::testing::InOrder;
 using zem::testing::Lines;
 using zem::testing::RomBootTest;
+using zem::testing::ScriptedVolume;
 using zem::testing::VolumePath;
 using zem::testing::Written;
 
@@ -78,6 +79,25 @@ TEST_F(RomBootConfigTest, DividerFlagStaysSetForTheRestOfTheProcess) {
   EXPECT_EQ(TakeEvents(), probe);
   ZEMROMAPI_CloseDevice(&device);
   EXPECT_EQ(TakeEvents(), Lines{"close \\\\.\\F:"});
+}
+
+TEST_F(RomBootConfigTest, ASearchLooksAtTheDividerFlagOnceAsItBegins) {
+  ScriptedVolume other;
+  other.identify = {};
+  Attach(L'E', other);
+  const auto answer = other.Answer();
+  // While the search is under way, another thread's opening sets it.
+  system().volumes[VolumePath(L'E')] = [&answer](const auto& request) {
+    zem::sendAddressDivider = 1;
+    return answer(request);
+  };
+  const Lines untold = {"in 12 00 00 00 24 00 [36]",
+                        "in fa 55 66 01 00 00 00 00 00 00 00 00 00 00 00 00 [16]",
+                        "line Set addr div = 1\r\n", "line Storage Address Divider=0x1 \r\n"};
+  void* device = ZEMROMAPI_OpenDevice(1);
+  EXPECT_EQ(TakeEvents(), InOrder({untold, untold}));
+  ZEMROMAPI_CloseDevice(&device);
+  leftOpen = {VolumePath(L'E')};
 }
 
 TEST_F(RomBootConfigTest, ClosingLeavesTheCallersPointerAndNullsDoNothing) {

@@ -70,7 +70,7 @@ void CountProgress(std::uint32_t /*progress*/, std::uint64_t user) {
 }
 
 std::uint64_t User() {
-  static std::uint64_t calls = 0;
+  static thread_local std::uint64_t calls = 0;
   return reinterpret_cast<std::uint64_t>(&calls);
 }
 

@@ -1,19 +1,17 @@
 // The table of operations: it has every export, and each runs on healthy devices within its bound.
 #include "tests/support/operations.h"
 
+#include <gtest/gtest.h>
+
 #include <fstream>
+#include <optional>
 #include <set>
 
 #include "romboot/usb_scsi_cmd.h"
-#include "simulator/com_camera.h"
-#include "tests/support/device_test.h"
-#include "tests/support/scripted_volume.h"
+#include "tests/support/healthy_stage.h"
 
 namespace {
 
-using zem::testing::Call;
-using zem::testing::DeviceTest;
-using zem::testing::Ground;
 using zem::testing::Operation;
 using zem::testing::Operations;
 
@@ -70,65 +68,26 @@ class CountingGate final : public zem::simulator::CallGate {
   bool isStandard_ = false;
 };
 
-class HealthyOperationTest : public DeviceTest, public ::testing::WithParamInterface<Operation> {
+class HealthyOperationTest : public ::testing::TestWithParam<Operation> {
  protected:
-  HealthyOperationTest() {
-    for (const GUID& unit : {zem::H264Xu, zem::SkypeXu, zem::TirellaXu, zem::OrvaXu,
-                             zem::EncodingUnitXu, zem::StreamProbeXu}) {
-      AddUnit(unit);
-    }
-    // Each piece of its memory begins like an image with table 1, of four bytes.
-    vendor().AlwaysAnswer(16, {0, 0, 29, 0xEE, 0, 12, 0, 0, 1, 8, 0, 1, 2, 3, 4});
-    using zem::simulator::ControlFamily;
-    camera().AddControls(ControlFamily::kVideoProcessing,
-                         DefaultControls(ControlFamily::kVideoProcessing));
-    camera().AddProcessingNode();
-    camera().AddControls(ControlFamily::kCameraTerminal,
-                         DefaultControls(ControlFamily::kCameraTerminal));
-    ListNothing();
-    const std::wstring name = zem::testing::DisplayName(0x5A45, 0x8C00);
-    zem::simulator::ListedDevice& listed = List(name, nullptr, L"path");
-    listed.bind = [this] { return MakeFilter(); };
-    ListMicrophone(L"microphone", std::make_shared<zem::simulator::Microphone>());
-    system().volumes[L"\\\\.\\F:"] = volume_.Answer();
-    filter_ = MakeFilter();
-    stage_.filter = filter_;
-    stage_.displayName = name;
-    stage_.devicePath = L"path";
-    stage_.microphoneName = L"microphone";
-    zem::sendAddressDivider = 0;
-  }
+  HealthyOperationTest() { zem::sendAddressDivider = 0; }
   ~HealthyOperationTest() override {
-    ZEMAPI_CloseDevice(&stage_.device);
-    if (stage_.session != nullptr) {
-      ZEMROMAPI_CloseDevice(&stage_.session);
-    }
-    filter_->Release();
+    stage_.reset();
+    EXPECT_EQ(zem::simulator::liveComObjects, 0) << "objects left referenced";
   }
-
-  IBaseFilter* MakeFilter() { return zem::simulator::MakeCameraFilter(sharedCamera(), &counting_); }
 
   CountingGate counting_;
-  zem::testing::ScriptedVolume volume_;
-  IBaseFilter* filter_ = nullptr;
-  zem::testing::Stage stage_;
+  std::optional<zem::testing::HealthyStage> stage_{std::in_place, &counting_};
 };
 
 TEST_P(HealthyOperationTest, SucceedsWithinItsBound) {
   const Operation& operation = GetParam();
-  if (operation.ground == Ground::kDevice) {
-    ASSERT_EQ(ZEMAPI_OpenDeviceBySourceFilter(filter_, &stage_.device), 0);
-  }
-  if (operation.ground == Ground::kSession) {
-    stage_.session = ZEMROMAPI_OpenDevice(1);
-    ASSERT_NE(stage_.session, nullptr);
-  }
+  ASSERT_TRUE(stage_->Prepare(operation));
   counting_.requests = 0;
-  volume_.controls.clear();
-  zem::testing::UsualChoices usual;
-  Call call(stage_, usual);
-  EXPECT_GE(operation.run(call), 0);
-  EXPECT_LE(counting_.requests + volume_.controls.size(), operation.bound.Of(call.length()));
+  stage_->volume.controls.clear();
+  EXPECT_GE(stage_->Run(operation), 0);
+  EXPECT_LE(counting_.requests + stage_->volume.controls.size(),
+            operation.bound.Of(stage_->length()));
 }
 
 std::string NameOf(const ::testing::TestParamInfo<Operation>& info) {
