@@ -8,6 +8,7 @@ stages are packages that this one needs. All of it is read from what the linker 
 took; a file of which nobody knows where it comes from ends the script.
 """
 import datetime
+import functools
 import hashlib
 import json
 import os
@@ -39,6 +40,7 @@ def output(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
+@functools.cache
 def binaries(stage):
     """The programs, libraries and import libraries in a folder, by their paths there; links are none."""
     found = []
@@ -70,6 +72,7 @@ class Build:
             if match := re.match(r"(?:ninja: .*\n)?(.*): #deps \d+, deps mtime \d+ \(VALID\)", block):
                 self.headers[match[1]] = block.split("\n    ")[1:]
 
+    @functools.cache
     def path(self, name):
         return os.path.realpath(os.path.join(self.folder, name))
 
@@ -90,6 +93,7 @@ class Build:
             sys.exit(f"{archive}({member}): {len(units)} units may be it")
         return units[0]
 
+    @functools.cache
     def ingredients(self, binary):
         """Of others: the files linked into a binary, the files compiled into it, the libraries it was linked with."""
         with open(os.path.join(self.folder, f"{binary}.map"), encoding="utf-8", errors="replace") as file:
@@ -113,9 +117,10 @@ class Build:
             elif not name.endswith(".dll.a"):
                 units.add(self.unit_of(name, member))
         compiled = {path for unit in units for path in self.compiled_from(unit) if not self.is_ours(path)}
-        return linked, compiled, shared
+        return frozenset(linked), frozenset(compiled), frozenset(shared)
 
 
+@functools.cache
 def debian_packages(paths):
     """Which of Debian's packages each of these files is of."""
     # Debian 12 has the files of some below /lib and finds them below /usr/lib too.
@@ -161,6 +166,7 @@ class Bill:
     def relate(self, one, how, other, comment=None):
         self.relations.add((one, how, other, comment or ""))
 
+    @functools.cache
     def debian_package(self, name):
         version, source, source_version, architecture = output(
             "dpkg-query", "-W", "-f", "${Version} ${source:Package} ${source:Version} ${Architecture}", name).split()
@@ -213,7 +219,7 @@ class Bill:
             return self.package("Windows", library, comment="Part of Windows 10 and newer.")
         for path in shared:
             if os.path.basename(path) == library:
-                return self.debian_package(debian_packages([path])[path])
+                return self.debian_package(debian_packages(frozenset([path]))[path])
         sys.exit(f"{library} is needed, and nobody knows where it comes from")
 
     def document(self):

@@ -171,7 +171,7 @@ windows() {
 }
 
 debian() {
-  local root=$work/root
+  local root=$work/root c_library
   # A system with nothing but what the packages say that they need.
   mkdir -p "$root/var/lib/dpkg/"{info,updates,triggers}
   dpkg-query --status libc6 | sed '/^\(Depends\|Pre-Depends\|Conffiles\):/d; /^ \//d' >"$root/var/lib/dpkg/status"
@@ -179,6 +179,16 @@ debian() {
   as_root dpkg --root="$root" --verify
   PKG_CONFIG_LIBDIR=$root/usr/lib/$(gcc -print-multiarch)/pkgconfig \
     LD_LIBRARY_PATH=$root/usr/lib/$(gcc -print-multiarch) programs_of "$root/usr"
+  # In that system, with the files of the C library and no others.
+  as_root mkdir -p "$root"/usr/{lib,lib64}
+  as_root ln -s usr/lib usr/lib64 "$root/"
+  mapfile -t c_library < <(dpkg-query -L libc6 | while read -r file; do [ -d "$file" ] || echo "$file"; done)
+  as_root cp -P --parents -t "$root" "${c_library[@]}"
+  as_root cp -r "$work/with-pkg-config" "$root/programs"
+  expect_consumers /programs as_root chroot "$root"
+  [ "$(as_root chroot "$root" /usr/bin/zemctl --version)" = "zemctl $version" ]
+  as_root chroot "$root" /usr/bin/zemctl --simulator reg get isp 0 | diff - <("$root/usr/bin/zemctl" --simulator reg get isp 0)
+  [ "$(as_root chroot "$root" /usr/bin/zem-usb-camera --version)" = "$version" ]
   # Without packages: the tool finds its library there.
   cmake --install build/linux --prefix "$work/local" >/dev/null
   [ "$("$work/local/bin/zemctl" --version)" = "zemctl $version" ]
@@ -194,7 +204,7 @@ programs_of() {
   cmake -G Ninja -S tests/packages -B "$work/with-cmake" -D "CMAKE_PREFIX_PATH=$usr"
   cmake --build "$work/with-cmake" -j 1
   expect_consumers "$work/with-cmake" env -u LD_LIBRARY_PATH
-  CC=gcc CXX=g++ with_pkg_config
+  CC=gcc CXX=g++ with_pkg_config -static-libgcc -static-libstdc++
   expect_consumers "$work/with-pkg-config"
 
   cmake -G Ninja -S "$usr/share/doc/libzemuvcextapi-dev/examples" -B "$work/examples" -D "CMAKE_PREFIX_PATH=$usr"

@@ -65,12 +65,13 @@ class Ingredients(unittest.TestCase):
 
     def test_a_file_that_is_of_no_package_is_refused(self):
         with contextlib.redirect_stderr(io.StringIO()):
-            message = self.refusal(sbom.debian_packages, [f"{C_LIBRARY}/crt1.o", "/usr/local/lib/libstrange.a"])
+            files = frozenset([f"{C_LIBRARY}/crt1.o", "/usr/local/lib/libstrange.a"])
+            message = self.refusal(sbom.debian_packages, files)
         self.assertEqual(message, "no package of Debian has /usr/local/lib/libstrange.a")
 
     def test_files_are_known_by_their_packages(self):
         self.assertEqual(
-            sbom.debian_packages([f"{C_LIBRARY}/crt1.o", "/usr/lib/x86_64-linux-gnu/libc.so.6"]),
+            sbom.debian_packages(frozenset([f"{C_LIBRARY}/crt1.o", "/usr/lib/x86_64-linux-gnu/libc.so.6"])),
             {f"{C_LIBRARY}/crt1.o": "libc6-dev", "/usr/lib/x86_64-linux-gnu/libc.so.6": "libc6"})
 
     def test_a_package_without_a_licence_is_refused(self):
