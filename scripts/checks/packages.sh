@@ -164,7 +164,7 @@ windows() {
     --target "$work/site" "$package/python"
   (cd "$work" && [ "$(ZEM_LIBRARY=$zem_root/build/linux/libZemUVCExtApi.so PYTHONPATH=$work/site \
     /usr/bin/python3 -B "$zem_root/tests/packages/consumer.py")" = "Python $version 0xabcd" ])
-  [ "$(ls -d "$work/site/zemuvc-"*)" = "$work/site/zemuvc-$version.dist-info" ]
+  cmp LICENSE "$work/site/zemuvc-$version.dist-info/LICENSE"
   for library in ZemUVCExtApi.dll ZemSimulator.dll; do
     cmp "$package/bin/$library" "$work/site/zemuvc/$library"
   done
