@@ -14,8 +14,8 @@
 #include "platform/simulated/simulated_platform.h"
 #include "romboot/rom_boot_config.h"
 #include "simulator/device_list.h"
-#include "tests/support/bare_camera.h"
 #include "tests/support/operations.h"
+#include "tests/support/whole_camera.h"
 
 namespace {
 
@@ -26,6 +26,7 @@ using zem::platform::simulated::VolumeRequest;
 using zem::testing::Call;
 using zem::testing::Ground;
 using zem::testing::Operation;
+using zem::testing::StandardRequest;
 
 constexpr auto kGone = static_cast<HRESULT>(0x8007048FU);
 
@@ -193,13 +194,9 @@ bool IsCallers(const void* data, std::size_t length) {
 }
 
 // A camera that is a microphone, too.
-class HostileCamera final : public zem::testing::BareCamera {
+class HostileCamera final : public zem::testing::WholeCamera {
  public:
-  HostileCamera(Answers& answers, Input& input) : answers_(answers), input_(input) {
-    amplifier_.camera = this;
-    terminal_.camera = this;
-    mixer_.camera = this;
-  }
+  HostileCamera(Answers& answers, Input& input) : answers_(answers), input_(input) {}
 
   void Begin(std::uint8_t shape) {
     nodeCount = shape & 7;
@@ -212,19 +209,7 @@ class HostileCamera final : public zem::testing::BareCamera {
     if (answers_.isHostile && oddTopology_ == 3 && input_.Front() >= 0xF0) {
       return input_.Front() % 2 != 0 ? E_FAIL : S_OK;
     }
-    if (iid == zem::IID_IKsTopologyInfo) {
-      *object = static_cast<IKsTopologyInfo*>(this);
-    } else if (iid == zem::IID_IAMVideoProcAmp) {
-      *object = static_cast<IAMVideoProcAmp*>(&amplifier_);
-    } else if (iid == zem::IID_IAMCameraControl) {
-      *object = static_cast<IAMCameraControl*>(&terminal_);
-    } else if (iid == zem::IID_IAMAudioInputMixer) {
-      *object = static_cast<IAMAudioInputMixer*>(&mixer_);
-    } else {
-      return E_NOINTERFACE;
-    }
-    AddRef();
-    return S_OK;
+    return WholeCamera::QueryInterface(iid, object);
   }
 
   HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
@@ -258,6 +243,16 @@ class HostileCamera final : public zem::testing::BareCamera {
     return answer.result;
   }
 
+  HRESULT Standard(const StandardRequest& request) override {
+    const Answer answer = answers_.Next();
+    for (LONG* const place : request.places) {
+      if (answer.isWritten && place != nullptr) {
+        answers_.Fill({reinterpret_cast<std::uint8_t*>(place), sizeof(*place)});
+      }
+    }
+    return answer.result;
+  }
+
   std::uint64_t nodesOpened = 0;
 
  private:
@@ -272,59 +267,10 @@ class HostileCamera final : public zem::testing::BareCamera {
     return S_OK;
   }
 
-  // One request of a standard control.
-  template <class... Values>
-  HRESULT Standard(Values*... values) {
-    const Answer answer = answers_.Next();
-    if (answer.isWritten) {
-      (Put(values), ...);
-    }
-    return answer.result;
-  }
-  void Put(LONG* value) {
-    if (value != nullptr) {
-      answers_.Fill({reinterpret_cast<std::uint8_t*>(value), sizeof(*value)});
-    }
-  }
-
-  template <class Interface>
-  struct Part : Interface {
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-      return camera->QueryInterface(iid, object);
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return camera->AddRef(); }
-    ULONG STDMETHODCALLTYPE Release() override { return camera->Release(); }
-    HostileCamera* camera = nullptr;
-  };
-
-  template <class Interface>
-  struct Controls : Part<Interface> {
-    HRESULT STDMETHODCALLTYPE GetRange(LONG /*property*/, LONG* minimum, LONG* maximum, LONG* step,
-                                       LONG* defaultValue, LONG* capsFlags) override {
-      return this->camera->Standard(minimum, maximum, step, defaultValue, capsFlags);
-    }
-    HRESULT STDMETHODCALLTYPE Set(LONG /*property*/, LONG /*value*/, LONG /*flags*/) override {
-      return this->camera->Standard();
-    }
-    HRESULT STDMETHODCALLTYPE Get(LONG /*property*/, LONG* value, LONG* flags) override {
-      return this->camera->Standard(value, flags);
-    }
-  };
-
-  struct Mixer : zem::LevelOnlyMixer<Part<IAMAudioInputMixer>> {
-    HRESULT STDMETHODCALLTYPE put_MixLevel(double /*level*/) override {
-      return this->camera->Standard();
-    }
-    HRESULT STDMETHODCALLTYPE get_MixLevel(double* /*level*/) override { return E_NOTIMPL; }
-  };
-
   Answers& answers_;
   Input& input_;
   DWORD unitNode_ = 0;
   unsigned oddTopology_ = 0;
-  Controls<IAMVideoProcAmp> amplifier_;
-  Controls<IAMCameraControl> terminal_;
-  Mixer mixer_;
 };
 
 // What stands behind a drive letter: a boot loader, or the storage of an updater.

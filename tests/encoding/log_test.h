@@ -1,25 +1,19 @@
 // The ground of tests that look at the command log: a folder of their own for it.
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 
 #include "tests/support/device_test.h"
+#include "tests/support/log_folder.h"
 
 namespace zem::testing {
 
 class LogTest : public DeviceTest {
  protected:
-  LogTest() { setenv("TMPDIR", folder_.c_str(), 1); }
-  ~LogTest() override {
-    setenv("TMPDIR", before_.c_str(), 1);
-    std::filesystem::remove_all(folder_);
-  }
-
-  std::filesystem::path LogPath() const { return folder_ / "ZemWrenCmdLog.txt"; }
+  std::filesystem::path LogPath() const { return folder_.LogPath(); }
 
   // Everything logged so far; the log starts anew.
   std::string TakeLog() {
@@ -30,14 +24,7 @@ class LogTest : public DeviceTest {
   }
 
  private:
-  static std::filesystem::path MakeFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "zem-log-XXXXXX").string();
-    EXPECT_NE(mkdtemp(name.data()), nullptr);
-    return name;
-  }
-
-  const std::filesystem::path before_ = std::filesystem::temp_directory_path();
-  const std::filesystem::path folder_ = MakeFolder();
+  const LogFolder folder_;
 };
 
 // The header of a log line at the simulated system's time of day.

@@ -13,7 +13,8 @@
 #endif
 
 #ifdef ZEM_ADDRESS_SANITIZER
-// The sanitizer's own hook; GCC ships the function without the header that declares it.
+// The sanitizer's own; GCC ships the functions without the header that declares them.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 extern "C" int __sanitizer_install_malloc_and_free_hooks(
     void (*onMalloc)(const volatile void* memory, std::size_t size),
     void (*onFree)(const volatile void* memory));
@@ -42,6 +43,7 @@ bool CanCountAllocations() { return installed; }
 
 std::uint64_t AllocationCount() { return allocations; }
 std::uint64_t AllocatedBytes() { return allocatedBytes; }
+std::uint64_t LiveBytes() { return __sanitizer_get_current_allocated_bytes(); }
 
 #else
 
@@ -49,6 +51,7 @@ bool CanCountAllocations() { return false; }
 
 std::uint64_t AllocationCount() { return 0; }
 std::uint64_t AllocatedBytes() { return 0; }
+std::uint64_t LiveBytes() { return 0; }
 
 #endif
 

@@ -7,8 +7,7 @@
 
 namespace zem::testing {
 
-HealthyStage::HealthyStage(simulator::CallGate* gate)
-    : gate_(gate), camera_(std::make_shared<simulator::Camera>()) {
+HealthyStage::HealthyStage() : camera_(std::make_shared<simulator::Camera>()) {
   platform::simulated::Reset();
   camera_->AddPlainNode();
   // Each piece of its memory begins like an image with table 1, of four bytes.
@@ -67,13 +66,11 @@ bool HealthyStage::Prepare(const Operation& operation) {
 ZemResult HealthyStage::Run(const Operation& operation) {
   UsualChoices usual;
   Call call(stage_, usual);
-  const ZemResult result = operation.run(call);
-  length_ = call.length();
-  return result;
+  return operation.run(call);
 }
 
 IBaseFilter* HealthyStage::MakeFilter() const {
-  return simulator::MakeCameraFilter(camera_, gate_);
+  return simulator::MakeCameraFilter(camera_, nullptr);
 }
 
 }  // namespace zem::testing

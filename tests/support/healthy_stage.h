@@ -13,8 +13,8 @@ namespace zem::testing {
 
 class HealthyStage {
  public:
-  // In a freshly started system. `gate` sees the calls on the camera, and may be null.
-  explicit HealthyStage(simulator::CallGate* gate = nullptr);
+  // In a freshly started system.
+  HealthyStage();
   // Gives back whatever is open, and resets the system.
   ~HealthyStage();
   HealthyStage(const HealthyStage&) = delete;
@@ -24,8 +24,6 @@ class HealthyStage {
   bool Prepare(const Operation& operation);
   // Runs it with the usual arguments.
   ZemResult Run(const Operation& operation);
-  // How much data the last run moved.
-  std::uint64_t length() const { return length_; }
 
   simulator::Camera& camera() { return *camera_; }
   ScriptedVolume volume;
@@ -33,10 +31,8 @@ class HealthyStage {
  private:
   IBaseFilter* MakeFilter() const;
 
-  simulator::CallGate* gate_;
   std::shared_ptr<simulator::Camera> camera_;
   Stage stage_;
-  std::uint64_t length_ = 0;
 };
 
 }  // namespace zem::testing

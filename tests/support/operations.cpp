@@ -43,7 +43,7 @@ void PutLe32(FileBytes& bytes, std::size_t offset, std::uint32_t number) {
   }
 }
 
-FileBytes Code() { return FileBytes(1000, 0x5A); }
+FileBytes Code() { return FileBytes(40000, 0x5A); }
 
 FileBytes ImageFile() {
   FileBytes file(18 + 4096 + 40000, 0x11);
@@ -91,20 +91,28 @@ ZemResult OpenedAndClosed(Open open) {
   return result;
 }
 
-template <ZemResult (*kTransfer)(void*, unsigned short, void*, ZemULong, ZemULong*)>
-ZemResult ZemTransfer(Call& c) {
-  const std::uint32_t length = c.Length(8, kMostData);
-  return kTransfer(c.Device(), c.Any<std::uint16_t>(0, 0xFFFE) + 1, c.BytesAlways(length), length,
-                   c.Out<ZemULong>());
+// A selector from 1 on: by default the vendor unit's ISP command, written, or its reply, read.
+std::uint16_t SelectorFor(Call& c, Call::Use use) {
+  const std::uint64_t usual = use == Call::Use::kRead ? 0 : 1;
+  return static_cast<std::uint16_t>(c.Any<std::uint16_t>(usual, 0xFFFE) + 1);
 }
 
-template <ZemResult (*kTransfer)(void*, const GUID*, unsigned short, void*, ZemULong, ZemULong*)>
+template <ZemResult (*kTransfer)(void*, unsigned short, void*, ZemULong, ZemULong*), Call::Use kUse>
+ZemResult ZemTransfer(Call& c) {
+  const std::uint32_t length = c.Length(8, kMostData);
+  const std::uint16_t selector = SelectorFor(c, kUse);
+  std::uint8_t* const data = c.BytesAlways(length, kUse);
+  return kTransfer(c.Device(), selector, data, length, c.Out<ZemULong>());
+}
+
+template <ZemResult (*kTransfer)(void*, const GUID*, unsigned short, void*, ZemULong, ZemULong*),
+          Call::Use kUse>
 ZemResult UnitTransfer(Call& c) {
   const std::uint32_t length = c.Length(8, kMostData);
   const GUID unit = UnitOf(c);
-  return kTransfer(c.Device(), &unit,
-                   static_cast<std::uint16_t>(c.Any<std::uint16_t>(0, 0xFFFE) + 1),
-                   c.BytesAlways(length), length, c.Out<ZemULong>());
+  const std::uint16_t selector = SelectorFor(c, kUse);
+  std::uint8_t* const data = c.BytesAlways(length, kUse);
+  return kTransfer(c.Device(), &unit, selector, data, length, c.Out<ZemULong>());
 }
 
 template <class Number, ZemResult (*kSet)(void*, Number)>
@@ -114,7 +122,7 @@ ZemResult SetOne(Call& c) {
 
 template <class Type, ZemResult (*kGet)(void*, Type*), std::size_t kSize>
 ZemResult GetBytes(Call& c) {
-  return kGet(c.Device(), reinterpret_cast<Type*>(c.Bytes(kSize)));
+  return kGet(c.Device(), reinterpret_cast<Type*>(c.Buffer(kSize)));
 }
 
 template <ZemResult (*kCommand)(void*)>
@@ -134,9 +142,11 @@ ZemResult GetAt(Call& c) {
   return kGet(c.Device(), address, c.Out<Value>());
 }
 
-template <ZemResult (*kCommand)(void*, unsigned char*, unsigned char*), std::size_t kSize>
+template <ZemResult (*kCommand)(void*, unsigned char*, unsigned char*), std::size_t kSize,
+          std::uint8_t kCode>
 ZemResult RawCommand(Call& c) {
-  return kCommand(c.Device(), c.Bytes(kSize), c.Bytes(kSize));
+  std::uint8_t* const command = c.Command(kSize, kCode);
+  return kCommand(c.Device(), command, c.Buffer(kSize));
 }
 
 template <ZemResult (*kGet)(void*, ZemLong, ZemLong*, ZemLong*)>
@@ -173,14 +183,17 @@ ZemResult GetDefaultAt(Call& c) {
   return kGet(address, c.Out<Value>());
 }
 
-template <ZemResult (*kCommand)(const std::uint8_t*, std::uint8_t*), std::size_t kSize>
+template <ZemResult (*kCommand)(const std::uint8_t*, std::uint8_t*), std::size_t kSize,
+          std::uint8_t kCode>
 ZemResult DefaultCommand(Call& c) {
-  return kCommand(c.Bytes(kSize), c.Bytes(kSize));
+  const std::uint8_t* const command = c.Command(kSize, kCode);
+  return kCommand(command, c.Buffer(kSize));
 }
 
-template <ZemResult (*kTransfer)(void*, void*)>
+template <ZemResult (*kTransfer)(void*, void*), Call::Use kUse>
 ZemResult ProbeTransfer(Call& c) {
-  return kTransfer(c.Filter(), c.Bytes(kProbeBlock));
+  return kTransfer(c.Filter(),
+                   kUse == Call::Use::kRead ? c.Bytes(kProbeBlock) : c.Buffer(kProbeBlock));
 }
 
 template <ZemResult (*kCommand)(void*)>
@@ -206,10 +219,20 @@ ZemResult Load(Call& c) {
 }
 
 template <class Run>
-ZemResult WithImage(Call& c, std::size_t unit, Run run) {
-  const std::uint32_t length = c.Length(1000, kMostData);
-  std::uint8_t* const data = c.BytesAlways(length, unit);
+ZemResult WithImage(Call& c, std::uint32_t usual, std::size_t unit, Call::Use use, Run run) {
+  const std::uint32_t length = c.Length(usual, kMostData);
+  std::uint8_t* const data = c.BytesAlways(length, use, unit);
   return run(data, length, c.Progress());
+}
+
+// An image that goes out in a few chunks: at the high speed with a handle, at the low one without.
+template <class Run>
+ZemResult SendsImage(Call& c, Run run) {
+  return WithImage(c, 1100, 1, Call::Use::kRead, run);
+}
+template <class Run>
+ZemResult SendsImageWithoutHandle(Call& c, Run run) {
+  return WithImage(c, 70, 64, Call::Use::kRead, run);
 }
 
 // One row an export, in the order of the list of exports.
@@ -245,10 +268,14 @@ constexpr auto kOperations = std::to_array<Operation>({
      }},
 
     // Raw access to extension units
-    {"ZEMAPI_UvcExtSet", Ground::kDevice, {1}, UnitTransfer<ZEMAPI_UvcExtSet>},
-    {"ZEMAPI_UvcExtGet", Ground::kDevice, {1}, UnitTransfer<ZEMAPI_UvcExtGet>},
-    {"ZEMAPI_ZemExtSet", Ground::kDevice, {1}, ZemTransfer<ZEMAPI_ZemExtSet>},
-    {"ZEMAPI_ZemExtGet", Ground::kDevice, {1}, ZemTransfer<ZEMAPI_ZemExtGet>},
+    {"ZEMAPI_UvcExtSet", Ground::kDevice, {1},
+     UnitTransfer<ZEMAPI_UvcExtSet, Call::Use::kRead>},
+    {"ZEMAPI_UvcExtGet", Ground::kDevice, {1},
+     UnitTransfer<ZEMAPI_UvcExtGet, Call::Use::kWritten>},
+    {"ZEMAPI_ZemExtSet", Ground::kDevice, {1},
+     ZemTransfer<ZEMAPI_ZemExtSet, Call::Use::kRead>},
+    {"ZEMAPI_ZemExtGet", Ground::kDevice, {1},
+     ZemTransfer<ZEMAPI_ZemExtGet, Call::Use::kWritten>},
     {"ZEMAPI_UvcCheckXuGuid", Ground::kDevice, {}, [](Call& c) {
        const GUID unit = UnitOf(c);
        return ZEMAPI_UvcCheckXuGuid(c.Device(), &unit);
@@ -280,10 +307,10 @@ constexpr auto kOperations = std::to_array<Operation>({
      GetAt<unsigned short, unsigned char, ZEMAPI_ReadCodecReg>},
     {"ZEMAPI_WriteCodecReg", Ground::kDevice, {2},
      SetAt<unsigned short, unsigned char, ZEMAPI_WriteCodecReg>},
-    {"ZEMAPI_IspCommand", Ground::kDevice, {2}, RawCommand<ZEMAPI_IspCommand, 8>},
-    {"ZEMAPI_VcpCommand", Ground::kDevice, {2}, RawCommand<ZEMAPI_VcpCommand, 8>},
-    {"ZEMAPI_IspCommandEx", Ground::kDevice, {2}, RawCommand<ZEMAPI_IspCommandEx, 16>},
-    {"ZEMAPI_VcpCommandEx", Ground::kDevice, {2}, RawCommand<ZEMAPI_VcpCommandEx, 16>},
+    {"ZEMAPI_IspCommand", Ground::kDevice, {2}, RawCommand<ZEMAPI_IspCommand, 8, 0x0B>},
+    {"ZEMAPI_VcpCommand", Ground::kDevice, {2}, RawCommand<ZEMAPI_VcpCommand, 8, 0x23>},
+    {"ZEMAPI_IspCommandEx", Ground::kDevice, {2}, RawCommand<ZEMAPI_IspCommandEx, 16, 1>},
+    {"ZEMAPI_VcpCommandEx", Ground::kDevice, {2}, RawCommand<ZEMAPI_VcpCommandEx, 16, 1>},
     {"ZEMAPI_GetDeviceInfo", Ground::kDevice, {1},
      GetBytes<unsigned char, ZEMAPI_GetDeviceInfo, 8>},
 
@@ -308,7 +335,7 @@ constexpr auto kOperations = std::to_array<Operation>({
      }},
     {"ZEMAPI_SetShadding", Ground::kDevice, {2}, SetOne<unsigned char, ZEMAPI_SetShadding>},
     {"ZEMAPI_SetMiscSetting", Ground::kDevice, {2},
-     GetBytes<const unsigned char, ZEMAPI_SetMiscSetting, 6>},
+     [](Call& c) { return ZEMAPI_SetMiscSetting(c.Device(), c.Bytes(6)); }},
     {"ZEMAPI_GetMiscSetting", Ground::kDevice, {2},
      GetBytes<unsigned char, ZEMAPI_GetMiscSetting, 6>},
     {"ZEMAPI_SetMjpgQuality", Ground::kDevice, {2}, Plain<ZEMAPI_SetMjpgQuality>},
@@ -362,55 +389,56 @@ constexpr auto kOperations = std::to_array<Operation>({
 
     // Bulk data
     {"ZEMAPI_SendData", Ground::kDevice, {1, 32, 6}, [](Call& c) {
-       return WithImage(c, 32, [&](auto* data, auto length, auto callback) {
-         return ZEMAPI_SendData(c.Device(), data, length, callback, User(), c.Any<std::uint8_t>(),
-                                c.Any<std::uint8_t>()); });
+       return WithImage(c, 96, 32, Call::Use::kRead, [&](auto* data, auto length, auto callback) {
+         return ZEMAPI_SendData(c.Device(), data, length, callback, User(), c.Any<std::uint8_t>(3),
+                                c.Any<std::uint8_t>(0)); });
      }},
     {"ZEMAPI_WriteFWData", Ground::kDevice, {1, 32, 1}, [](Call& c) {
-       return WithImage(c, 1, [&](auto* data, auto length, auto callback) {
+       return SendsImage(c, [&](auto* data, auto length, auto callback) {
          return ZEMAPI_WriteFWData(c.Device(), data, length, callback, User()); });
      }},
     {"ZEMAPI_ReadFWData", Ground::kDevice, {3, 1, 1}, [](Call& c) {
-       return WithImage(c, 1, [&](auto* data, auto length, auto callback) {
+       return WithImage(c, 100, 1, Call::Use::kWritten, [&](auto* data, auto length, auto callback) {
          return ZEMAPI_ReadFWData(c.Device(), data, length, c.Out<std::uint32_t>(), callback,
                                   User()); });
      }},
     {"ZEMAPI_ReadPartialFlashData", Ground::kDevice, {2, 32, 6}, [](Call& c) {
-       return WithImage(c, 1, [&](auto* data, auto length, auto callback) {
+       return WithImage(c, 600, 1, Call::Use::kWritten, [&](auto* data, auto length, auto callback) {
          return ZEMAPI_ReadPartialFlashData(c.Device(), c.Any<std::uint32_t>(0), length, data,
                                             c.Out<std::uint32_t>(), callback, User()); });
      }},
 
     // Firmware update
     {"ZEMAPI_UpdateFW_516x", Ground::kDevice, {kBurn + kBurnPolls, 32, 1}, [](Call& c) {
-       return WithImage(c, 1, [&](auto* data, auto length, auto callback) {
+       return SendsImage(c, [&](auto* data, auto length, auto callback) {
          return ZEMAPI_UpdateFW_516x(c.Device(), data, length, callback, User(),
                                      c.Any<std::uint8_t>(0)); });
      }},
     {"ZEMAPI_UpdateFW_517x", Ground::kDevice, {kBurn + kUnprotect + 1, 32, 1}, [](Call& c) {
-       return WithImage(c, 1, [&](auto* data, auto length, auto callback) {
+       return SendsImage(c, [&](auto* data, auto length, auto callback) {
          return ZEMAPI_UpdateFW_517x(c.Device(), data, length, callback, User()); });
      }},
     {"ZEMAPI_UpdateFlash", Ground::kDevice, {kBurn + kBurnPolls, 32, 1}, [](Call& c) {
-       return WithImage(c, 1, [&](auto* data, auto length, auto callback) {
+       return SendsImage(c, [&](auto* data, auto length, auto callback) {
          return ZEMAPI_UpdateFlash(c.Device(), data, length, callback, User(),
                                    c.Any<std::uint8_t>(3), c.Any<std::uint8_t>(0)); });
      }},
     {"ZEMAPI_UpdateCaliData", Ground::kDevice, {kBurn + kBurnPolls, 32, 1}, [](Call& c) {
-       return WithImage(c, 1, [&](auto* data, auto length, auto callback) {
+       return SendsImage(c, [&](auto* data, auto length, auto callback) {
          return ZEMAPI_UpdateCaliData(c.Device(), data, length, callback, User()); });
      }},
 
     // Non-volatile memory and tables
     {"ZEMAPI_WriteNVMEM", Ground::kDevice, {0, 29, 1}, [](Call& c) {
        const std::uint32_t length = c.Length(100, kMostData);
-       return ZEMAPI_WriteNVMEM(c.Device(), c.Any<std::uint16_t>(0x3000), c.Bytes(length), length,
+       return ZEMAPI_WriteNVMEM(c.Device(), c.Any<std::uint16_t>(0x100), c.Bytes(length), length,
                                 c.Out<std::uint32_t>());
      }},
     {"ZEMAPI_ReadNVMEM", Ground::kDevice, {0, 29, 2}, [](Call& c) {
        const std::uint32_t length = c.Length(100, kMostData);
-       return ZEMAPI_ReadNVMEM(c.Device(), c.Any<std::uint16_t>(0), c.Bytes(length), length,
-                               c.Out<std::uint32_t>());
+       const auto address = c.Any<std::uint16_t>(0);
+       std::uint8_t* const data = c.Buffer(length);
+       return ZEMAPI_ReadNVMEM(c.Device(), address, data, length, c.Out<std::uint32_t>());
      }},
     {"ZEMAPI_TIRELLA_WriteNVMEM", Ground::kDevice, {0, 29, 1}, [](Call& c) {
        const std::uint32_t length = c.Length(256, kMostData);
@@ -419,8 +447,8 @@ constexpr auto kOperations = std::to_array<Operation>({
      }},
     {"ZEMAPI_TIRELLA_ReadNVMEM", Ground::kDevice, {18}, [](Call& c) {
        const auto length = c.Any<std::uint32_t>(256);
-       return ZEMAPI_TIRELLA_ReadNVMEM(c.Device(), c.Bytes(std::min(length, 256U)), length,
-                                       c.Out<std::uint32_t>());
+       std::uint8_t* const data = c.Buffer(std::min(length, 256U));
+       return ZEMAPI_TIRELLA_ReadNVMEM(c.Device(), data, length, c.Out<std::uint32_t>());
      }},
     {"ZEMAPI_TIRELLA_LedCtrl", Ground::kDevice, {1}, SetOne<std::uint8_t, ZEMAPI_TIRELLA_LedCtrl>},
     {"ZEMAPI_OpenTableHandle", Ground::kDevice, {2 * (2 + kTableMemory / 29 + 1)}, [](Call& c) {
@@ -430,18 +458,21 @@ constexpr auto kOperations = std::to_array<Operation>({
        return result;
      }},
     {"ZEMAPI_WriteTableEx", Ground::kDevice, {kTableMemory / 29 + 1}, [](Call& c) {
-       std::uint8_t* const table = c.BytesAlways(kTableMemory);
-       if (c.Any<std::uint8_t>(0, 1) == 0) {
-         // Table 1 has four bytes.
-         const std::array<std::uint8_t, 12> image = {0xEE, 0, 12, 0, 0, 1, 8, 0, 1, 2, 3, 4};
-         std::copy(image.begin(), image.end(), table);
-       }
+       // Table 1 has four bytes.
+       static constexpr std::array<std::uint8_t, 12> kImage = {0xEE, 0, 12, 0, 0, 1,
+                                                               8,    0, 1,  2, 3, 4};
+       const bool isImage = c.Any<std::uint8_t>(0, 1) == 0;
+       std::uint8_t* const table = c.BytesAlways(
+           kTableMemory, Call::Use::kWritten, 1,
+           isImage ? std::span<const std::uint8_t>(kImage) : std::span<const std::uint8_t>());
        return ZEMAPI_WriteTableEx(c.Device(), table, c.Any<std::uint8_t>(1), c.Bytes(kTableMemory),
                                   c.Any<std::uint32_t>(4), c.Out<std::uint32_t>());
      }},
     {"ZEMAPI_ReadTable", Ground::kDevice, {2 * (kTableMemory / 29 + 1)}, [](Call& c) {
-       return ZEMAPI_ReadTable(c.Device(), c.Any<std::uint8_t>(1), c.Bytes(kTableMemory),
-                               c.Any<std::uint32_t>(kTableMemory), c.Out<std::uint32_t>());
+       const auto id = c.Any<std::uint8_t>(1);
+       std::uint8_t* const data = c.Buffer(kTableMemory);
+       return ZEMAPI_ReadTable(c.Device(), id, data, c.Any<std::uint32_t>(kTableMemory),
+                               c.Out<std::uint32_t>());
      }},
     {"ZEMAPI_WriteTable", Ground::kDevice, {3 * (kTableMemory / 29 + 1)}, [](Call& c) {
        return ZEMAPI_WriteTable(c.Device(), c.Any<std::uint8_t>(1), c.Bytes(kTableMemory),
@@ -476,17 +507,17 @@ constexpr auto kOperations = std::to_array<Operation>({
     {"ZEMUVCEXT_SetSensorRegisterW", Ground::kSystem, {2},
      SetDefaultAt<std::uint16_t, std::uint16_t, ZEMUVCEXT_SetSensorRegisterW>},
     {"ZEMUVCEXT_GetFWVersion", Ground::kSystem, {2},
-     [](Call& c) { return ZEMUVCEXT_GetFWVersion(c.Bytes(6)); }},
+     [](Call& c) { return ZEMUVCEXT_GetFWVersion(c.Buffer(6)); }},
     {"ZEMUVCEXT_GetFWBuildDay", Ground::kSystem, {2},
-     [](Call& c) { return ZEMUVCEXT_GetFWBuildDay(reinterpret_cast<char*>(c.Bytes(12))); }},
+     [](Call& c) { return ZEMUVCEXT_GetFWBuildDay(reinterpret_cast<char*>(c.Buffer(12))); }},
     {"ZEMUVCEXT_SetH264Mode", Ground::kSystem, {2},
      SetDefault<std::uint8_t, ZEMUVCEXT_SetH264Mode>},
     {"ZEMUVCEXT_SetWDR", Ground::kSystem, {2}, SetDefault<std::uint8_t, ZEMUVCEXT_SetWDR>},
-    {"ZEMUVCEXT_IspCommand", Ground::kSystem, {2}, DefaultCommand<ZEMUVCEXT_IspCommand, 8>},
-    {"ZEMUVCEXT_IspCommandEx", Ground::kSystem, {2}, DefaultCommand<ZEMUVCEXT_IspCommandEx, 16>},
-    {"ZEMUVCEXT_VcpCommand", Ground::kSystem, {2}, DefaultCommand<ZEMUVCEXT_VcpCommand, 8>},
+    {"ZEMUVCEXT_IspCommand", Ground::kSystem, {2}, DefaultCommand<ZEMUVCEXT_IspCommand, 8, 0x0B>},
+    {"ZEMUVCEXT_IspCommandEx", Ground::kSystem, {2}, DefaultCommand<ZEMUVCEXT_IspCommandEx, 16, 1>},
+    {"ZEMUVCEXT_VcpCommand", Ground::kSystem, {2}, DefaultCommand<ZEMUVCEXT_VcpCommand, 8, 0x23>},
     {"ZEMUVCEXT_GetChipInfo", Ground::kSystem, {1},
-     [](Call& c) { return ZEMUVCEXT_GetChipInfo(c.Bytes(16)); }},
+     [](Call& c) { return ZEMUVCEXT_GetChipInfo(c.Buffer(16)); }},
     {"ZEMUVCEXT_IspCmdWriteMem", Ground::kSystem, {1, 16, 1}, [](Call& c) {
        const std::uint32_t length = c.Length(100, kMostData);
        const bool isNegative = c.Any<std::uint8_t>(0) % 8 == 7;
@@ -495,32 +526,32 @@ constexpr auto kOperations = std::to_array<Operation>({
      }},
     {"ZEMUVCEXT_IspCmdReadMem", Ground::kSystem, {0, 16, 1}, [](Call& c) {
        const std::uint32_t length = c.Length(100, kMostData);
-       return ZEMUVCEXT_IspCmdReadMem(c.Bytes(length), length);
+       return ZEMUVCEXT_IspCmdReadMem(c.Buffer(length), length);
      }},
     {"ZEMUVCEXT_WriteFWData", Ground::kSystem, {1, 32, 1}, [](Call& c) {
-       return WithImage(c, 64, [](auto* data, auto length, auto callback) {
+       return SendsImageWithoutHandle(c, [](auto* data, auto length, auto callback) {
          return ZEMUVCEXT_WriteFWData(data, static_cast<std::int32_t>(length), callback,
                                       User()); });
      }},
     {"ZEMUVCEXT_ReadFWData", Ground::kSystem, {3, 1, 1}, [](Call& c) {
-       return WithImage(c, 1, [&](auto* data, auto length, auto callback) {
+       return WithImage(c, 100, 1, Call::Use::kWritten, [&](auto* data, auto length, auto callback) {
          return ZEMUVCEXT_ReadFWData(data, length, c.Out<std::uint32_t>(), callback, User()); });
      }},
     {"ZEMUVCEXT_UpdateFW", Ground::kSystem, {kBurn + kBurnPolls, 32, 1}, [](Call& c) {
-       return WithImage(c, 64, [](auto* data, auto length, auto /*callback*/) {
+       return SendsImageWithoutHandle(c, [](auto* data, auto length, auto /*callback*/) {
          return ZEMUVCEXT_UpdateFW(data, length); });
      }},
     {"ZEMUVCEXT_UpdateFW_with_progress", Ground::kSystem, {kBurn + kBurnPolls, 32, 1}, [](Call& c) {
-       return WithImage(c, 64, [](auto* data, auto length, auto callback) {
+       return SendsImageWithoutHandle(c, [](auto* data, auto length, auto callback) {
          return ZEMUVCEXT_UpdateFW_with_progress(data, length, callback, User()); });
      }},
     {"ZEMUVCEXT_UpdateFW_with_progressEx", Ground::kSystem, {kBurn + kBurnPolls, 32, 1},
      [](Call& c) {
-       return WithImage(c, 64, [](auto* data, auto length, auto callback) {
+       return SendsImageWithoutHandle(c, [](auto* data, auto length, auto callback) {
          return ZEMUVCEXT_UpdateFW_with_progressEx(data, length, callback, User()); });
      }},
     {"ZEMUVCEXT_UpdateFW_Vision", Ground::kSystem, {kBurn + 1, 32, 1}, [](Call& c) {
-       return WithImage(c, 64, [&](auto* data, auto length, auto callback) {
+       return SendsImageWithoutHandle(c, [&](auto* data, auto length, auto callback) {
          return ZEMUVCEXT_UpdateFW_Vision(data, length, c.Any<std::uint8_t>(0), callback,
                                           User()); });
      }},
@@ -570,9 +601,10 @@ constexpr auto kOperations = std::to_array<Operation>({
        return ZEMROMAPI_ReadRegister(c.Session(), c.Any<unsigned>(), c.Out<unsigned char>());
      }},
     {"ZEMROMAPI_ScsiCommand", Ground::kSession, {kScsi}, [](Call& c) {
-       const unsigned length = c.Length(512, 65536);
-       std::uint8_t* const cdb = c.Bytes(16);
-       std::uint8_t* const data = c.Bytes(length);
+       // An inquiry.
+       const unsigned length = c.Length(36, 65536);
+       std::uint8_t* const cdb = c.Command(16, 0x12);
+       std::uint8_t* const data = c.Buffer(length);
        return ZEMROMAPI_ScsiCommand(c.Session(), c.Any<int>(1, 1), length, cdb, data);
      }},
     {"ZEMROMAPI_MkEmmcEhancedArea", Ground::kSession, {kScsi}, [](Call& c) {
@@ -619,7 +651,10 @@ constexpr auto kOperations = std::to_array<Operation>({
     {"ZEMAPI_SetH264FrameIndex", Ground::kDevice, {kFrameList + kH264Start},
      SetOne<unsigned short, ZEMAPI_SetH264FrameIndex>},
     {"ZEMAPI_SetH264Mode", Ground::kDevice, {kH264Start},
-     SetAt<unsigned, unsigned, ZEMAPI_SetH264Mode>},
+     [](Call& c) {
+       const auto width = c.Any<unsigned>(1280);
+       return ZEMAPI_SetH264Mode(c.Device(), width, c.Any<unsigned>(720));
+     }},
     {"ZEMAPI_SetFps", Ground::kDevice, {2}, SetOne<unsigned short, ZEMAPI_SetFps>},
     {"ZEMAPI_SetBitRate", Ground::kDevice, {2}, SetOne<unsigned short, ZEMAPI_SetBitRate>},
     {"ZEMAPI_ForceIFrame", Ground::kDevice, {2}, Plain<ZEMAPI_ForceIFrame>},
@@ -644,13 +679,13 @@ constexpr auto kOperations = std::to_array<Operation>({
      }},
     {"?WREN_EuGet@@YAJPEAXI0G@Z", Ground::kFilter, {1}, [](Call& c) {
        const std::uint32_t length = c.Length(4, 0xFFFF);
-       return WREN_EuGet(c.Filter(), c.Any<std::uint32_t>(0, 0x10000) + 1, c.Bytes(length),
+       return WREN_EuGet(c.Filter(), c.Any<std::uint32_t>(0, 0x10000) + 1, c.Buffer(length),
                          static_cast<std::uint16_t>(length));
      }},
-    {"WREN_ProbeSet", Ground::kFilter, {1}, ProbeTransfer<WREN_ProbeSet>},
-    {"WREN_ProbeGet", Ground::kFilter, {1}, ProbeTransfer<WREN_ProbeGet>},
-    {"WREN_CommitSet", Ground::kFilter, {1}, ProbeTransfer<WREN_CommitSet>},
-    {"WREN_CommitGet", Ground::kFilter, {1}, ProbeTransfer<WREN_CommitGet>},
+    {"WREN_ProbeSet", Ground::kFilter, {1}, ProbeTransfer<WREN_ProbeSet, Call::Use::kRead>},
+    {"WREN_ProbeGet", Ground::kFilter, {1}, ProbeTransfer<WREN_ProbeGet, Call::Use::kWritten>},
+    {"WREN_CommitSet", Ground::kFilter, {1}, ProbeTransfer<WREN_CommitSet, Call::Use::kRead>},
+    {"WREN_CommitGet", Ground::kFilter, {1}, ProbeTransfer<WREN_CommitGet, Call::Use::kWritten>},
 
     // Streams and endpoints
     {"ORVAAPI_GetVersion", Ground::kDevice, {1}, GetBytes<unsigned char, ORVAAPI_GetVersion, 1>},
@@ -726,15 +761,20 @@ std::uint32_t Call::Skipped(std::uint32_t usual, std::uint32_t most) {
   return skipped_;
 }
 
-std::uint8_t* Call::BytesAlways(std::size_t size, std::size_t unit) {
+std::uint8_t* Call::BytesAlways(std::size_t size, Use use, std::size_t unit,
+                                std::span<const std::uint8_t> start) {
   const std::size_t whole = (size + unit - 1) / unit * unit;
   memory_.push_back(std::make_unique<std::uint8_t[]>(whole));
-  choices_.Fill({memory_.back().get(), whole});
-  return memory_.back().get();
+  const std::span<std::uint8_t> memory(memory_.back().get(), whole);
+  choices_.Fill(memory);
+  std::copy(start.begin(), start.end(), memory.begin());
+  choices_.Give(memory, use);
+  return memory.data();
 }
 
-std::uint8_t* Call::Bytes(std::size_t size) {
-  return choices_.LeftOut() ? nullptr : BytesAlways(size);
+std::uint8_t* Call::Command(std::size_t size, std::uint8_t usual) {
+  const std::array<std::uint8_t, 1> code = {Any<std::uint8_t>(usual)};
+  return choices_.LeftOut() ? nullptr : BytesAlways(size, Use::kRead, 1, code);
 }
 
 const wchar_t* Call::File(const FileBytes& usual) {

@@ -25,10 +25,14 @@ class Choices {
   virtual bool LeftOut() = 0;
   // The caller's data.
   virtual void Fill(std::span<std::uint8_t> bytes) = 0;
+
+  // The operation gets this memory, with what it holds at first.
+  enum class Use : std::uint8_t { kRead, kWritten };
+  virtual void Give(std::span<std::uint8_t> /*memory*/, Use /*use*/) {}
 };
 
 // What a healthy run takes: nothing is left out, data is 1, 2, 3, ...
-class UsualChoices final : public Choices {
+class UsualChoices : public Choices {
  public:
   std::uint64_t Number(std::uint64_t usual, std::uint64_t most) override;
   bool LeftOut() override { return false; }
@@ -75,21 +79,28 @@ class Call {
   // How much data the operation moves; the bound of its requests counts it.
   std::uint32_t Length(std::uint32_t usual, std::uint32_t most);
 
-  // `size` bytes for the library to read or to fill; or null, where that is a refusal.
-  std::uint8_t* Bytes(std::size_t size);
-  // The same, never null; at least as long as `size` rounded up to whole units.
-  std::uint8_t* BytesAlways(std::size_t size, std::size_t unit = 1);
+  using Use = Choices::Use;
+  // `size` bytes for the library to read; or null, where that is a refusal.
+  std::uint8_t* Bytes(std::size_t size) { return OrNull(size, Use::kRead); }
+  // The same for the library to fill.
+  std::uint8_t* Buffer(std::size_t size) { return OrNull(size, Use::kWritten); }
   template <class Type>
   Type* Out() {
-    return reinterpret_cast<Type*>(Bytes(sizeof(Type)));
+    return reinterpret_cast<Type*>(Buffer(sizeof(Type)));
   }
+  // Either, never null; at least as long as `size` rounded up to whole units, and begins with
+  // `start`.
+  std::uint8_t* BytesAlways(std::size_t size, Use use, std::size_t unit = 1,
+                            std::span<const std::uint8_t> start = {});
   // Out, never null, with a value at first.
   template <class Type>
   Type* InOut(Type value) {
-    auto* const place = reinterpret_cast<Type*>(BytesAlways(sizeof(Type)));
-    *place = value;
-    return place;
+    return reinterpret_cast<Type*>(
+        BytesAlways(sizeof(Type), Use::kWritten, 1,
+                    {reinterpret_cast<const std::uint8_t*>(&value), sizeof(value)}));
   }
+  // A block of `size` bytes that begins with this code, or any other; or null.
+  std::uint8_t* Command(std::size_t size, std::uint8_t usual);
 
   // The path of a file in memory: these bytes, or any; or null.
   const wchar_t* File(const std::vector<std::uint8_t>& usual);
@@ -104,6 +115,9 @@ class Call {
   std::uint32_t skipped() const { return skipped_; }
 
  private:
+  std::uint8_t* OrNull(std::size_t size, Use use) {
+    return choices_.LeftOut() ? nullptr : BytesAlways(size, use);
+  }
   const wchar_t* Keep(const std::wstring& text);
 
   Stage& stage_;

@@ -1,14 +1,10 @@
-// The table of operations: it has every export, and each runs on healthy devices within its bound.
+// The table of operations has every export. Each is run in tests/sweep/.
 #include "tests/support/operations.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <optional>
 #include <set>
-
-#include "romboot/usb_scsi_cmd.h"
-#include "tests/support/healthy_stage.h"
 
 namespace {
 
@@ -48,56 +44,5 @@ TEST(OperationsTest, ABoundCountsBegunPieces) {
   EXPECT_EQ(bound.Of(32), 9U);
   EXPECT_EQ(bound.Of(33), 15U);
 }
-
-// Counts what reaches the devices.
-class CountingGate final : public zem::simulator::CallGate {
- public:
-  HRESULT Enter(const char* call) override {
-    const std::string_view name = call;
-    isStandard_ = name == "Get" || name == "Set" || name == "GetRange" || name == "put_MixLevel";
-    requests += isStandard_ ? 1U : 0U;
-    return S_OK;
-  }
-  HRESULT EndTransfer(HRESULT result) override {
-    ++requests;
-    return result;
-  }
-  std::uint64_t requests = 0;
-
- private:
-  bool isStandard_ = false;
-};
-
-class HealthyOperationTest : public ::testing::TestWithParam<Operation> {
- protected:
-  HealthyOperationTest() { zem::sendAddressDivider = 0; }
-  ~HealthyOperationTest() override {
-    stage_.reset();
-    EXPECT_EQ(zem::simulator::liveComObjects, 0) << "objects left referenced";
-  }
-
-  CountingGate counting_;
-  std::optional<zem::testing::HealthyStage> stage_{std::in_place, &counting_};
-};
-
-TEST_P(HealthyOperationTest, SucceedsWithinItsBound) {
-  const Operation& operation = GetParam();
-  ASSERT_TRUE(stage_->Prepare(operation));
-  counting_.requests = 0;
-  stage_->volume.controls.clear();
-  EXPECT_GE(stage_->Run(operation), 0);
-  EXPECT_LE(counting_.requests + stage_->volume.controls.size(),
-            operation.bound.Of(stage_->length()));
-}
-
-std::string NameOf(const ::testing::TestParamInfo<Operation>& info) {
-  std::string name = info.param.name;
-  std::erase_if(name, [](char letter) {
-    return std::isalnum(static_cast<unsigned char>(letter)) == 0 && letter != '_';
-  });
-  return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Exports, HealthyOperationTest, ::testing::ValuesIn(Operations()), NameOf);
 
 }  // namespace
