@@ -13,30 +13,39 @@ namespace {
 
 constexpr std::uint8_t kMissingChroma = 128;
 
-// The last needs AVX2.
-constexpr std::array<PixelKernel, 3> kKernels = {{
+// The third needs AVX2, the fourth its successor with the permutation of bytes (VBMI).
+constexpr std::array<PixelKernel, 4> kKernels = {{
     {"reference", ConvertYuy2Reference, ConvertPlanarReference},
     {"SSE2", ConvertYuy2Sse2, ConvertPlanarSse2},
     {"AVX2", ConvertYuy2Avx2, ConvertPlanarAvx2},
+    {"AVX512", ConvertYuy2Avx512, ConvertPlanarAvx512},
 }};
 
-bool HasAvx2() {
 #if defined(_MSC_VER) && !defined(__clang__)
+// Whether the processor has the feature (register and bit of its list), and the system saves the
+// registers that it takes.
+bool Has(int list, int bit, unsigned long long registersSaved) {
   int registers[4];
   __cpuid(registers, 1);
-  const bool systemSavesRegisters =
-      (registers[2] & 1 << 27) != 0 && (_xgetbv(_XCR_XFEATURE_ENABLED_MASK) & 6) == 6;
+  const bool systemTells = (registers[2] & 1 << 27) != 0;
+  if (!systemTells || (_xgetbv(_XCR_XFEATURE_ENABLED_MASK) & registersSaved) != registersSaved) {
+    return false;
+  }
   __cpuidex(registers, 7, 0);
-  return systemSavesRegisters && (registers[1] & 1 << 5) != 0;
-#else
-  return __builtin_cpu_supports("avx2") != 0;
-#endif
+  return (registers[list] & 1 << bit) != 0;
 }
+
+bool HasAvx2() { return Has(1, 5, 0x06); }
+bool HasAvx512() { return Has(2, 1, 0xE6); }
+#else
+bool HasAvx2() { return __builtin_cpu_supports("avx2") != 0; }
+bool HasAvx512() { return __builtin_cpu_supports("avx512vbmi") != 0; }
+#endif
 
 }  // namespace
 
 std::span<const PixelKernel> PixelKernels() {
-  return std::span(kKernels).first(HasAvx2() ? kKernels.size() : kKernels.size() - 1);
+  return std::span(kKernels).first(2 + std::size_t{HasAvx2()} + std::size_t{HasAvx512()});
 }
 
 void PlanarToBgr(const PixelKernel& kernel, const std::uint8_t* frame, std::uint8_t* bgr,
@@ -77,7 +86,7 @@ void Yuy2ToBgr(const PixelKernel& kernel, const std::uint8_t* frame, std::uint8_
   }
   const std::size_t columns = width;
   const std::size_t even = columns & ~std::size_t{1};
-  const std::ptrdiff_t toNext = -static_cast<std::ptrdiff_t>(columns * 2);
+  const std::ptrdiff_t toNext = -static_cast<std::ptrdiff_t>(columns);
   for (std::size_t row = height; row-- > 0; bgr += columns * kBgrBytes) {
     const std::uint8_t* const source = frame + row * columns * 2;
     kernel.convertYuy2(source, bgr, even, toNext);

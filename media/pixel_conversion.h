@@ -16,7 +16,7 @@ struct PixelKernel {
   const char* name;
 
   // Pixels of one row of Y0 U Y1 V groups. `width` is even; `bgr` receives width * 3 bytes.
-  // `toNext` is the distance in bytes to the row that comes next, for the processor to fetch
+  // `toNext` is the distance in pixels to the row that comes next, for the processor to fetch
   // meanwhile.
   void (*convertYuy2)(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
                       std::ptrdiff_t toNext);

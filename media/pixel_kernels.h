@@ -26,4 +26,10 @@ void ConvertYuy2Avx2(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t wi
 void ConvertPlanarAvx2(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
                        std::uint8_t* bgr, std::size_t width, std::size_t stride, std::size_t rows);
 
+void ConvertYuy2Avx512(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
+                       std::ptrdiff_t toNext);
+void ConvertPlanarAvx512(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
+                         std::uint8_t* bgr, std::size_t width, std::size_t stride,
+                         std::size_t rows);
+
 }  // namespace zem

@@ -40,6 +40,8 @@ constexpr std::int16_t kGreenFactorU = -11272;
 constexpr std::int16_t kGreenFactorV = -23396;
 constexpr std::int16_t kDoubtfulRest = 128;
 
+constexpr std::size_t kCacheLine = 64;
+
 template <class Isa>
 constexpr std::size_t kBlockPixels = 2 * Isa::kWords;
 
@@ -100,36 +102,59 @@ ZEM_ALWAYS_INLINE std::size_t NextBlock(std::size_t position, std::size_t last) 
 // Calls `visit(number)` for each bit that is set.
 template <class Visit>
 void ForEachBit(std::uint32_t bits, Visit visit) {
-  for (std::size_t number = 0; bits >> number != 0; ++number) {
-    if ((bits >> number & 1) != 0) {
+  for (std::size_t number = 0; bits != 0; ++number, bits >>= 1) {
+    if ((bits & 1) != 0) {
       visit(number);
     }
   }
 }
 
-// Has the cache fetch the byte at that distance, which may lie outside any buffer: hence the sum of
-// numbers, where one of pointers would have no meaning. Rows follow each other in an order and at
-// distances that the processor does not foresee by itself.
+// Rows follow each other in an order and at distances that the processor does not foresee by
+// itself: the cache is told what comes so many pixels later. That is far enough for memory, and
+// near enough to be still there when its turn comes.
+constexpr std::size_t kPixelsAhead = 1536;
+
+// The distance in pixels from `position` to there: in this row or, past its end, in the one that
+// begins `toNext` pixels after it.
+ZEM_ALWAYS_INLINE std::ptrdiff_t DistanceAhead(std::size_t position, std::size_t width,
+                                               std::ptrdiff_t toNext) {
+  const std::size_t ahead = width < kPixelsAhead ? width : kPixelsAhead;
+  const auto here = static_cast<std::ptrdiff_t>(ahead);
+  return position + ahead < width ? here : here - static_cast<std::ptrdiff_t>(width) + toNext;
+}
+
+#if defined(_MSC_VER) && !defined(__clang__)
+constexpr auto kToWrite = _MM_HINT_T0;
+#else
+constexpr auto kToWrite = _MM_HINT_ET0;
+#endif
+
+// Has the cache fetch so many bytes at that distance, which may lie outside any buffer: hence the
+// sum of numbers, where one of pointers would have no meaning.
+template <std::size_t bytes, auto hint = _MM_HINT_T0>
 ZEM_ALWAYS_INLINE void Fetch(const std::uint8_t* from, std::ptrdiff_t distance) {
   const auto address =
       reinterpret_cast<std::uintptr_t>(from) + static_cast<std::uintptr_t>(distance);
-  _mm_prefetch(reinterpret_cast<const char*>(address), _MM_HINT_T0);
+  for (std::size_t line = 0; line < bytes; line += kCacheLine) {
+    _mm_prefetch(reinterpret_cast<const char*>(address + line), hint);
+  }
 }
 
 template <class Isa>
 void ConvertYuy2Row(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
                     std::ptrdiff_t toNext) {
-  if (width < kBlockPixels<Isa>) {
+  constexpr std::size_t kPixels = kBlockPixels<Isa>;
+  if (width < kPixels) {
     ConvertYuy2Reference(yuy2, bgr, width, toNext);
     return;
   }
-  const std::size_t last = width - kBlockPixels<Isa>;
+  const std::size_t last = width - kPixels;
   for (std::size_t position = 0; position <= last; position = NextBlock<Isa>(position, last)) {
     const std::uint8_t* const source = yuy2 + position * 2;
     std::uint8_t* const destination = bgr + position * kBgrBytes;
     typename Isa::Register low;
     typename Isa::Register high;
-    Fetch(source, toNext);
+    Fetch<kPixels * 2>(source, DistanceAhead(position, width, toNext) * 2);
     Isa::LoadYuy2(source, low, high);
     const ChromaOffsets<Isa> offsets =
         OffsetsOf<Isa>(Isa::ChromaOfYuy2(low), Isa::ChromaOfYuy2(high));
@@ -143,32 +168,44 @@ void ConvertYuy2Row(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t wid
 template <class Isa>
 void ConvertPlanarRows(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
                        std::uint8_t* bgr, std::size_t width, std::size_t stride, std::size_t rows) {
-  if (width < kBlockPixels<Isa>) {
+  constexpr std::size_t kPixels = kBlockPixels<Isa>;
+  if (width < kPixels) {
     ConvertPlanarReference(luma, u, v, bgr, width, stride, rows);
     return;
   }
   const auto toNext = static_cast<std::ptrdiff_t>(rows * stride);
-  const std::size_t last = width - kBlockPixels<Isa>;
+  const auto toNextChroma = static_cast<std::ptrdiff_t>(stride);
+  const std::size_t last = width - kPixels;
   for (std::size_t position = 0; position <= last; position = NextBlock<Isa>(position, last)) {
+    const std::uint8_t* const source = luma + position;
     const std::uint8_t* const blockU = u + position / 2;
     const std::uint8_t* const blockV = v + position / 2;
-    typename Isa::Register low;
-    typename Isa::Register high;
-    Isa::LoadChroma(blockU, blockV, low, high);
-    const ChromaOffsets<Isa> offsets = OffsetsOf<Isa>(low, high);
-    for (std::size_t row = 0; row < rows; ++row) {
-      const std::uint8_t* const source = luma + row * stride + position;
-      std::uint8_t* const destination = bgr + (row * stride + position) * kBgrBytes;
-      Fetch(source, toNext);
-      Fetch(destination, toNext * static_cast<std::ptrdiff_t>(kBgrBytes));
-      Fetch(destination, toNext * static_cast<std::ptrdiff_t>(kBgrBytes) + 64);
-      Isa::LoadLuma(source, low, high);
-      StorePixels<Isa>(offsets, low, high, destination);
-      ForEachBit(offsets.doubtful, [=](std::size_t pair) {
-        ConvertPlanarReference(source + pair * 2, blockU + pair, blockV + pair,
-                               destination + pair * 2 * kBgrBytes, 2, stride, 1);
-      });
+    std::uint8_t* const destination = bgr + position * kBgrBytes;
+    typename Isa::Register chromaLow;
+    typename Isa::Register chromaHigh;
+    const std::ptrdiff_t ahead = DistanceAhead(position, width, toNext);
+    const std::ptrdiff_t chromaAhead = DistanceAhead(position, width, toNextChroma) / 2;
+    Fetch<kPixels / 2>(blockU, chromaAhead);
+    Fetch<kPixels / 2>(blockV, chromaAhead);
+    Isa::LoadChroma(blockU, blockV, chromaLow, chromaHigh);
+    const ChromaOffsets<Isa> offsets = OffsetsOf<Isa>(chromaLow, chromaHigh);
+    const auto convertRow = [=](std::size_t row) {
+      Fetch<kPixels>(source + row * stride, ahead);
+      Fetch<kPixels * kBgrBytes, kToWrite>(destination + row * stride * kBgrBytes,
+                                           ahead * static_cast<std::ptrdiff_t>(kBgrBytes));
+      typename Isa::Register low;
+      typename Isa::Register high;
+      Isa::LoadLuma(source + row * stride, low, high);
+      StorePixels<Isa>(offsets, low, high, destination + row * stride * kBgrBytes);
+    };
+    convertRow(0);
+    if (rows == 2) {
+      convertRow(1);
     }
+    ForEachBit(offsets.doubtful, [=](std::size_t pair) {
+      ConvertPlanarReference(source + pair * 2, blockU + pair, blockV + pair,
+                             destination + pair * 2 * kBgrBytes, 2, stride, rows);
+    });
   }
 }
 

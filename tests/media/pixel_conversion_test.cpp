@@ -143,7 +143,7 @@ constexpr std::size_t kGuard = 64;
 
 TEST_P(KernelTest, FramesOfAllSmallSizesStayWithinTheirBuffers) {
   std::minstd_rand random(7);
-  for (std::uint32_t width = 1; width <= 70; ++width) {
+  for (std::uint32_t width = 1; width <= 140; ++width) {
     for (std::uint32_t height = 1; height <= 9; ++height) {
       const std::size_t shift = random() % 4;
       const std::size_t pixels = std::size_t{width} * height;
