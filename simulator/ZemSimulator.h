@@ -56,6 +56,14 @@ const char* ZemSimulatorLastError(void);
  */
 int32_t ZemSimulatorDevices(void** enumerator);
 
+/**
+ * Counts the objects of the simulated devices that hosts in this process have not released for the
+ * last time: enumerators, filters and the interfaces they gave.
+ *
+ * @return 0 when everything has been given back
+ */
+int32_t ZemSimulatorObjects(void);
+
 #ifdef __cplusplus
 }
 #endif

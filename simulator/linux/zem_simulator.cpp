@@ -105,4 +105,6 @@ std::int32_t ZemSimulatorDevices(void** enumerator) {
   return result;
 }
 
+std::int32_t ZemSimulatorObjects(void) { return zem::simulator::liveComObjects; }
+
 }  // extern "C"

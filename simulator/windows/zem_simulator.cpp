@@ -186,6 +186,8 @@ std::int32_t ZemSimulatorDevices(void** enumerator) {
   return *enumerator != nullptr ? S_OK : E_FAIL;
 }
 
+std::int32_t ZemSimulatorObjects(void) { return zem::simulator::liveComObjects; }
+
 BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID /*reserved*/) {
   if (reason == DLL_PROCESS_ATTACH) {
     zem::simulator::thisModule = instance;

@@ -33,6 +33,7 @@ constexpr int kThreads = 2;
 // Runs it on two threads, each from beginning to end.
 void OnTwoThreads(const std::function<void(int thread)>& work) {
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back(work, thread);
   }

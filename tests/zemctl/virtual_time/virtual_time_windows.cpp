@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <optional>
 
 #include "simulator/windows/import_hook.h"
 #include "tests/zemctl/virtual_time/virtual_time.h"
@@ -21,6 +22,14 @@ BOOL WINAPI ProgramClock(LARGE_INTEGER* count) {
   count->QuadPart = static_cast<LONGLONG>(now) * frequency.QuadPart / 1000;
   return TRUE;
 }
+
+// A program need not wait or look at the clock by itself.
+std::optional<ImportHook> HookOf(HMODULE program, const char* name, FARPROC replacement) {
+  return ImportHook::IsPossible(program, name)
+             ? std::optional<ImportHook>(std::in_place, program, name, replacement)
+             : std::nullopt;
+}
+
 }  // namespace
 
 struct VirtualTime::Hooks {
@@ -28,8 +37,9 @@ struct VirtualTime::Hooks {
   HeldModule program = zem::simulator::HoldProgram();
   ImportHook librarySleep{library.get(), "Sleep", AsImport(PassTime)};
   ImportHook libraryClock{library.get(), "timeGetTime", AsImport(LibraryClock)};
-  ImportHook programSleep{program.get(), "Sleep", AsImport(PassTime)};
-  ImportHook programClock{program.get(), "QueryPerformanceCounter", AsImport(ProgramClock)};
+  std::optional<ImportHook> programSleep = HookOf(program.get(), "Sleep", AsImport(PassTime));
+  std::optional<ImportHook> programClock =
+      HookOf(program.get(), "QueryPerformanceCounter", AsImport(ProgramClock));
 };
 
 VirtualTime::VirtualTime() : hooks_(std::make_unique<Hooks>()) {}
