@@ -31,7 +31,7 @@ std::string Footer() {
 
 }  // namespace
 
-Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi.dll.", "zemctl") {
+Program::Program() : app_("Controls USB video-class cameras through ZemUVCExtApi.", "zemctl") {
   app_.require_subcommand(1);
   app_.fallthrough();
   app_.footer(Footer());
