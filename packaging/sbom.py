@@ -116,6 +116,8 @@ class Build:
                 linked.add(path)
             elif not name.endswith(".dll.a"):
                 units.add(self.unit_of(name, member))
+        if not units:
+            sys.exit(f"{binary}: its map names nothing of ours; it is no map of the GNU linker")
         compiled = {path for unit in units for path in self.compiled_from(unit) if not self.is_ours(path)}
         return frozenset(linked), frozenset(compiled), frozenset(shared)
 

@@ -95,7 +95,7 @@ contents() {
   done
   versions
   manuals
-  python3 -B scripts/checks/bill_of_materials.py "$work"/{"$zip",libzemuvcextapi1,libzemuvcextapi-dev,zemuvc-tools}
+  /usr/bin/python3 -B scripts/checks/bill_of_materials.py "$work"/{"$zip",libzemuvcextapi1,libzemuvcextapi-dev,zemuvc-tools}
   mapfile -t binaries < <(find "$work" -type f -regex '.*\(\.dll\|\.exe\|\.lib\|\.a\|\.so[0-9.]*\|/usr/bin/[^/]*\)')
   [ "${#binaries[@]}" -eq 13 ] || fail "binaries: ${binaries[*]}"
   scripts/checks/hardening.sh "${binaries[@]}"

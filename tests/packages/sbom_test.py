@@ -55,6 +55,9 @@ class Ingredients(unittest.TestCase):
     def test_what_the_linker_took_is_known(self):
         self.assertIn("the linker took blob.bin", self.refusal(self.of, "LOAD blob.bin\n", {}))
 
+    def test_a_map_of_another_linker_is_refused(self):
+        self.assertIn("no map of the GNU linker", self.refusal(self.of, "VMA LMA Size Align Out In Symbol\n", {}))
+
     def test_what_a_unit_was_compiled_from_is_known(self):
         self.assertEqual(self.refusal(self.of, "LOAD main.o\n", {}), "main.o: not known what it was compiled from")
 
