@@ -95,7 +95,7 @@ class TwoThreadsTest : public ::testing::Test {
 // ---- Devices ----
 
 TEST_F(TwoThreadsTest, EachOperationAtTheSameMomentOnTwoDevices) {
-  constexpr int kTimes = 10;
+  constexpr int kTimes = 5;
   std::barrier start(kThreads);
   std::array<std::vector<std::string>, kThreads> odd;
   OnTwoThreads([&](int thread) {
@@ -113,7 +113,7 @@ TEST_F(TwoThreadsTest, EachOperationAtTheSameMomentOnTwoDevices) {
 }
 
 TEST_F(TwoThreadsTest, DifferentOperationsOnTwoDevices) {
-  constexpr int kTimes = 10;
+  constexpr int kTimes = 5;
   std::array<std::vector<std::string>, kThreads> odd;
   OnTwoThreads([&](int thread) {
     for (std::size_t step = 0; step < kTimes * alone_.size(); ++step) {
