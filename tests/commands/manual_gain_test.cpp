@@ -8,7 +8,6 @@ using zem::simulator::ControlFamily;
 using zem::simulator::ControlSetting;
 using zem::simulator::StandardControl;
 using zem::testing::DeviceTest;
-using zem::testing::kFailedTransfer;
 using zem::testing::kUnknownControl;
 using zem::testing::Lines;
 using zem::testing::RecordingGate;
@@ -113,24 +112,6 @@ TEST_F(ManualGainTest, FailureOfEachPlatformCall) {
     }
     EXPECT_EQ(zem::simulator::liveComObjects, 1) << "the handle's filter";
   }
-}
-
-TEST_F(ManualGainTest, FailureOfEachTransfer) {
-  AddAmplifier();
-  handle();
-  // The first two are those of the standard control.
-  FailTransfer(1);
-  EXPECT_EQ(ZEMAPI_EnableManualGainCtrl(handle(), 1), kFailedTransfer);
-  EXPECT_EQ(TakeWire(), Lines());
-  FailTransfer(2);
-  EXPECT_EQ(ZEMAPI_EnableManualGainCtrl(handle(), 1), 0);
-  EXPECT_EQ(TakeWire(), kManualCommand);
-  FailTransfer(3);
-  EXPECT_EQ(ZEMAPI_EnableManualGainCtrl(handle(), 1), kFailedTransfer);
-  EXPECT_EQ(TakeWire(), Lines{"set vendor 1: 11 00 00 00 00 00 00 00 failed"});
-  FailTransfer(4);
-  EXPECT_EQ(ZEMAPI_EnableManualGainCtrl(handle(), 1), kFailedTransfer);
-  EXPECT_EQ(TakeWire().size(), 2U);
 }
 
 TEST_F(ManualGainTest, PositiveResultsAreNoFailuresAndThatOfTheReplyIsReturned) {

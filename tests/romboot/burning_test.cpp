@@ -8,10 +8,7 @@ using zem::testing::Bytes;
 using zem::testing::ImageFile;
 using zem::testing::InOrder;
 using zem::testing::Joined;
-using zem::testing::kTimeout;
-using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
-using zem::testing::NotWritten;
 using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
 using zem::testing::PcCamFile;
@@ -127,48 +124,6 @@ TEST_F(BurnFwTest, AddressesAreDivided) {
   EXPECT_EQ(address, 0x12000U);
 }
 
-TEST_F(BurnFwTest, AnEraseThatFailsIsIgnored) {
-  session();
-  volume.Fail(1, kTimeout);
-  EXPECT_EQ(Burn(ImageFile(kHeaderBlock, SomeBytes(5000))), 1);
-  EXPECT_EQ(address, 0x13000U);
-  EXPECT_EQ(TakeEvents(), InOrder({NotWritten(0x10000, 8),
-                                   {kTransferFailedEvent},
-                                   Written(0x11000, 10),
-                                   Written(0x10000, 8)}));
-}
-
-TEST_F(BurnFwTest, FailedPayloadLeavesTheHeaderBlockUnwritten) {
-  for (std::size_t failing = 2; failing <= 4; ++failing) {
-    session();
-    address = 0x10000;
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(Burn(ImageFile(kHeaderBlock, SomeBytes(70000))), ZEM_E_FAIL);
-    EXPECT_EQ(address, 0x11000U + 0x8000U * (failing - 2)) << "where writing stopped";
-    EXPECT_EQ(Stored(0x10000, 4096), Bytes(4096, 0xFF));
-    EXPECT_EQ(Stored(0x11000, (failing - 2) * 0x8000),
-              PartOf(SomeBytes(70000), 0, (failing - 2) * 0x8000));
-    Lines events = Written(0x10000, 8);
-    std::uint32_t at = 0x11000;
-    for (std::size_t sent = 2; sent < failing; ++sent, at += 0x8000) {
-      events = InOrder({events, Written(at, 64)});
-    }
-    EXPECT_EQ(TakeEvents(),
-              InOrder({events, NotWritten(at, failing == 4 ? 9 : 64), {kTransferFailedEvent}}));
-  }
-}
-
-TEST_F(BurnFwTest, FailedHeaderBlock) {
-  session();
-  volume.Fail(3, kTimeout);
-  EXPECT_EQ(Burn(ImageFile(kHeaderBlock, SomeBytes(5000))), ZEM_E_FAIL);
-  EXPECT_EQ(address, 0x12400U) << "the end of the payload, not rounded";
-  EXPECT_EQ(TakeEvents(), InOrder({Written(0x10000, 8),
-                                   Written(0x11000, 10),
-                                   NotWritten(0x10000, 8),
-                                   {kTransferFailedEvent}}));
-}
-
 TEST_F(BurnFwTest, MalformedFilesAreRefusedBeforeAnythingIsSent) {
   const Bytes good = ImageFile(kHeaderBlock, SomeBytes(5000));
   for (const std::size_t size :
@@ -266,23 +221,6 @@ TEST_F(BurnPcCamFwTest, NoDataIsWrittenAsNothing) {
   EXPECT_EQ(TakeEvents(), Lines());
 }
 
-TEST_F(BurnPcCamFwTest, StopsAtTheCommandThatFails) {
-  for (std::size_t failing = 1; failing <= 3; ++failing) {
-    session();
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(Burn(PcCamFile(8, SomeBytes(70000))), ZEM_E_FAIL);
-    EXPECT_EQ(address, (failing - 1) * 0x8000U);
-    Lines events;
-    for (std::uint32_t at = 0; at < address; at += 0x8000) {
-      events = InOrder({events, Written(at, 64, at == 0 ? 1 : 0)});
-    }
-    EXPECT_EQ(TakeEvents(),
-              InOrder({events,
-                       NotWritten(address, failing == 3 ? 9 : 64, failing == 1 ? 1 : 0),
-                       {kTransferFailedEvent}}));
-  }
-}
-
 TEST_F(BurnPcCamFwTest, MalformedFilesAreRefusedBeforeAnythingIsSent) {
   const Bytes good = PcCamFile(100, SomeBytes(5000));
   for (const std::size_t size : {std::size_t{0}, std::size_t{13}, std::size_t{17}, std::size_t{18},
@@ -358,26 +296,6 @@ TEST_F(BurnPnsV2Test, OnlyTheEraseIsMirrored) {
   Bytes mirrored(0x3000, 0x11);
   std::fill_n(mirrored.begin(), 0x1000, std::uint8_t{0xFF});
   EXPECT_EQ(ReadFile(dump), mirrored);
-}
-
-TEST_F(BurnPnsV2Test, AFailureAtAnyCommandEndsItWithoutTheHeaderBlock) {
-  const unsigned int addresses[] = {0x1000, 0x1000, 0x9000, 0xAE00};
-  const std::uint32_t starts[] = {0, 0x1000, 0x9000, 0};
-  const std::uint32_t sectors[] = {8, 64, 15, 8};
-  for (std::size_t failing = 1; failing <= 4; ++failing) {
-    session();
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(Burn(PcCamFile(8, Joined({kHeaderBlock, SomeBytes(40000)}))), ZEM_E_FAIL);
-    EXPECT_EQ(address, addresses[failing - 1]);
-    EXPECT_EQ(Stored(0, 4096), Bytes(4096, failing == 1 ? 0xCC : 0xFF));
-    Lines events;
-    for (std::size_t sent = 1; sent < failing; ++sent) {
-      events = InOrder({events, Written(starts[sent - 1], sectors[sent - 1])});
-    }
-    EXPECT_EQ(TakeEvents(), InOrder({events,
-                                     NotWritten(starts[failing - 1], sectors[failing - 1]),
-                                     {kTransferFailedEvent}}));
-  }
 }
 
 TEST_F(BurnPnsV2Test, MalformedFilesAreRefusedBeforeAnythingIsSent) {

@@ -13,7 +13,6 @@ using zem::testing::kSendFailedEvent;
 using zem::testing::kTimeout;
 using zem::testing::Lines;
 using zem::testing::PaddedToSectors;
-using zem::testing::PartOf;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
 using zem::testing::VolumePath;
@@ -134,31 +133,6 @@ TEST_F(CodeLoadingTest, MiniUvcClosesTheVolumeBehindTheJumpWhetherAcceptedOrNot)
   EXPECT_TRUE(system().OpenVolumePaths().empty());
   ZEMROMAPI_CloseDevice(&device);
   EXPECT_EQ(TakeEvents(), Lines()) << "nothing is left to close";
-}
-
-TEST_F(CodeLoadingTest, ADownloadThatFailsAtAnyCommandLeavesTheVolumeOpenAndSendsNoJump) {
-  const Bytes code = SomeBytes(130 * 512);
-  const Lines downloads = {"out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
-                           "out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]",
-                           "out fa 55 66 02 00 02 00 00 00 00 00 00 00 00 00 00 [1024]"};
-  for (std::size_t failing = 1; failing <= 3; ++failing) {
-    Lines events;
-    for (std::size_t sent = 0; sent < failing; ++sent) {
-      events.emplace_back("sleep 10");
-      events.push_back(downloads[sent]);
-    }
-    events.back() += " failed";
-    events.push_back(kSendFailedEvent);
-    session();
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(LoadMiniUVC(code), ZEM_E_FAIL);
-    EXPECT_EQ(TakeEvents(), events);
-    EXPECT_TRUE(State().hasVolume);
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(LoadUpdater(code), ZEM_E_FAIL);
-    EXPECT_EQ(TakeEvents(), InOrder({kUpdaterBegun, events}));
-    EXPECT_TRUE(State().hasVolume);
-  }
 }
 
 // ---- Updater ----

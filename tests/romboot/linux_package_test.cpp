@@ -5,20 +5,15 @@
 namespace {
 
 using zem::testing::Bytes;
-using zem::testing::InOrder;
 using zem::testing::Joined;
-using zem::testing::kTimeout;
-using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
 using zem::testing::LinuxHeader;
-using zem::testing::NotWritten;
 using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
 using zem::testing::PutLe32;
 using zem::testing::RomBootTest;
 using zem::testing::SomeBytes;
 using zem::testing::WriteCommand;
-using zem::testing::Written;
 
 constexpr unsigned int kAddressInHeader = 0xFFFFFFFF;
 
@@ -121,31 +116,6 @@ TEST_F(LinuxPackageTest, EraseIsMirroredWhereTheHeaderIsShorter) {
   mirrored.resize(0x2000, 0xFF);
   mirrored.resize(0x3000, 0x11);
   EXPECT_EQ(ReadFile(dump), mirrored);
-}
-
-TEST_F(LinuxPackageTest, AFailureAtAnyCommandEndsItWithoutTheHeader) {
-  const Bytes file = Joined({LinuxHeader(9, 0x1234), SomeBytes(40000)});
-  for (std::size_t failing = 1; failing <= 4; ++failing) {
-    for (const bool ownAddress : {false, true}) {
-      session();
-      volume.Fail(failing, kTimeout);
-      EXPECT_EQ(ownAddress ? UpdateAtOwnAddress(file, 0x20000) : Update(file, 0x300000, 0x20000),
-                ZEM_E_FAIL);
-      EXPECT_EQ(Stored(0x20000, 8192), Bytes(8192, failing == 1 ? 0xCC : 0xFF));
-      EXPECT_EQ(Stored(ownAddress ? 0x1234 << 9 : 0x300000, 32768),
-                failing <= 2 ? Bytes(32768, 0xCC) : SomeBytes(32768));
-      const std::uint32_t body = ownAddress ? 0x246800 : 0x300000;
-      const std::uint32_t starts[] = {0x20000, body, body + 0x8000, 0x20000};
-      const std::uint32_t sectors[] = {16, 64, 15, 16};
-      Lines events;
-      for (std::size_t sent = 1; sent < failing; ++sent) {
-        events = InOrder({events, Written(starts[sent - 1], sectors[sent - 1])});
-      }
-      EXPECT_EQ(TakeEvents(), InOrder({events,
-                                       NotWritten(starts[failing - 1], sectors[failing - 1]),
-                                       {kTransferFailedEvent}}));
-    }
-  }
 }
 
 TEST_F(LinuxPackageTest, PackagesOf4097To8191BytesAreRefusedBeforeAnythingIsSent) {

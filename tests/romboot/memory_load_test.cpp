@@ -8,10 +8,7 @@ namespace {
 
 using zem::testing::Bytes;
 using zem::testing::InOrder;
-using zem::testing::kTimeout;
-using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
-using zem::testing::NotWritten;
 using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
 using zem::testing::PutLe32;
@@ -105,23 +102,6 @@ TEST_F(MemoryLoadTest, NothingIsMirrored) {
   ASSERT_EQ(ZEMROMAPI_CreateDumpFile(session(), dump.c_str(), 0), 0);
   EXPECT_EQ(Load(SomeBytes(600)), 1);
   EXPECT_EQ(ReadFile(dump), Bytes(100, 0x11));
-}
-
-TEST_F(MemoryLoadTest, StopsAtTheCommandThatFails) {
-  for (std::size_t failing = 1; failing <= 3; ++failing) {
-    session();
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(Load(Bytes(70000, 0)), ZEM_E_FAIL);
-    EXPECT_EQ(address, (failing - 1) * 0x8000U);
-    const Lines sum = {"line ChkSum=0x0\r\n"};
-    Lines events;
-    for (std::uint32_t at = 0; at < address; at += 0x8000) {
-      events = InOrder({events, sum, Written(at, 64)});
-    }
-    EXPECT_EQ(
-        TakeEvents(),
-        InOrder({events, sum, NotWritten(address, failing == 3 ? 9 : 64), {kTransferFailedEvent}}));
-  }
 }
 
 TEST_F(MemoryLoadTest, NullsAndMissingFiles) {

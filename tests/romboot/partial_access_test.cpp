@@ -15,9 +15,7 @@ using zem::testing::Bytes;
 using zem::testing::InOrder;
 using zem::testing::Joined;
 using zem::testing::kTimeout;
-using zem::testing::kTransferFailedEvent;
 using zem::testing::Lines;
-using zem::testing::NotWritten;
 using zem::testing::PaddedToSectors;
 using zem::testing::PartOf;
 using zem::testing::RomBootTest;
@@ -105,27 +103,6 @@ TEST_F(PartialUpdateWithHeaderTest, AllIsMirroredWithoutTheRounding) {
   EXPECT_EQ(Update(file), 1);
   EXPECT_EQ(ReadFile(dump),
             Joined({Bytes(0x5000, 0x11), file, Bytes(0x8000 - 0x5000 - file.size(), 0x11)}));
-}
-
-TEST_F(PartialUpdateWithHeaderTest, AFailureAtAnyCommandEndsItWithoutTheHeader) {
-  const unsigned int addresses[] = {0x5000, 0x6000, 0xE000, 0xE200};
-  const std::uint32_t starts[] = {0x5000, 0x6000, 0xE000, 0x5000};
-  const std::uint32_t sectors[] = {8, 64, 1, 8};
-  for (std::size_t failing = 1; failing <= 4; ++failing) {
-    session();
-    address = 0x5000;
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(Update(SomeBytes(4096 + 33000)), ZEM_E_FAIL);
-    EXPECT_EQ(address, addresses[failing - 1]);
-    EXPECT_EQ(Stored(0x5000, 4096), Bytes(4096, failing == 1 ? 0xCC : 0xFF));
-    Lines events;
-    for (std::size_t sent = 1; sent < failing; ++sent) {
-      events = InOrder({events, Written(starts[sent - 1], sectors[sent - 1])});
-    }
-    EXPECT_EQ(TakeEvents(), InOrder({events,
-                                     NotWritten(starts[failing - 1], sectors[failing - 1]),
-                                     {kTransferFailedEvent}}));
-  }
 }
 
 TEST_F(PartialUpdateWithHeaderTest, WhatWouldReachPastTheLastAddressIsRefused) {
@@ -219,23 +196,6 @@ TEST_F(PartialUpdateTest, AnEmptyFile) {
   EXPECT_EQ(Update({}), 1);
   EXPECT_EQ(address, 0x5000U);
   EXPECT_EQ(TakeEvents(), Lines());
-}
-
-TEST_F(PartialUpdateTest, StopsAtTheCommandThatFails) {
-  for (std::size_t failing = 1; failing <= 3; ++failing) {
-    session();
-    address = 0x5000;
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(Update(SomeBytes(70000)), ZEM_E_FAIL);
-    EXPECT_EQ(address, 0x5000U + (failing - 1) * 0x8000U);
-    Lines events;
-    for (std::uint32_t at = 0x5000; at < address; at += 0x8000) {
-      events = InOrder({events, Written(at, 64)});
-    }
-    EXPECT_EQ(
-        TakeEvents(),
-        InOrder({events, NotWritten(address, failing == 3 ? 9 : 64), {kTransferFailedEvent}}));
-  }
 }
 
 TEST_F(PartialUpdateTest, WhatWouldReachPastTheLastAddressIsRefused) {

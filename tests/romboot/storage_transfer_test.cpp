@@ -44,20 +44,6 @@ TEST_F(EraseTest, OfNothingSendsNothing) {
   EXPECT_EQ(TakeEvents(), Lines());
 }
 
-TEST_F(EraseTest, StopsAtTheCommandThatFails) {
-  for (std::size_t failing = 1; failing <= 3; ++failing) {
-    session();
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(ZEMROMAPI_Erase(session(), 0, 3 * 32768), ZEM_E_FAIL);
-    const auto last = static_cast<std::uint32_t>(failing - 1) * 32768;
-    Lines events;
-    for (std::uint32_t at = 0; at < last; at += 32768) {
-      events = InOrder({events, Written(at, 64)});
-    }
-    EXPECT_EQ(TakeEvents(), InOrder({events, NotWritten(last, 64), {kTransferFailedEvent}}));
-  }
-}
-
 TEST_F(EraseTest, ReachesTheLastAddressAndNotTheFirstBehindIt) {
   EXPECT_EQ(ZEMROMAPI_Erase(session(), 0xFFFFFE00, 512), 0);
   EXPECT_EQ(TakeEvents(), Written(0xFFFFFE00, 1));

@@ -572,15 +572,6 @@ TEST_F(OpenedChannelTest, DownloadOfNothingFailsAndOfUpTo64SectorsIsOneCommand) 
                                    "out fa 55 66 02 00 40 00 00 00 00 00 00 00 00 00 00 [32768]"}));
 }
 
-TEST_F(OpenedChannelTest, DownloadStopsAtTheCommandThatFails) {
-  const Bytes data = SomeBytes(130 * 512);
-  for (std::size_t failing = 1; failing <= 3; ++failing) {
-    volume.Fail(failing, kTimeout);
-    EXPECT_EQ(scsi.DownloadSectors(130, data.data()), 0);
-    EXPECT_EQ(TakeCommands().size(), failing);
-  }
-}
-
 // ---- Storage writes ----
 
 TEST_F(OpenedChannelTest, StorageWriteByteByByte) {

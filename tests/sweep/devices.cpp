@@ -26,6 +26,7 @@ std::uint32_t Fill(const Answer& answer, bool isRead, std::span<std::uint8_t> da
     case Fault::kFails:
     case Fault::kGone:
     case Fault::kBusy:
+    case Fault::kStaysBusy:
       return 0;
     case Fault::kFailsFull:
     case Fault::kGarbage:
@@ -210,17 +211,8 @@ platform::simulated::VolumeAnswer SweptVolume(Wire& wire) {
                                         static_cast<std::uint32_t>(data.size())},
                                        sent);
         Fill(answer, isRead, data);
-        switch (answer.fault) {
-          case Fault::kFails:
-          case Fault::kFailsFull:
-            return kFailsError;
-          case Fault::kBusy:
-            return kBusyError;
-          case Fault::kGone:
-            return kGoneError;
-          default:
-            return std::nullopt;
-        }
+        const std::uint32_t error = ErrorOf(answer.fault);
+        return error != 0 ? std::optional(error) : std::nullopt;
       };
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cwchar>
 
 namespace zem::testing::sweep {
 namespace {
@@ -14,6 +15,38 @@ std::string Hexadecimal(ZemResult result) {
   std::array<char, 16> text = {};
   std::snprintf(text.data(), text.size(), "0x%08X", static_cast<unsigned>(result));
   return text.data();
+}
+
+void Replace(std::wstring& text, std::wstring_view what, const std::wstring& by) {
+  if (const std::size_t at = text.find(what); at != std::wstring::npos) {
+    text.replace(at, what.size(), by);
+  }
+}
+
+std::wstring Formatted(const wchar_t* format, std::uint32_t number) {
+  std::array<wchar_t, 32> text = {};
+  std::swprintf(text.data(), text.size(), format, number);
+  return text.data();
+}
+
+// Whether a text is the wanted one, in which "{*}" stands for anything.
+bool Matches(std::wstring_view text, std::wstring_view wanted) {
+  constexpr std::wstring_view kAnything = L"{*}";
+  const std::size_t at = wanted.find(kAnything);
+  if (at == std::wstring_view::npos) {
+    return text == wanted;
+  }
+  return text.starts_with(wanted.substr(0, at)) &&
+         text.ends_with(wanted.substr(at + kAnything.size()));
+}
+
+// The texts are ASCII.
+std::string Narrow(const Says& texts) {
+  std::string narrow;
+  for (const std::wstring& text : texts) {
+    narrow.append(text.begin(), text.end());
+  }
+  return narrow;
 }
 
 Content Or(Content said, Content otherwise) { return said != Content::kUnsaid ? said : otherwise; }
@@ -35,8 +68,23 @@ ZemResult ResultOf(Fault fault) {
   }
 }
 
+std::uint32_t ErrorOf(Fault fault) {
+  switch (fault) {
+    case Fault::kFails:
+    case Fault::kFailsFull:
+      return kFailsError;
+    case Fault::kBusy:
+    case Fault::kStaysBusy:
+      return kBusyError;
+    case Fault::kGone:
+      return kGoneError;
+    default:
+      return 0;
+  }
+}
+
 Answer Follower::Next(const Request& request, std::span<const std::uint8_t> sent,
-                      std::uint32_t milliseconds) {
+                      std::uint32_t milliseconds, std::size_t said) {
   ++requests_;
   if (request.IsTransfer() && request.way == Request::Way::kGet) {
     ++reads_;
@@ -56,9 +104,17 @@ Answer Follower::Next(const Request& request, std::span<const std::uint8_t> sent
              std::to_string(milliseconds) + " ms, not " + std::to_string(elapsed_));
     elapsed_ = milliseconds;
   }
+  if (said != says_.size()) {
+    Complain(std::to_string(said) + " texts come before request " + std::to_string(requests_) +
+             ", " + TextOf(request) + ", not " + std::to_string(says_.size()));
+  }
   CheckSent(request, sent);
   const auto scheduled = schedule_.find(requests_);
   Fault fault = scheduled != schedule_.end() ? scheduled->second : Fault::kNone;
+  staysBusy_ = staysBusy_ || fault == Fault::kStaysBusy;
+  if (staysBusy_) {
+    fault = Fault::kStaysBusy;
+  }
   isGone_ = isGone_ || fault == Fault::kGone;
   if (isGone_) {
     fault = Fault::kGone;
@@ -66,8 +122,47 @@ Answer Follower::Next(const Request& request, std::span<const std::uint8_t> sent
   }
   isFaulty_ = isFaulty_ || fault != Fault::kNone;
   Answer answer = {fault, AnswerTo(request)};
-  Apply(fault != Fault::kNone ? step().rule[fault] : Reaction{}, fault);
+  static const Reaction kHealthy;
+  Apply(fault != Fault::kNone ? step().rule[fault] : kHealthy, fault);
   return answer;
+}
+
+void Follower::Say(const Says& texts, Fault fault) {
+  for (std::wstring text : texts) {
+    Replace(text, L"{r}", Formatted(L"%X", static_cast<std::uint32_t>(ResultOf(fault))));
+    Replace(text, L"{x}", Formatted(L"%x", static_cast<std::uint32_t>(ResultOf(fault))));
+    Replace(text, L"{t}", Formatted(L"%u", tries_));
+    says_.push_back(std::move(text));
+  }
+}
+
+// What is said of the request itself: of each write to a unit what it came to, of a volume's
+// command that it has failed for good.
+void Follower::SayOfRequest(const Reaction& reaction, Fault fault) {
+  const Request& request = step().request;
+  if (request.IsTransfer() && request.way == Request::Way::kSet) {
+    constexpr std::uint32_t kFirstUnit = 2;
+    says_.push_back(L"[EXT_Set]Node ID = " +
+                    std::to_wstring(kFirstUnit + static_cast<std::uint32_t>(request.target)) +
+                    L", hr = " + Formatted(L"%X", static_cast<std::uint32_t>(ResultOf(fault))) +
+                    L", Len:" + std::to_wstring(request.length) + L"\r\n");
+  }
+  const bool isRepeated = reaction.kind == Reaction::Kind::kAgain && tries_ < reaction.times;
+  if (request.target == Request::Target::kVolume && !step().isSilent && !isRepeated &&
+      ErrorOf(fault) != 0) {
+    says_.push_back((request.IsRead() ? L"SendScsiCmdIIn Failed, Erroe=0x"
+                                      : L"SendScsiCmdIOut Failed, Erroe=0x") +
+                    Formatted(L"%X", ErrorOf(fault)) + L" \r\n");
+  }
+  if (!isRepeated) {
+    Say(step().behind);
+  }
+}
+
+void Follower::CheckSaid(const std::vector<std::wstring>& said) {
+  if (!std::equal(said.begin(), said.end(), says_.begin(), says_.end(), Matches)) {
+    Complain("it says:\n" + Narrow(said) + "not:\n" + Narrow(says_));
+  }
 }
 
 // The bytes of a healthy run go out also behind a fault, unless they depend on what was read.
@@ -123,17 +218,18 @@ void Follower::Deliver(Content content) {
   delivered_ += step().delivers;
 }
 
-void Follower::Apply(const Reaction& reaction, Fault fault) {
+void Follower::Apply(const Reaction& first, Fault fault) {
+  SayOfRequest(first, fault);
+  if (first.kind == Reaction::Kind::kAgain && tries_ < first.times) {
+    Say(first.says);
+    ++tries_;
+    elapsed_ += first.pause;
+    return;
+  }
+  const Reaction& reaction = first.kind == Reaction::Kind::kAgain ? step().rule.exhausted : first;
+  Say(reaction.says, fault);
   volumes_ += reaction.volumes;
   switch (reaction.kind) {
-    case Reaction::Kind::kAgain:
-      if (tries_ < reaction.times) {
-        ++tries_;
-        elapsed_ += reaction.pause;
-      } else {
-        Apply(step().rule.exhausted, fault);
-      }
-      return;
     case Reaction::Kind::kEnd:
       End(reaction, reaction.result);
       return;
@@ -142,12 +238,14 @@ void Follower::Apply(const Reaction& reaction, Fault fault) {
       return;
     case Reaction::Kind::kTo:
       if (step().pollsFor > 0 && elapsed_ - *pollStart_ >= step().pollsFor) {
+        Say({L"[ERR] Burning does not end.\r\n"});
         End({}, ZEM_E_DEVICE_REFUSED);
         return;
       }
       Enter(reaction.path, reaction.place, reaction.hurries);
       return;
     case Reaction::Kind::kGoOn:
+    case Reaction::Kind::kAgain:
       break;
   }
   if (plan_.isInPieces) {
@@ -164,6 +262,7 @@ void Follower::Enter(std::size_t path, std::size_t place, bool hurries) {
   path_ = path;
   place_ = place;
   tries_ = 0;
+  staysBusy_ = false;
   const Path& entered = plan_.paths[path];
   if (place < entered.steps.size()) {
     if (step().pollsFor > 0 && !pollStart_) {
@@ -171,8 +270,10 @@ void Follower::Enter(std::size_t path, std::size_t place, bool hurries) {
     }
     elapsed_ += hurries ? 0 : step().pause;
     probes_ += step().isProbe ? 1 : 0;
+    Say(step().before);
     return;
   }
+  Say(entered.says);
   isOver_ = true;
   isDone_ = true;
   result_ = entered.result;
@@ -198,7 +299,8 @@ void Follower::End(const Reaction& reaction, ZemResult result) {
   number_ = step().number;
 }
 
-void Follower::Finish(ZemResult result, std::uint32_t milliseconds) {
+void Follower::Finish(ZemResult result, std::uint32_t milliseconds,
+                      const std::vector<std::wstring>& said) {
   if (!isOver_) {
     Complain("it ends before " + TextOf(step().request));
     return;
@@ -209,6 +311,7 @@ void Follower::Finish(ZemResult result, std::uint32_t milliseconds) {
   if (milliseconds != elapsed_) {
     Complain("it takes " + std::to_string(milliseconds) + " ms, not " + std::to_string(elapsed_));
   }
+  CheckSaid(said);
 }
 
 void Follower::CheckBytes(const std::string& name, Content content, std::size_t index,

@@ -44,12 +44,13 @@ class Follower {
     Enter(0, 0, false);
   }
 
-  // The operation makes a request, `milliseconds` after its begin, and sends these bytes with it.
+  // The operation makes a request, `milliseconds` after its begin and having sent `said` texts to
+  // the debugger, and sends these bytes with it.
   Answer Next(const Request& request, std::span<const std::uint8_t> sent,
-              std::uint32_t milliseconds);
+              std::uint32_t milliseconds, std::size_t said);
 
-  // The operation has returned.
-  void Finish(ZemResult result, std::uint32_t milliseconds);
+  // The operation has returned, having sent these texts to the debugger.
+  void Finish(ZemResult result, std::uint32_t milliseconds, const std::vector<std::wstring>& said);
 
   // What output `index` holds must be right: `before` at first, `after` in the end.
   void CheckOutput(std::size_t index, std::span<const std::uint8_t> before,
@@ -74,10 +75,13 @@ class Follower {
   const Step& step() const { return plan_.paths[path_].steps[place_]; }
   void Complain(std::string what) { complaints_.push_back(std::move(what)); }
   void Enter(std::size_t path, std::size_t place, bool hurries);
-  void Apply(const Reaction& reaction, Fault fault);
+  void Apply(const Reaction& first, Fault fault);
   void End(const Reaction& reaction, ZemResult result);
   void CheckSent(const Request& request, std::span<const std::uint8_t> sent);
   Bytes AnswerTo(const Request& request) const;
+  void Say(const Says& texts, Fault fault = Fault::kNone);
+  void SayOfRequest(const Reaction& reaction, Fault fault);
+  void CheckSaid(const std::vector<std::wstring>& said);
   void Deliver(Content content);
   void CheckBytes(const std::string& name, Content content, std::size_t index, std::size_t offset,
                   std::span<const std::uint8_t> before, std::span<const std::uint8_t> after);
@@ -97,6 +101,7 @@ class Follower {
   int reads_ = 0;
   int volumes_ = 0;
   bool isGone_ = false;
+  bool staysBusy_ = false;
   bool isFaulty_ = false;
 
   bool isOver_ = false;
@@ -105,13 +110,15 @@ class Follower {
   Content first_ = Content::kUnsaid;
   Content second_ = Content::kUnsaid;
   std::optional<std::uint32_t> number_;
+  Says says_;
   std::vector<Piece> pieces_;
   std::size_t delivered_ = 0;
 
   std::vector<std::string> complaints_;
 };
 
-// The result of a faulty request to a camera.
+// The result of a faulty request to a camera, and the system's error of one to a volume, or 0.
 ZemResult ResultOf(Fault fault);
+std::uint32_t ErrorOf(Fault fault);
 
 }  // namespace zem::testing::sweep

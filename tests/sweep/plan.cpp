@@ -4,7 +4,8 @@ namespace zem::testing::sweep {
 
 const char* NameOf(Fault fault) {
   static constexpr std::array<const char*, kFaults + 1> kNames = {
-      "fails", "fails-full", "short", "garbage", "positive", "gone", "busy", "none"};
+      "fails", "fails in full", "short",      "garbage", "positive",
+      "gone",  "busy",          "stays busy", "none"};
   return kNames.at(static_cast<std::size_t>(fault));
 }
 

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "include/ZemUVCExtApi.h"
@@ -24,9 +25,10 @@ enum class Fault : std::uint8_t {
   kPositive,   // it is done, with a positive code
   kGone,       // the device is gone from here on
   kBusy,       // of a volume: it fails with the error after which it is asked again
+  kStaysBusy,  // the same, and so does each repetition
   kNone,
 };
-inline constexpr std::size_t kFaults = 7;
+inline constexpr std::size_t kFaults = 8;
 
 const char* NameOf(Fault fault);
 
@@ -84,6 +86,11 @@ enum class Content : std::uint8_t {
   kAny,
 };
 
+// Debugger texts. "{r}" and "{x}" stand for the request's result in
+// hexadecimal, "{t}" for how many times the
+// request has been made again before, "{*}" for anything.
+using Says = std::vector<std::wstring>;
+
 // What follows a fault.
 struct Reaction {
   enum class Kind : std::uint8_t {
@@ -109,21 +116,27 @@ struct Reaction {
   bool probes = false;
   // The pause before the next request is left out.
   bool hurries = false;
+  Says says = {};
 
-  constexpr Reaction With(Content first) const {
+  Reaction With(Content first) const {
     Reaction changed = *this;
     changed.content = first;
     changed.second = first;
     return changed;
   }
-  constexpr Reaction With(Content first, Content other) const {
+  Reaction With(Content first, Content other) const {
     Reaction changed = With(first);
     changed.second = other;
     return changed;
   }
-  constexpr Reaction Leaving(std::int8_t open) const {
+  Reaction Leaving(std::int8_t open) const {
     Reaction changed = *this;
     changed.volumes = open;
+    return changed;
+  }
+  Reaction Saying(Says texts) const {
+    Reaction changed = *this;
+    changed.says = std::move(texts);
     return changed;
   }
 };
@@ -133,7 +146,8 @@ struct Rule {
   Reaction exhausted = {};
 
   const Reaction& operator[](Fault fault) const {
-    return reactions.at(static_cast<std::size_t>(fault));
+    const Fault told = fault == Fault::kStaysBusy ? Fault::kBusy : fault;
+    return reactions.at(static_cast<std::size_t>(told));
   }
   // The rule with other reactions to these faults.
   Rule On(std::initializer_list<Fault> faults, const Reaction& reaction) const {
@@ -162,7 +176,27 @@ struct Step {
   std::uint32_t pollsFor = 0;
   // A look whether the storage is there: the pause counts among the 600.
   bool isProbe = false;
+  // Before it, and behind it whatever became of it.
+  Says before = {};
+  Says behind = {};
+  // Its failure is not reported, as a volume's otherwise is.
+  bool isSilent = false;
 
+  Step Saying(Says texts) const {
+    Step changed = *this;
+    changed.before = std::move(texts);
+    return changed;
+  }
+  Step SayingBehind(Says texts) const {
+    Step changed = *this;
+    changed.behind = std::move(texts);
+    return changed;
+  }
+  Step Silent() const {
+    Step changed = *this;
+    changed.isSilent = true;
+    return changed;
+  }
   Step Delivering(std::uint32_t bytes) const {
     Step changed = *this;
     changed.delivers = bytes;
@@ -203,6 +237,7 @@ struct Path {
   std::optional<std::uint32_t> number = {};  // nothing: that of the healthy run
   Content content = Content::kHealthy;       // of the outputs, where no reaction has said another
   std::int8_t volumes = 0;                   // how many more are open
+  Says says = {};
 };
 
 struct Plan {

@@ -1,5 +1,6 @@
 // The plans of all exports, in the order of the list of exports.
 #include <algorithm>
+#include <cwchar>
 #include <utility>
 
 #include "tests/sweep/plan.h"
@@ -37,16 +38,14 @@ Request Out(std::uint16_t command, std::uint32_t length) {
 
 // ---- Reactions ----
 
-constexpr Reaction kGoOn = {};
-constexpr Reaction kOwn = {.kind = Reaction::Kind::kOwn};
+const Reaction kGoOn = {};
+const Reaction kOwn = {.kind = Reaction::Kind::kOwn};
 
-constexpr Reaction End(ZemResult result) {
-  return {.kind = Reaction::Kind::kEnd, .result = result};
-}
-constexpr Reaction To(std::uint8_t path, std::size_t place = 0) {
+Reaction End(ZemResult result) { return {.kind = Reaction::Kind::kEnd, .result = result}; }
+Reaction To(std::uint8_t path, std::size_t place = 0) {
   return {.kind = Reaction::Kind::kTo, .path = path, .place = static_cast<std::uint8_t>(place)};
 }
-constexpr Reaction Again(std::uint8_t times, std::uint32_t pause) {
+Reaction Again(std::uint8_t times, std::uint32_t pause) {
   return {.kind = Reaction::Kind::kAgain, .times = times, .pause = pause};
 }
 
@@ -105,8 +104,8 @@ Rule Scsi(const Reaction& reaction) {
 }
 
 // A transfer that is tried up to six times whatever it fails with.
-Rule Retried(const Reaction& reaction) {
-  Rule rule = Failing(Again(5, 5));
+Rule Retried(const std::wstring& retry, const Reaction& reaction) {
+  Rule rule = Failing(Again(5, 5).Saying({retry}));
   rule.exhausted = reaction;
   return rule;
 }
@@ -234,20 +233,50 @@ Plan Standard(Way way, Target target, std::uint32_t length) {
 // ---- Bulk data ----
 
 Plan SendData() {
-  return Of(Steps{{Set(4), Ends(kNoDevice)}} + Times(3, {Set(3, 32), Retried(End(0))}));
+  // An address stands where the length is announced.
+  const Says end = {L" Size(96bytes)Time ={*}ms.\r\n"};
+  const Reaction cannot = End(0).Saying({L"[ERR]Len = {*}, hr = 20\r\n", end.front()});
+  Plan plan = Of(Steps{{Set(4), Ends(kNoDevice)}} +
+                 Times(3, {Set(3, 32), Retried(L"SendData: retry ({t}).\r\n", cannot)}));
+  plan.paths[0].says = end;
+  return plan;
 }
 
 // The probe says whether 512 bytes go at once; 32 do in any case.
 Step SpeedProbe() { return {Get(13, 512), Failing(To(1)).On({kShort}, To(1))}; }
 
-Steps FastChunks(const Rule& rule) { return Times(3, {Set(13, 512), rule}); }
-Steps SlowChunks(const Rule& rule) { return Times(35, {Set(3, 32), rule}); }
+const Says kFast = {L"[MSG] Set Speeed:: 512Bytes, CS=0xD, Len=0x200\r\n"};
+const Says kSlow = {L"[MSG] Set Speeed:: 32Bytes, CS=0x3, Len=0x20\r\n"};
+
+// The steps of a path, the first of which is preceded by these texts.
+Steps Telling(const Says& says, Steps steps) {
+  steps.front().before = says;
+  return steps;
+}
+
+// Chunks of an image by a rule, which says what it says of a chunk that fails.
+Steps Chunks(std::size_t count, const Request& request, Rule rule, const std::wstring& failed) {
+  for (const Fault fault : {kFails, kFailsFull, kGone}) {
+    rule = rule.On({fault}, rule[fault].Saying({failed}));
+  }
+  return Times(count, {request, rule});
+}
+Steps FastChunks(std::size_t count, const Rule& rule) {
+  return Telling(kFast, Chunks(count, Set(13, 512), rule,
+                               L"[ERR] ZEMAPI_WriteFWData: Len = 512, hr = {r}\r\n"));
+}
+Steps SlowChunks(std::size_t count, const Rule& rule) {
+  return Telling(
+      kSlow, Chunks(count, Set(3, 32), rule, L"[ERR] ZEMAPI_WriteFWData: Len = 32, hr = {r}\r\n"));
+}
+Steps ThreeFastChunks(const Rule& rule) { return FastChunks(3, rule); }
+Steps ManySlowChunks(const Rule& rule) { return SlowChunks(35, rule); }
 
 constexpr std::initializer_list<std::uint8_t> kAnnounced = {1, 0, 3, 0, 0, 0, 0, 0};
 
 Plan WriteFWData() {
-  Plan plan = {
-      {{Steps{SpeedProbe()} + FastChunks(Ends(kNoDevice))}, {SlowChunks(Ends(kNoDevice))}}};
+  Plan plan = {{{Steps{SpeedProbe()} + ThreeFastChunks(Ends(kNoDevice))},
+                {ManySlowChunks(Ends(kNoDevice))}}};
   plan.before = kAnnounced;
   return plan;
 }
@@ -255,12 +284,12 @@ Plan WriteFWData() {
 // Without a handle the data control has 64 or 32 bytes; that of the camera has 32.
 Step LengthProbe() { return {Get(3, 64), kIgnored.On({kGarbage}, To(1))}; }
 Steps ShortChunks(const Rule& rule) {
-  Steps steps = Times(3, {Set(3, 32), rule});
+  Steps steps = Chunks(3, Set(3, 32), rule, L"[ERR] Send Data Len = 32, hr = {r}\r\n");
   steps.front().pause = 300;
   return steps;
 }
 Steps LongChunks(const Rule& rule) {
-  Steps steps = Times(2, {Set(3, 64), rule});
+  Steps steps = Chunks(2, Set(3, 64), rule, L"[ERR] Send Data Len = 64, hr = {r}\r\n");
   steps.front().pause = 300;
   return steps;
 }
@@ -294,17 +323,24 @@ Plan ReadFWData() {
 }
 
 Plan ReadPartialFlashData() {
-  const Rule chunk =
-      Retried(kOwn).On({kShort}, kGoOn.With(kAny)).On({kGarbage}, kGoOn.With(kNoise));
-  const auto chunks = [&chunk](std::uint16_t selector, std::uint32_t length) {
+  const Reaction failed = kOwn.Saying({L"[ERR] ZEMAPI_ReadPartialFlashData: hr = 0x{x}.\r\n"});
+  const Rule chunk = Retried(L"[ReadData]: retry ({t}).\r\n", failed)
+                         .On({kShort}, kGoOn.With(kAny))
+                         .On({kGarbage}, kGoOn.With(kNoise));
+  const auto path = [&chunk](Steps before, std::uint16_t selector, std::uint32_t length,
+                             const Says& speed, Content content) {
     Steps steps;
     for (std::uint32_t done = 0; done < 600; done += length) {
       steps.push_back(Step{Get(selector, length), chunk}.Delivering(std::min(600 - done, length)));
     }
-    return steps;
+    return Path{.steps = std::move(before) + Telling(speed, steps),
+                .content = content,
+                .says = {L"ZEMAPI_ReadPartialFlashData readdata:Size(600),Time ={*}ms.\r\n"}};
   };
-  Plan plan = {{{Steps{{Set(4), Ends(kDeviceRefused)}, SpeedProbe()} + chunks(8, 512)},
-                {.steps = chunks(11, 32), .content = kZeros}}};
+  const Steps begin = {
+      Step{Set(4), Ends(kDeviceRefused)}.Saying({L"ZEMAPI_ReadPartialFlashData:Size(600)\r\n"}),
+      SpeedProbe()};
+  Plan plan = {{path(begin, 8, 512, kFast, kHealthy), path({}, 11, 32, kSlow, kZeros)}};
   plan.isInPieces = true;
   return plan;
 }
@@ -346,7 +382,7 @@ Plan Updating(const Update& update) {
 }
 
 Plan UpdatingAndPolling(bool stops) {
-  return Updating({SpeedProbe(), FastChunks, SlowChunks, stops, Poll(3), 1000});
+  return Updating({SpeedProbe(), ThreeFastChunks, ManySlowChunks, stops, Poll(3), 1000});
 }
 Plan UpdatingWithoutHandle(bool stops, const Step& end, std::uint32_t grace) {
   return Updating({LengthProbe(), ShortChunks, LongChunks, stops, end, grace});
@@ -389,8 +425,8 @@ Steps Unprotect(std::size_t announce) {
 
 Plan UpdateFW517x() {
   constexpr std::size_t kUnprotecting = 32;
-  Plan plan = Updating(
-      {SpeedProbe(), FastChunks, SlowChunks, false, Look(5000), 0, Unprotect(kUnprotecting)});
+  Plan plan = Updating({SpeedProbe(), ThreeFastChunks, ManySlowChunks, false, Look(5000), 0,
+                        Unprotect(kUnprotecting)});
   plan.isProtected = true;
   return plan;
 }
@@ -401,8 +437,8 @@ Plan WriteInitialTable() {
   };
   const Rule chunk = Failing(To(2));
   return {{{Steps{{Set(4), Ends(kNoDevice)}, {Get(5), Reply()}, SpeedProbe()} +
-            sent(Times(2, {Set(13, 512), chunk}))},
-           {sent(Times(32, {Set(3, 32), chunk}))},
+            sent(FastChunks(2, chunk))},
+           {sent(SlowChunks(32, chunk))},
            {sent({})}}};
 }
 
@@ -572,10 +608,26 @@ Plan SetH264Mode() {
 
 // ---- ROM boot ----
 
-// Where a storage command finds its storage, and the caller's address then.
-Step Write(std::uint32_t length, const Reaction& failed,
-           std::optional<std::uint32_t> address = {}) {
-  return Step{Out(8, length), Scsi(failed), 10}.Numbered(address);
+Says AddressTold(std::uint32_t place, std::uint32_t length, unsigned flag) {
+  std::array<wchar_t, 80> text = {};
+  std::swprintf(text.data(), text.size(), L"Adr=0x%X, Len=0x%X Flag=0x%X\r\n", place, length, flag);
+  return {text.data()};
+}
+
+// What a write to a storage is.
+struct Written {
+  std::uint32_t place;
+  std::uint32_t length;
+  std::optional<std::uint32_t> address = {};  // the caller's meanwhile
+  unsigned flag = 0;
+};
+
+const Reaction kFailed = End(kFail).Saying({L"Failed to transfer data to device.\r\n"});
+
+Step Write(const Written& written, const Reaction& failed = kFailed) {
+  return Step{Out(8, written.length), Scsi(failed), 10}
+      .Numbered(written.address)
+      .Saying(AddressTold(written.place, written.length, written.flag));
 }
 
 // A burn whose address is `number` behind it.
@@ -591,13 +643,30 @@ Step OutCommand(std::uint16_t command, const Reaction& failed, std::uint32_t len
 }
 Plan BootCommand(std::uint16_t command) { return Of({OutCommand(command, End(kFail))}); }
 
-Plan SelectStorage() { return One(In(6, 4), Scsi(End(kFail))); }
+Plan SelectStorage(const std::wstring& storage, const Says& selected = {}) {
+  const std::wstring failed = L"Failed to select storage type -> " + storage + L".\r\n";
+  Plan plan = One(In(6, 4), Scsi(End(kFail).Saying({failed})));
+  plan.paths[0].says = selected;
+  return plan;
+}
+Plan SelectNand() {
+  return SelectStorage(L"ZEM_STORAGE_SPI_NAND",
+                       {L"Select storage type 'ZEM_STORAGE_SPI_NAND'\r\n"});
+}
+
+// A volume is asked what it is; `none` when it is no camera's.
+Step Inquiry(const Reaction& none) {
+  return Step{In(0x12, 36), Failing(none).On({kShort, kGarbage, kBusy}, none)}.Silent();
+}
+Step Identify(const Reaction& none) {
+  return Step{In(1, 16), Scsi(none).On({kShort, kGarbage}, none)}.SayingBehind(
+      {L"Set addr div = 1\r\n", L"Storage Address Divider=0x1 \r\n"});
+}
 
 // The volume of a letter that is no camera's stays open.
 Plan OpenRomBoot() {
   const Reaction none = End(kFail).Leaving(1);
-  return Of({{In(0x12, 36), Failing(none).On({kShort, kGarbage, kBusy}, none)},
-             {In(1, 16), Scsi(none).On({kShort, kGarbage}, none)}});
+  return Of({Inquiry(none), Identify(none)});
 }
 
 Plan CloseRomBoot() {
@@ -616,21 +685,32 @@ Plan LoadMiniUVC() {
 
 // Looks for the storage 600 times, every 500 ms, and is content whether it comes or not.
 Plan LoadUpdater() {
-  Reaction never = End(1);
+  const std::wstring notJumped = L"Long jump command failed.\r\n";
+  const std::wstring looking = L"[MSG] Try to get Zem-Storage!\r\n";
+  const std::wstring notFound = L"[Err] No Zem-Storage success!\r\n";
+  Reaction never = End(1).Saying({notFound});
   never.probes = true;
-  Reaction left = never.Leaving(-1);
+  Reaction left = never.Leaving(-1).Saying({notJumped, looking, notFound});
   left.pause = 500;
-  Step jump = OutCommand(3, kGoOn);
+  Step jump = OutCommand(3, kGoOn.Saying({notJumped}));
   jump.pause = 210;
   jump.rule = jump.rule.On({kGone}, left);
   const Reaction next = To(1).Leaving(1);
-  const Step inquiry =
-      Step{In(0x12, 36), Failing(next).On({kShort, kGarbage, kBusy}, next).On({kGone}, never), 500}
-          .Probing();
-  Step first = inquiry;
+  Step inquiry = Inquiry(next).Probing();
+  inquiry.rule = inquiry.rule.On({kGone}, never);
+  inquiry.pause = 500;
+  Step first = inquiry.Saying({looking});
   first.pause = 1000;
-  const Step identify = {In(1, 16), Scsi(next).On({kShort, kGarbage}, next).On({kGone}, never)};
-  return {{{Downloads() + Steps{jump, first, identify}, 1}, {{inquiry, identify}, 1}}};
+  Step identify = Identify(next);
+  identify.rule = identify.rule.On({kGone}, never);
+  const Says found = {L"[MSG] Get Zem-Storage success!\r\n"};
+  return {{{.steps = Telling({L"[MSG] Read updater file success!\r\n",
+                              L"[MSG] Start, Send updater data!\r\n"},
+                             Downloads()) +
+                     Steps{jump.Saying({L"[MSG] End, Send updater data!\r\n"}), first, identify},
+            .result = 1,
+            .says = found},
+           {.steps = {inquiry, identify}, .result = 1, .says = found}}};
 }
 
 Plan ReadBootRegister() {
@@ -642,44 +722,52 @@ Plan ScsiCommand() {
              Scsi(End(kFail)).On({kShort}, kGoOn.With(kAny)).On({kGarbage}, kGoOn.With(kNoise)));
 }
 
-constexpr Reaction kFailed = End(kFail);
-
-Plan EraseStorage() { return Of(Times(3, Write(32768, kFailed)) + Steps{Write(2048, kFailed)}); }
-// A failed erase is passed over.
+Plan EraseStorage() {
+  return Of({Write({0x1000, 32768}), Write({0x9000, 32768}), Write({0x11000, 32768}),
+             Write({0x19000, 2048})});
+}
+// A failed erase is told and passed over.
 Plan BurnFw() {
-  return Burning({Write(4096, kGoOn, 0x11000), Write(32768, kFailed, 0x11000),
-                  Write(7680, kFailed, 0x19000), Write(4096, kFailed, 0x1AE00)},
+  return Burning({Write({0x10000, 4096, 0x11000}, kGoOn.Saying(kFailed.says)),
+                  Write({0x11000, 32768, 0x11000}), Write({0x19000, 7680, 0x19000}),
+                  Write({0x10000, 4096, 0x1AE00})},
                  0x1B000);
 }
 Plan BurnPcCamFw() {
-  return Burning({Write(32768, kFailed, 0), Write(11776, kFailed, 0x8000)}, 0xAE00);
+  return Burning({Write({0, 32768, 0, 1}), Write({0x8000, 11776, 0x8000})}, 0xAE00);
 }
 Plan BurnPcCamFwPnsV2() {
-  return Burning({Write(4096, kFailed, 0x1000), Write(32768, kFailed, 0x1000),
-                  Write(7680, kFailed, 0x9000), Write(4096, kFailed, 0xAE00)},
+  return Burning({Write({0, 4096, 0x1000}), Write({0x1000, 32768, 0x1000}),
+                  Write({0x9000, 7680, 0x9000}), Write({0, 4096, 0xAE00})},
                  0xAE00);
 }
-Plan UpdateLinuxFwPkg() {
-  return Of(
-      {Write(8192, kFailed), Write(32768, kFailed), Write(7680, kFailed), Write(8192, kFailed)}, 1);
+Plan UpdateLinuxFwPkg(std::uint32_t body) {
+  return Of({Write({0x20000, 8192}), Write({body, 32768}), Write({body + 0x8000, 7680}),
+             Write({0x20000, 8192})},
+            1);
 }
 Plan PartialUpdateWithHeader() {
-  return Burning({Write(4096, kFailed, 0x10000), Write(32768, kFailed, 0x11000),
-                  Write(7680, kFailed, 0x19000), Write(4096, kFailed, 0x1AE00)},
+  return Burning({Write({0x10000, 4096, 0x10000}), Write({0x11000, 32768, 0x11000}),
+                  Write({0x19000, 7680, 0x19000}), Write({0x10000, 4096, 0x1AE00})},
                  0x1AE00);
 }
 Plan PartialUpdate() {
-  return Burning({Write(32768, kFailed, 0x10000), Write(11776, kFailed, 0x18000)}, 0x1AE00);
+  return Burning({Write({0x10000, 32768, 0x10000}), Write({0x18000, 11776, 0x18000})}, 0x1AE00);
 }
 Plan PartialRead() {
+  const Rule read = Scsi(End(kFail).Saying({L"Usb transfer failed\r\n"}));
   Steps steps;
   for (std::uint32_t done = 0; done < 0x18800; done += 0x8000) {
-    steps.push_back(Step{In(7, done < 0x18000 ? 32768 : 2048), Scsi(kFailed)}.Numbered(done));
+    steps.push_back(Step{In(7, done < 0x18000 ? 32768 : 2048), read}.Numbered(done));
   }
   return Burning(steps, 0x18800);
 }
+// The sum of the 32-bit numbers of each piece is told.
 Plan LoadFW2Memory() {
-  return Burning({Write(32768, kFailed, 0), Write(11776, kFailed, 0x8000)}, 0xAE00);
+  Steps steps = {Write({0, 32768, 0}), Write({0x8000, 11776, 0x8000})};
+  steps[0].before.insert(steps[0].before.begin(), L"ChkSum=0xAD510EEF\r\n");
+  steps[1].before.insert(steps[1].before.begin(), L"ChkSum=0x11112165\r\n");
+  return Burning(steps, 0xAE00);
 }
 
 // The format is only read.
@@ -834,11 +922,11 @@ std::vector<NamedPlan> MakePlans() {
       {"ZEMROMAPI_LoadMiniUVC", LoadMiniUVC()},
       {"ZEMROMAPI_LoadUpdater", LoadUpdater()},
       {"ZEMROMAPI_ResetSystem", Of({OutCommand(0x21, kGoOn)}, 1)},
-      {"ZEMROMAPI_SwitchModePCAM_SF", SelectStorage()},
-      {"?ZEMROMAPI_SwitchModePCAM_DRAM@@YAJPEAX@Z", SelectStorage()},
-      {"ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND", SelectStorage()},
-      {"ZEMROMAPI_SwitchModePCAM_SPI_NAND", SelectStorage()},
-      {"ZEMROMAPI_SwitchModePCAM_EMMC", SelectStorage()},
+      {"ZEMROMAPI_SwitchModePCAM_SF", SelectStorage(L"ZEM_STORAGE_PCAM_SF")},
+      {"?ZEMROMAPI_SwitchModePCAM_DRAM@@YAJPEAX@Z", SelectStorage(L"ZEM_STORAGE_PCAM_DRAM")},
+      {"ZEMROMAPI_SwitchModePCAM_PARALLEL_NAND", SelectNand()},
+      {"ZEMROMAPI_SwitchModePCAM_SPI_NAND", SelectNand()},
+      {"ZEMROMAPI_SwitchModePCAM_EMMC", SelectStorage(L"ZEM_STORAGE_EMMC")},
       {"ZEMROMAPI_LongJump", BootCommand(3)},
       {"ZEMROMAPI_SetFwDownloadAddr", BootCommand(0x0D)},
       {"ZEMROMAPI_WriteRegister", BootCommand(5)},
@@ -849,8 +937,8 @@ std::vector<NamedPlan> MakePlans() {
       {"ZEMROMAPI_BurnFw", BurnFw()},
       {"ZEMROMAPI_BurnPcCamFw", BurnPcCamFw()},
       {"ZEMROMAPI_BurnPcCamFwPnsV2", BurnPcCamFwPnsV2()},
-      {"ZEMROMAPI_UpdateLinuxFwPkg", UpdateLinuxFwPkg()},
-      {"ZEMROMAPI_UpdateLinuxFwPkg_", UpdateLinuxFwPkg()},
+      {"ZEMROMAPI_UpdateLinuxFwPkg", UpdateLinuxFwPkg(0x300000)},
+      {"ZEMROMAPI_UpdateLinuxFwPkg_", UpdateLinuxFwPkg(0x20000)},
       {"ZEMROMAPI_PartialUpdateWithHeader", PartialUpdateWithHeader()},
       {"ZEMROMAPI_PartialUpdate", PartialUpdate()},
       {"ZEMROMAPI_PartialRead", PartialRead()},

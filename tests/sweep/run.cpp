@@ -69,7 +69,6 @@ class World final : public Wire {
         const Schedule& schedule)
       : operation_(operation), plan_(plan), made_(made), follower_(plan, played, schedule) {
     System& system = TheSystem();
-    system.recordDebuggerLines = false;
     sendAddressDivider = 0;
     stage_.displayName = DisplayName(0x5A45, 0x8C00);
     stage_.devicePath = kDevicePath;
@@ -128,7 +127,8 @@ class World final : public Wire {
     if (!isRunning_) {
       return {Fault::kNone, AnswerToSearch(request)};
     }
-    Answer answer = follower_.Next(request, sent, TheSystem().clockMilliseconds - start_);
+    Answer answer = follower_.Next(request, sent, TheSystem().clockMilliseconds - start_,
+                                   TheSystem().debuggerLines.size());
     if (answer.fault == Fault::kGone) {
       TheSystem().clockMilliseconds += kGoneMilliseconds;
     }
@@ -170,6 +170,7 @@ class World final : public Wire {
       Require(stage_.session != nullptr, "no session");
     }
     binds_ = 0;
+    TheSystem().debuggerLines.clear();
     isRunning_ = true;
   }
 
@@ -177,7 +178,7 @@ class World final : public Wire {
     WatchedChoices choices;
     Call call(stage_, choices);
     const ZemResult result = operation_.run(call);
-    follower_.Finish(result, TheSystem().clockMilliseconds - start_);
+    follower_.Finish(result, TheSystem().clockMilliseconds - start_, TheSystem().debuggerLines);
     Require(follower_.requests() <= operation_.bound.Of(call.length()),
             "more requests than its bound");
     std::size_t output = 0;

@@ -23,7 +23,7 @@ constexpr std::uint32_t kSomePlaces = 4;
 
 constexpr std::array<Fault, kFaults> kAllFaults = {
     Fault::kFails,    Fault::kFailsFull, Fault::kShort, Fault::kGarbage,
-    Fault::kPositive, Fault::kGone,      Fault::kBusy};
+    Fault::kPositive, Fault::kGone,      Fault::kBusy,  Fault::kStaysBusy};
 
 struct Family {
   const char* name;
@@ -141,7 +141,8 @@ class SweepTest : public ::testing::TestWithParam<Operation> {
   // A fault that a request cannot have: a volume gives no code, a camera is not asked again.
   static bool CanBe(Fault fault, const Request& request) {
     const bool isVolume = request.target == Request::Target::kVolume;
-    return fault != (isVolume ? Fault::kPositive : Fault::kBusy);
+    return isVolume ? fault != Fault::kPositive
+                    : fault != Fault::kBusy && fault != Fault::kStaysBusy;
   }
 
   // The places at which it is swept, counted from 1.
@@ -211,7 +212,8 @@ TEST_P(SweepTest, EachRequestAndEachTwo) {
         continue;
       }
       ++tally.single;
-      const bool hasNext = Execute({{place, first}}) > place && first != Fault::kGone;
+      const bool hasNext =
+          Execute({{place, first}}) > place && first != Fault::kGone && first != Fault::kStaysBusy;
       for (const Fault second : kAllFaults) {
         // All requests of an operation are of the same device, but for the standard controls.
         if (hasNext && CanBe(second, request)) {

@@ -71,30 +71,6 @@ TEST_F(InitialTableTest, DeviceThatIsNotIdleIsLeftAlone) {
   }
 }
 
-TEST_F(InitialTableTest, UnderFailureOfEachRequest) {
-  const std::string failed = " failed";
-  const struct {
-    ZemResult result;
-    Lines wire;
-  } kOutcomes[] = {
-      {ZEM_E_NO_DEVICE, {announce + failed}},
-      // A status that cannot be read looks like an idle device.
-      {0, {announce, status + failed, probe, firstChunk, lastChunk, order}},
-      {0, {announce, status, probe, firstChunk, lastChunk, order}},
-      // What could not be sent is ordered all the same.
-      {0, {announce, status, probe, firstChunk + failed, order}},
-      {0, {announce, status, probe, firstChunk, lastChunk + failed, order}},
-      {ZEM_E_NO_DEVICE, {announce, status, probe, firstChunk, lastChunk, order + failed}},
-  };
-  std::uint32_t failing = 0;
-  for (const auto& [result, wire] : kOutcomes) {
-    SCOPED_TRACE(++failing);
-    FailTransfer(failing);
-    EXPECT_EQ(Write(), result);
-    EXPECT_EQ(TakeWire(), wire);
-  }
-}
-
 TEST_F(InitialTableTest, FailureOfTheDataIsReportedOnTheDebuggerChannelOnly) {
   FailTransfer(4);
   EXPECT_EQ(Write(), 0);

@@ -147,58 +147,6 @@ TEST_F(NvmemTest, BytesThatAShortReadLeavesOutAreZero) {
   EXPECT_EQ(buffer, (Bytes{0x77, 0, 0}));
 }
 
-TEST_F(NvmemTest, WriteEndsWithTheFailureOfEachPiece) {
-  const Bytes data(100, 0xAA);
-  for (std::uint32_t failing = 1; failing <= 4; ++failing) {
-    SCOPED_TRACE(failing);
-    FailTransfer(failing);
-    EXPECT_EQ(ZEMAPI_WriteNVMEM(handle(), 0, data.data(), 100, &count), kFailedTransfer);
-    EXPECT_EQ(count, (failing - 1) * 29);
-    EXPECT_EQ(TakeWire().size(), failing);
-  }
-}
-
-TEST_F(NvmemTest, ReadEndsWithTheFailureOfEachRead) {
-  vendor().AlwaysAnswer(16, Answer(Bytes(29, 0xAA)));
-  for (std::uint32_t failing = 1; failing <= 4; ++failing) {
-    SCOPED_TRACE(failing);
-    Bytes buffer(100, 0x55);
-    FailTransfer(2 * failing);
-    EXPECT_EQ(ZEMAPI_ReadNVMEM(handle(), 0, buffer.data(), 100, &count), kFailedTransfer);
-    const std::size_t before = std::size_t{failing - 1} * 29;
-    EXPECT_EQ(count, before);
-    EXPECT_EQ(std::count(buffer.begin(), buffer.end(), 0xAA), before) << "the piece is left out";
-    EXPECT_EQ(TakeWire().size(), 2 * failing);
-  }
-}
-
-TEST_F(NvmemTest, WhatAFailedReadBringsIsLeftOut) {
-  vendor().AlwaysAnswer(16, Answer(Bytes(29, 0xAA)));
-  for (std::uint32_t failing = 1; failing <= 4; ++failing) {
-    SCOPED_TRACE(failing);
-    Bytes buffer(100, 0x55);
-    gate.EndTransfer(2 * failing, kFailedTransfer);
-    EXPECT_EQ(ZEMAPI_ReadNVMEM(handle(), 0, buffer.data(), 100, &count), kFailedTransfer);
-    Bytes wanted(std::size_t{failing - 1} * 29, 0xAA);
-    EXPECT_EQ(count, wanted.size());
-    wanted.resize(100, 0x55);
-    EXPECT_EQ(buffer, wanted);
-  }
-}
-
-TEST_F(NvmemTest, RequestThatCannotBeSentIsPassedOver) {
-  vendor().AlwaysAnswer(16, Answer(Bytes(29, 0xAA)));
-  for (std::uint32_t failing = 1; failing <= 4; ++failing) {
-    SCOPED_TRACE(failing);
-    Bytes buffer(100, 0x55);
-    FailTransfer(2 * failing - 1);
-    EXPECT_EQ(ZEMAPI_ReadNVMEM(handle(), 0, buffer.data(), 100, &count), 0);
-    EXPECT_EQ(count, 100U);
-    EXPECT_EQ(buffer, Bytes(100, 0xAA));
-    EXPECT_EQ(TakeWire().size(), 8U);
-  }
-}
-
 TEST_F(NvmemTest, NullPointersAreRefusedBeforeAnythingIsSent) {
   std::uint8_t byte = 0;
   EXPECT_EQ(ZEMAPI_WriteNVMEM(nullptr, 0, nullptr, 1, nullptr), ZEM_E_NO_DEVICE);

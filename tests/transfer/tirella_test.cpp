@@ -141,52 +141,6 @@ TEST_F(TirellaTest, ReadOfNothingSendsNothing) {
   EXPECT_EQ(TakeWire(), Lines());
 }
 
-TEST_F(TirellaTest, FailedReadHasItsPieceCopiedAlready) {
-  unit().AlwaysAnswer(4, Bytes(32, 0xA0));
-  for (std::uint32_t failing = 1; failing <= 9; ++failing) {
-    SCOPED_TRACE(failing);
-    Bytes buffer(256, 0x55);
-    FailTransfer(2 * failing);
-    EXPECT_EQ(ZEMAPI_TIRELLA_ReadNVMEM(handle(), buffer.data(), 256, &count), kFailedTransfer);
-    EXPECT_EQ(count, kUntouched);
-    EXPECT_EQ(TakeWire().size(), 2 * failing);
-    Bytes wanted((failing - 1) * 29, 0xA0);
-    wanted.resize(std::min<std::size_t>(failing * 29, 256), 0);
-    wanted.resize(256, 0x55);
-    EXPECT_EQ(buffer, wanted) << "zeros where the failing piece belongs";
-  }
-}
-
-TEST_F(TirellaTest, WhatAReadBringsIsCopiedWhateverItsResult) {
-  unit().AlwaysAnswer(4, Bytes(32, 0xA0));
-  for (const ZemResult result : {kFailedTransfer, ZemResult{1}}) {
-    for (std::uint32_t k = 1; k <= 9; ++k) {
-      SCOPED_TRACE(k);
-      Bytes buffer(256, 0x55);
-      gate.EndTransfer(2 * k, result);
-      EXPECT_EQ(ZEMAPI_TIRELLA_ReadNVMEM(handle(), buffer.data(), 256, &count), result);
-      EXPECT_EQ(count, kUntouched);
-      EXPECT_EQ(TakeWire().size(), 2 * k);
-      Bytes wanted(std::min<std::size_t>(k * 29, 256), 0xA0);
-      wanted.resize(256, 0x55);
-      EXPECT_EQ(buffer, wanted);
-    }
-  }
-}
-
-TEST_F(TirellaTest, RequestThatCannotBeSentIsPassedOver) {
-  unit().AlwaysAnswer(4, Bytes(32, 0xA0));
-  for (std::uint32_t failing = 1; failing <= 9; ++failing) {
-    SCOPED_TRACE(failing);
-    Bytes buffer(256);
-    FailTransfer(2 * failing - 1);
-    EXPECT_EQ(ZEMAPI_TIRELLA_ReadNVMEM(handle(), buffer.data(), 256, &count), 0);
-    EXPECT_EQ(count, 256U);
-    EXPECT_EQ(buffer, Bytes(256, 0xA0));
-    EXPECT_EQ(TakeWire().size(), 18U);
-  }
-}
-
 TEST_F(TirellaTest, LedIsOneByteOnSelector2) {
   EXPECT_EQ(ZEMAPI_TIRELLA_LedCtrl(handle(), 0xA5), 0);
   EXPECT_EQ(TakeWire(), (Lines{"set tirella 2: a5"}));
