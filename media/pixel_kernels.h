@@ -16,6 +16,13 @@ void ConvertPlanarReference(const std::uint8_t* luma, const std::uint8_t* u, con
                             std::uint8_t* bgr, std::size_t width, std::size_t stride,
                             std::size_t rows);
 
+// The green of those pairs of a block once more, a bit for each pair; where the other kernels are
+// in doubt.
+void CorrectYuy2Greens(const std::uint8_t* yuy2, std::uint8_t* bgr, std::uint32_t pairs);
+void CorrectPlanarGreens(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,
+                         std::uint8_t* bgr, std::size_t stride, std::size_t rows,
+                         std::uint32_t pairs);
+
 void ConvertYuy2Sse2(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t width,
                      std::ptrdiff_t toNext);
 void ConvertPlanarSse2(const std::uint8_t* luma, const std::uint8_t* u, const std::uint8_t* v,

@@ -11,8 +11,8 @@
 //   floor(-(0.714 v + 0.344 u)) = (xv * -23396 + xu * -11272) >> 16,
 // exact as well, unless the sum is a whole number. Then the reference's double arithmetic decides,
 // luma by luma. Such pairs of chroma (132 of 65,536) leave a rest within kDoubtfulRest of a
-// multiple of 65,536, and so do 127 others: pixels with either are done over by the reference. The
-// most frequent pair of all, no colour, is exact both ways.
+// multiple of 65,536, and so do 127 others: the reference computes the green of either once more.
+// The most frequent pair of all, no colour, is exact both ways.
 #pragma once
 
 #include <xmmintrin.h>
@@ -99,16 +99,6 @@ ZEM_ALWAYS_INLINE std::size_t NextBlock(std::size_t position, std::size_t last) 
   return position < last && next > last ? last : next;
 }
 
-// Calls `visit(number)` for each bit that is set.
-template <class Visit>
-void ForEachBit(std::uint32_t bits, Visit visit) {
-  for (std::size_t number = 0; bits != 0; ++number, bits >>= 1) {
-    if ((bits & 1) != 0) {
-      visit(number);
-    }
-  }
-}
-
 // Rows follow each other in an order and at distances that the processor does not foresee by
 // itself: the cache is told what comes so many pixels later. That is far enough for memory, and
 // near enough to be still there when its turn comes.
@@ -159,9 +149,9 @@ void ConvertYuy2Row(const std::uint8_t* yuy2, std::uint8_t* bgr, std::size_t wid
     const ChromaOffsets<Isa> offsets =
         OffsetsOf<Isa>(Isa::ChromaOfYuy2(low), Isa::ChromaOfYuy2(high));
     StorePixels<Isa>(offsets, Isa::LumaOfYuy2(low), Isa::LumaOfYuy2(high), destination);
-    ForEachBit(offsets.doubtful, [=](std::size_t pair) {
-      ConvertYuy2Reference(source + pair * 4, destination + pair * 2 * kBgrBytes, 2, toNext);
-    });
+    if (offsets.doubtful != 0) {
+      CorrectYuy2Greens(source, destination, offsets.doubtful);
+    }
   }
 }
 
@@ -202,10 +192,9 @@ void ConvertPlanarRows(const std::uint8_t* luma, const std::uint8_t* u, const st
     if (rows == 2) {
       convertRow(1);
     }
-    ForEachBit(offsets.doubtful, [=](std::size_t pair) {
-      ConvertPlanarReference(source + pair * 2, blockU + pair, blockV + pair,
-                             destination + pair * 2 * kBgrBytes, 2, stride, rows);
-    });
+    if (offsets.doubtful != 0) {
+      CorrectPlanarGreens(source, blockU, blockV, destination, stride, rows, offsets.doubtful);
+    }
   }
 }
 
