@@ -20,7 +20,8 @@
  * zemuvc::Errc. A failure leaves the outputs zero, unless a function says otherwise.
  *
  * Threads. As with the exports: an object is opened, used and closed on one thread, two commands
- * never run on one camera at once, and COM is initialised per thread.
+ * never run on one camera at once, and COM is initialised per thread. Different threads may use
+ * different cameras at the same time.
  *
  * Ownership. Objects can be moved and not copied. One that was moved from, or closed, holds
  * nothing: its functions fail with Errc::kNoDevice (ROM boot: Errc::kFail), but see EncodingUnit.

@@ -15,7 +15,8 @@
  * is opened, used and closed on one thread, and two commands must never run on one device at once,
  * because a command and its reply are two separate transfers. Different threads may use different
  * devices at the same time, with any functions. All that they share is the mark that a
- * ZEMROMAPI_OpenDevice with bit 0x10 leaves in the process, and the encoding unit's log file.
+ * ZEMROMAPI_OpenDevice with bit 0x10 leaves in the process, and files whose names are fixed: the
+ * encoding unit's log, and those that ZEMROMAPI_DispackZemPcCamFw makes.
  *
  * Ownership. Memory the library hands out is given back with the matching function of the library.
  * Buffers passed in stay the caller's.
