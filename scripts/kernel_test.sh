@@ -15,10 +15,16 @@ run=$cache/run
 rm -rf "$run"
 mkdir -p "$run"
 
-# download PACKAGE: unpacks a package of the distribution into $cache/PACKAGE, once for each version.
+# What the distribution has at the moment, asked once: it takes apt half a second to answer.
+ask_packages() { apt-cache show --no-all-versions linux-image-amd64 udev systemd; }
+
+# field PACKAGE NAME: what is said of a package.
+field() { sed -n "/^Package: $1\$/,/^\$/s/^$2: //p" build/log/what-there-is.log; }
+
+# download PACKAGE VERSION: unpacks a package of the distribution into $cache/PACKAGE, once for each
+# version.
 download() {
-  local package=$1 version folder=$cache/$1
-  version=$(apt-cache policy "$package" | sed -n 's/^  Candidate: //p')
+  local package=$1 version=$2 folder=$cache/$1
   [ -n "$version" ] || { echo "no package $package" >&2; return 1; }
   [ "$(cat "$folder/version" 2>/dev/null)" != "$version" ] || return 0
   rm -rf "$folder"
@@ -70,10 +76,10 @@ add_module() {
 # Kernel and modules, from whatever package the distribution's kernel is at the moment.
 prepare_kernel() {
   local package name
-  package=$(apt-cache depends linux-image-amd64 | sed -n 's/^ *Depends: \(linux-image-[^ ]*\)$/\1/p')
+  package=$(field linux-image-amd64 Depends | sed -n 's/^\(linux-image-[^ ]*\).*/\1/p')
   [ -n "$package" ] || { echo "no linux-image-amd64" >&2; return 1; }
   [ -e "$cache/$package/vmlinux" ] || rm -rf "${cache:?}/$package"
-  download "$package"
+  download "$package" "$(field linux-image-amd64 Version)"
   kernel_root=$cache/$package/root
   modules=$cache/$package/modules
   if [ ! -e "$cache/$package/vmlinux" ]; then
@@ -89,6 +95,13 @@ prepare_kernel() {
     rm -r "$kernel_root"
   fi
   echo "$package" >"$cache/kernel"
+}
+
+prepare_udev() {
+  local package
+  for package in udev systemd; do
+    download "$package" "$(field "$package" Version)"
+  done
 }
 
 # The system of the guest: busybox, udev with the distribution's rules, our programs, the libraries of
@@ -142,7 +155,7 @@ kvm_works() {
 
 boot() {
   local accelerator=tcg,thread=multi status=0
-  ! kvm_works || accelerator=kvm
+  ! wait "$kvm_probe" || accelerator=kvm
   echo "$accelerator" >"$run/accelerator"
   timeout -k 5 "$limit" qemu-system-x86_64 -accel "$accelerator" "${machine[@]}" \
     -serial "file:$run/console.txt" -serial "file:$run/results.txt" \
@@ -153,18 +166,24 @@ boot() {
 
 # A guest that hangs is ended; a busy machine takes several times as long as a quiet one.
 limit=400
-# What a guest does without. Its watchdogs would bark at a busy host.
+# What a guest does without. Its watchdogs would bark at a busy host. What the emulator has translated
+# of a program it can use again only where the program is started at the same address.
 quicker="mitigations=off random.trust_cpu=on cryptomgr.notests lsm= audit=0 no_timer_check tsc=reliable
-nowatchdog rcupdate.rcu_cpu_stall_suppress=1"
+nowatchdog rcupdate.rcu_cpu_stall_suppress=1 norandmaps init_on_alloc=0
+initcall_blacklist=crypto_kdf108_init"
 machine=(-M pc -cpu qemu64 -smp 1 -m 384 -nodefaults -display none -no-reboot
   -device isa-debug-exit,iobase=0xf4,iosize=4)
 programs=(libZemUVCExtApi.so.1 zem_kernel_tests zem-usb-camera zemctl grab_frame)
 
 step "packages" install_missing cmake ninja-build g++ libgtest-dev libcli11-dev \
   nlohmann-json3-dev "${kernel_packages[@]}"
-[ -n "$(apt-cache policy linux-image-amd64)" ] || step "package lists" as_root apt-get update
+kvm_works &
+kvm_probe=$!
+[ -n "$(find /var/lib/apt/lists -name '*_Packages*' -print -quit)" ] ||
+  step "package lists" as_root apt-get update
+step "what there is" ask_packages
 step "kernel" prepare_kernel
-step "udev" eval "download udev && download systemd"
+step "udev" prepare_udev
 [ -e build/linux/build.ninja ] || step "configure linux" cmake --preset linux
 step "build" cmake --build --preset linux
 step "guest" make_root

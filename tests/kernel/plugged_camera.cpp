@@ -88,8 +88,32 @@ std::string TransferOf(const std::string& line) {
   return (isSet ? "set " : "get ") + unit + "." + selector + SpacedBytes(isSet ? sent : answer);
 }
 
-// A device file is there a moment before udev has made it what it will be.
-void Settle() { EXPECT_EQ(RunProgram("udevadm settle").status, 0); }
+// udev's notes about device files, named by their type and number, and what is there while it has
+// anything to do.
+constexpr const char* kNotes = "/run/udev/data";
+constexpr const char* kWork = "/run/udev/queue";
+
+bool IsUdevIdle() { return !std::filesystem::exists(kWork); }
+
+// Whether a class has devices, and udev has made their files what they will be: the kernel has made
+// them a moment before. The note comes before the last of the rules has run, and only then is udev
+// idle.
+bool HasReadyFiles(const std::string& devices) {
+  const Lines names = EntriesOf(devices);
+  return !names.empty() && std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+    std::istringstream text(ReadText(devices + "/" + name + "/dev"));
+    std::string number;
+    text >> number;
+    return std::filesystem::exists(std::string(kNotes) + "/c" + number);
+  }) && IsUdevIdle();
+}
+
+// Whether nothing is plugged in, for the kernel and for udev: a note that stays would be taken for
+// that of the next device. 81 and 21 are the types of the files of the two classes.
+bool IsNothingThere() {
+  return EntriesOf(kCameras).empty() && EntriesOf(kStorages).empty() &&
+         EntriesOf(kNotes, "c81:").empty() && EntriesOf(kNotes, "c21:").empty() && IsUdevIdle();
+}
 
 }  // namespace
 
@@ -164,21 +188,9 @@ Lines HeadsOf(Lines transfers) {
   return transfers;
 }
 
-bool IsCameraThere() {
-  if (EntriesOf("/sys/class/video4linux").empty()) {
-    return false;
-  }
-  Settle();
-  return !EntriesOf("/dev/v4l/by-path").empty();
-}
+bool IsCameraThere() { return HasReadyFiles(kCameras) && !EntriesOf("/dev/v4l/by-path").empty(); }
 
-bool IsStorageThere() {
-  if (EntriesOf("/sys/class/scsi_generic").empty()) {
-    return false;
-  }
-  Settle();
-  return !EntriesOf("/dev", "sg").empty();
-}
+bool IsStorageThere() { return HasReadyFiles(kStorages) && !EntriesOf("/dev", "sg").empty(); }
 
 PluggedCamera::PluggedCamera(const std::string& options) {
   EXPECT_TRUE(WaitUntil(PortsAreFree));
@@ -201,11 +213,7 @@ void PluggedCamera::Unplug() {
   kill(program_, SIGTERM);
   waitpid(program_, nullptr, 0);
   program_ = -1;
-  EXPECT_TRUE(WaitUntil([] {
-    return EntriesOf("/sys/class/video4linux").empty() &&
-           EntriesOf("/sys/class/scsi_generic").empty();
-  }));
-  Settle();
+  EXPECT_TRUE(WaitUntil(IsNothingThere));
 }
 
 Lines PluggedCamera::TakeTransfers() {

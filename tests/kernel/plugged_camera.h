@@ -43,7 +43,11 @@ ProgramResult RunProgram(const std::string& command, uid_t user = 0);
 // Long transfers cut to their first bytes and the length of their text.
 Lines HeadsOf(Lines transfers);
 
-// Whether a camera, or the storage of one in ROM boot, is in the system, udev's part done.
+// The cameras in the system, and the storages of those in ROM boot.
+inline constexpr const char* kCameras = "/sys/class/video4linux";
+inline constexpr const char* kStorages = "/sys/class/scsi_generic";
+
+// Whether one is there, udev's part done.
 bool IsCameraThere();
 bool IsStorageThere();
 

@@ -11,10 +11,13 @@
 
 namespace {
 
+using zem::testing::EntriesOf;
 using zem::testing::HeadsOf;
 using zem::testing::IsCameraThere;
 using zem::testing::IsStorageThere;
+using zem::testing::kCameras;
 using zem::testing::kInRomBoot;
+using zem::testing::kStorages;
 using zem::testing::Lines;
 using zem::testing::OpenedCamera;
 using zem::testing::PluggedCamera;
@@ -72,7 +75,7 @@ TEST_F(RomBoot, EnteredBurnedAndBack) {
   plugged.TakeTransfers();
   Enter();
   ASSERT_TRUE(WaitUntil(IsStorageThere));
-  EXPECT_FALSE(IsCameraThere());
+  EXPECT_EQ(EntriesOf(kCameras), Lines{});
   EXPECT_EQ(plugged.TakeTransfers(),
             (Lines{"set 3.4 16 00 00 00 00 00 00 00",
                    "scsi 12 00 00 00 24 00 in 00 80 02 01 1f 00 00 00 5a 45 4d 20 20 20 20 20 42 "
@@ -175,7 +178,7 @@ TEST_F(RomBoot, UnpluggedInACommand) {
   }
   EXPECT_LT(done, 20);
   EXPECT_EQ(DebuggerLines(), "SendScsiCmdIIn Failed, Erroe=0x48F The device is not connected.\n");
-  EXPECT_TRUE(WaitUntil([] { return !IsStorageThere(); }));
+  EXPECT_TRUE(WaitUntil([] { return EntriesOf(kStorages).empty(); }));
   EXPECT_EQ(ZEMROMAPI_OpenDevice(kBootLoader), nullptr);
 }
 

@@ -8,9 +8,10 @@
 
 namespace {
 
+using zem::testing::EntriesOf;
 using zem::testing::IsCameraThere;
-using zem::testing::IsStorageThere;
 using zem::testing::kInRomBoot;
+using zem::testing::kStorages;
 using zem::testing::PluggedCamera;
 using zem::testing::ReadText;
 using zem::testing::RunProgram;
@@ -46,7 +47,7 @@ TEST_F(Tool, RecoverSendsARunningCameraIntoRomBootAndBringsItBack) {
   EXPECT_EQ(run.status, 0) << run.output << run.errors;
   EXPECT_EQ(Field(run.output, "verified:"), "9096 bytes read back, all as they should be");
   EXPECT_EQ(Field(run.output, "camera:"), "\"ZEM Simulated Camera\" (5a45:8c00) at 1-1");
-  EXPECT_TRUE(IsCameraThere());
+  EXPECT_TRUE(WaitUntil(IsCameraThere));
 }
 
 TEST_F(Tool, RecoverSaysWhatIsThereWhenTheCameraIsUnplugged) {
@@ -59,7 +60,7 @@ TEST_F(Tool, RecoverSaysWhatIsThereWhenTheCameraIsUnplugged) {
                 "image.bin --storage sf --updater updater.bin --yes\n"),
             std::string::npos)
       << run.errors;
-  EXPECT_TRUE(WaitUntil([] { return !IsStorageThere(); }));
+  EXPECT_TRUE(WaitUntil([] { return EntriesOf(kStorages).empty(); }));
 }
 
 TEST_F(Tool, UpdateSaysWhatIsThereWhenTheCameraIsUnplugged) {

@@ -49,16 +49,10 @@ esac
 cd "$3"
 options >options.json
 
-# Whatever names the place of a camera becomes the same word.
 zemctl_says() {
-  status=0
-  $tool "$@" >output.txt 2>&1 || status=$?
   echo "\$ zemctl $*"
-  tr -d '\r' <output.txt | sed -e 's/ --simulator --simulator-options options.json//' \
-    -e 's/@device:sw:{[-0-9A-F]*}\\\{1,2\}//' \
-    -e 's/\\\{2,4\}?\\\{1,2\}usb#.*zem-simulator&0/DEVICE PATH/' \
-    -e 's|/dev/v4l/by-path/[-._:a-z0-9]*|DEVICE PATH|' \
-    -e 's/zem-simulator&0/PLACE/g' -e 's/\(#\|at \|place: *\|"place": "\)1-1/\1PLACE/g'
+  status=0
+  $tool "$@" 2>&1 || status=$?
   echo "status $status"
   echo
 }
@@ -138,4 +132,11 @@ case $section in
     zemctl_says recover image.bin --storage sf --updater updater.bin --yes
     ;;
   *) zemctl_says reg get isp 0 ;;
-esac
+esac >said.txt
+
+# Whatever names the place of a camera becomes the same word.
+tr -d '\r' <said.txt | sed -e 's/ --simulator --simulator-options options.json//' \
+  -e 's/@device:sw:{[-0-9A-F]*}\\\{1,2\}//' \
+  -e 's/\\\{2,4\}?\\\{1,2\}usb#.*zem-simulator&0/DEVICE PATH/' \
+  -e 's|/dev/v4l/by-path/[-._:a-z0-9]*|DEVICE PATH|' \
+  -e 's/zem-simulator&0/PLACE/g' -e 's/\(#\|at \|place: *\|"place": "\)1-1/\1PLACE/g'
