@@ -6,11 +6,6 @@
 // transfer looks the vendor unit's node up anew, which on this camera (the unit is its third node)
 // takes six requests before its own: 114,695 requests in all. The program fails when the library
 // issues any other number, or allocates anything but its two buffers.
-//
-// Measured (GCC 12, -O3, a 2.6 GHz server core shared with others): 180 ns of processor time for a
-// chunk, 30 ns of it those of the bare requests.
-#include <benchmark/benchmark.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -18,7 +13,7 @@
 
 #include "benchmarks/bare_transfer.h"
 #include "benchmarks/counted_new.h"
-#include "benchmarks/keeping_reporter.h"
+#include "benchmarks/paired_runs.h"
 #include "include/ZemUVCExtApi.h"
 #include "platform/simulated/simulated_platform.h"
 #include "tests/support/free_camera.h"
@@ -28,6 +23,11 @@ namespace {
 using zem::Direction;
 using zem::benchmarks::AllocationCount;
 using zem::benchmarks::BareTransfer;
+using zem::benchmarks::Forget;
+using zem::benchmarks::Keep;
+using zem::benchmarks::PairedRuns;
+using zem::benchmarks::Table;
+using zem::benchmarks::Text;
 using zem::testing::FreeCamera;
 
 constexpr std::uint32_t kImageLength = 8 * 1024 * 1024;
@@ -66,20 +66,19 @@ const std::vector<std::uint8_t>& Image() {
   return image;
 }
 
-void ExportedTransfer(benchmark::State& state) {
+std::string MeasureTransfer(PairedRuns& runs) {
   zem::platform::simulated::TheSystem().recordDebuggerLines = false;
   CountingCamera camera;
   void* handle = nullptr;
   if (ZEMAPI_OpenDeviceBySourceFilter(&camera, &handle) != 0) {
-    state.SkipWithError("the handle could not be made");
-    return;
+    std::fprintf(stderr, "the handle cannot be made\n");
+    std::exit(EXIT_FAILURE);
   }
-  const std::uint8_t* const image = Image().data();
-  for (auto _ : state) {
+  const auto exported = [&] {
     camera.requests = 0;
     camera.transfers = 0;
     const std::uint64_t allocationsBefore = AllocationCount();
-    const ZemResult result = ZEMAPI_WriteFWData(handle, image, kImageLength, nullptr, 0);
+    const ZemResult result = ZEMAPI_WriteFWData(handle, Image().data(), kImageLength, nullptr, 0);
     const std::uint64_t allocated = AllocationCount() - allocationsBefore;
     if (result != 0 || camera.transfers != kTransfers || camera.requests != kRequests ||
         allocated != kAllocations) {
@@ -94,41 +93,33 @@ void ExportedTransfer(benchmark::State& state) {
                    static_cast<unsigned long long>(kAllocations));
       std::exit(EXIT_FAILURE);
     }
-  }
-  ZEMAPI_CloseDevice(&handle);
-}
-BENCHMARK(ExportedTransfer);
-
-void BareLoop(benchmark::State& state) {
-  CountingCamera camera;
+  };
   IKsControl* control = &camera;
   std::vector<std::uint8_t> image = Image();
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(control);
+  const auto bare = [&] {
+    Forget(control);
     camera.requests = 0;
-    benchmark::DoNotOptimize(
-        BareTransfer(control, Direction::kGet, kFastControl, image.data(), kChunkLength));
+    Keep(BareTransfer(control, Direction::kGet, kFastControl, image.data(), kChunkLength));
     for (std::uint32_t offset = 0; offset < kImageLength; offset += kChunkLength) {
-      benchmark::DoNotOptimize(BareTransfer(control, Direction::kSet, kFastControl,
-                                            image.data() + offset, kChunkLength));
+      Keep(BareTransfer(control, Direction::kSet, kFastControl, image.data() + offset,
+                        kChunkLength));
     }
     if (camera.requests != kRequests) {
       std::fprintf(stderr, "the bare loop issues other requests\n");
       std::exit(EXIT_FAILURE);
     }
-  }
+  };
+  runs.Run(61, exported, bare);
+  ZEMAPI_CloseDevice(&handle);
+  return Text("requests of the protocol: %llu transfers for the image, no more than the bare ones",
+              static_cast<unsigned long long>(kTransfers));
 }
-BENCHMARK(BareLoop);
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  zem::benchmarks::KeepingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  const double library = reporter.times["ExportedTransfer"] / static_cast<double>(kTransfers);
-  const double bare = reporter.times["BareLoop"] / static_cast<double>(kTransfers);
-  std::printf("A chunk takes %.0f ns, bare requests %.0f ns: the library adds %.0f ns.\n", library,
-              bare, library - bare);
+  Table table(argc, argv,
+              "An image of 8 MiB through the 512-byte control, beside its bare requests");
+  table.Row("a chunk of 512 bytes", static_cast<double>(kTransfers), " ns", MeasureTransfer);
   return 0;
 }

@@ -1,35 +1,37 @@
 // Frames to pixels, one thread, beside libyuv, which comes close to these bytes but does not give
-// them; and a whole BMP file beside a plain write of as many bytes. The last lines print the ratios
-// of the fastest runs.
-//
-// Measured (GCC 12, -O3, AVX2, an idle EPYC core): planar frames take 0.83 (1080p) and 0.87
-// (2160p) of libyuv's time, YUY2 frames 0.99 and 0.69, a BMP file 1.04 of the plain write's.
-#include <benchmark/benchmark.h>
+// them; and a whole BMP file beside a plain write of the same bytes.
 #include <libyuv.h>
 
-#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "benchmarks/paired_runs.h"
 #include "include/ZemUVCExtApi.h"
+#include "media/bmp_file.h"
 #include "media/pixel_conversion.h"
 
 namespace {
 
+using zem::benchmarks::PairedRuns;
+using zem::benchmarks::Table;
+using zem::benchmarks::Text;
+
 using Bytes = std::vector<std::uint8_t>;
 
 struct Size {
-  const char* name;
   std::uint32_t width;
   std::uint32_t height;
   std::size_t Pixels() const { return std::size_t{width} * height; }
 };
 
-constexpr Size kSizes[] = {{"1080p", 1920, 1080}, {"2160p", 3840, 2160}};
+// Memory that is allocated anew lies elsewhere, and may be faster or slower.
+constexpr int kAllocations = 8;
+constexpr int kPairs = 8;
 
 // Planes that change smoothly with some noise, as a camera's do.
 Bytes MakePlane(std::size_t width, std::size_t height, unsigned seed) {
@@ -65,124 +67,125 @@ Bytes MakeYuy2(const Size& size) {
   return frame;
 }
 
-void Run(benchmark::State& state, const Size& size, const auto& convert) {
-  for (auto _ : state) {
-    convert();
-    benchmark::ClobberMemory();
-  }
-  state.counters["Mpixel/s"] = benchmark::Counter(static_cast<double>(size.Pixels()) / 1e6,
-                                                  benchmark::Counter::kIsIterationInvariantRate);
+// A layout of frames, and how either library converts it.
+struct Layout {
+  Bytes (*make)(const Size& size);
+  zem::FrameConverter convert;
+  void (*convertByLibyuv)(const Size& size, const Bytes& frame, Bytes& between, Bytes& pixels);
+};
+
+void PlanarByLibyuv(const Size& size, const Bytes& frame, Bytes& /*between*/, Bytes& pixels) {
+  const int width = static_cast<int>(size.width);
+  const std::uint8_t* const u = frame.data() + size.Pixels();
+  libyuv::I420ToRGB24(frame.data(), width, u, width / 2, u + size.Pixels() / 4, width / 2,
+                      pixels.data(), width * 3, width, static_cast<int>(size.height));
 }
 
-void RegisterConversions(const Size& size) {
-  const std::string suffix = std::string("/") + size.name;
+void Yuy2ByLibyuv(const Size& size, const Bytes& frame, Bytes& between, Bytes& pixels) {
   const int width = static_cast<int>(size.width);
   const int height = static_cast<int>(size.height);
-  for (const zem::PixelKernel& kernel : zem::PixelKernels()) {
-    benchmark::RegisterBenchmark(("planar/" + std::string(kernel.name) + suffix).c_str(),
-                                 [=, &kernel](benchmark::State& state) {
-                                   const Bytes frame = MakePlanar(size);
-                                   Bytes pixels(size.Pixels() * 3);
-                                   Run(state, size, [&] {
-                                     zem::PlanarToBgr(kernel, frame.data(), pixels.data(),
-                                                      size.width, size.height);
-                                   });
-                                 });
-    benchmark::RegisterBenchmark(("yuy2/" + std::string(kernel.name) + suffix).c_str(),
-                                 [=, &kernel](benchmark::State& state) {
-                                   const Bytes frame = MakeYuy2(size);
-                                   Bytes pixels(size.Pixels() * 3);
-                                   Run(state, size, [&] {
-                                     zem::Yuy2ToBgr(kernel, frame.data(), pixels.data(), size.width,
-                                                    size.height);
-                                   });
-                                 });
+  between.resize(size.Pixels() * 4);
+  libyuv::YUY2ToARGB(frame.data(), width * 2, between.data(), width * 4, width, height);
+  libyuv::ARGBToRGB24(between.data(), width * 4, pixels.data(), width * 3, width, height);
+}
+
+constexpr Layout kPlanar = {MakePlanar, zem::PlanarToBgr, PlanarByLibyuv};
+constexpr Layout kYuy2 = {MakeYuy2, zem::Yuy2ToBgr, Yuy2ByLibyuv};
+
+// Beside the comparison with libyuv: the same arithmetic on rows that stay in the cache, and as
+// many bytes read and written by the C library.
+std::string MeasureConversion(PairedRuns& runs, const Layout& layout, const Size& size) {
+  const zem::PixelKernel& kernel = zem::PixelKernels().back();
+  constexpr std::uint32_t kRows = 2;
+  const Bytes rows = layout.make({size.width, kRows});
+  PairedRuns arithmetic;
+  PairedRuns memory;
+  for (int allocation = 0; allocation < kAllocations; ++allocation) {
+    const Bytes frame = layout.make(size);
+    Bytes pixels(size.Pixels() * 3);
+    Bytes theirPixels(size.Pixels() * 3);
+    Bytes between;
+    const auto ours = [&] {
+      layout.convert(kernel, frame.data(), pixels.data(), size.width, size.height);
+    };
+    runs.Run(kPairs, ours, [&] { layout.convertByLibyuv(size, frame, between, theirPixels); });
+    arithmetic.Run(kPairs, ours, [&] {
+      for (std::uint32_t row = 0; row < size.height; row += kRows) {
+        layout.convert(kernel, rows.data(), pixels.data(), size.width, kRows);
+      }
+    });
+    memory.Run(kPairs, ours, [&] {
+      std::memcpy(pixels.data(), frame.data(), frame.size());
+      std::memset(pixels.data() + frame.size(), 0x55, pixels.size() - frame.size());
+    });
   }
-  benchmark::RegisterBenchmark(("planar/libyuv" + suffix).c_str(), [=](benchmark::State& state) {
-    const Bytes frame = MakePlanar(size);
-    Bytes pixels(size.Pixels() * 3);
-    const std::uint8_t* const u = frame.data() + size.Pixels();
-    Run(state, size, [&] {
-      libyuv::I420ToRGB24(frame.data(), width, u, width / 2, u + size.Pixels() / 4, width / 2,
-                          pixels.data(), width * 3, width, height);
-    });
-  });
-  benchmark::RegisterBenchmark(("yuy2/libyuv" + suffix).c_str(), [=](benchmark::State& state) {
-    const Bytes frame = MakeYuy2(size);
-    Bytes between(size.Pixels() * 4);
-    Bytes pixels(size.Pixels() * 3);
-    Run(state, size, [&] {
-      libyuv::YUY2ToARGB(frame.data(), width * 2, between.data(), width * 4, width, height);
-      libyuv::ARGBToRGB24(between.data(), width * 4, pixels.data(), width * 3, width, height);
-    });
-  });
+  const double inCache = 1 / arithmetic.Ratio().median;
+  const double bare = 1 / memory.Ratio().median;
+  return Text(
+      "%s: the same on rows in the cache takes %.2f of the time, a bare copy and fill of as "
+      "many bytes %.2f",
+      inCache > bare ? "arithmetic" : "memory", inCache, bare);
 }
 
-void RegisterFiles(const Size& size) {
-  const std::filesystem::path path = std::filesystem::temp_directory_path() / "zem_benchmark.bmp";
-  benchmark::RegisterBenchmark("file/bmp", [=](benchmark::State& state) {
-    const Bytes frame = MakeYuy2(size);
-    Run(state, size, [&] {
-      if (ConvertYUY2toBMP(path.wstring().c_str(), frame.data(), size.width, size.height) != 1) {
-        state.SkipWithError("the picture could not be written");
-      }
-    });
-    std::filesystem::remove(path);
-  });
-  benchmark::RegisterBenchmark("file/plain", [=](benchmark::State& state) {
-    const Bytes bytes(size.Pixels() * 3 + 54, 0x55);
-    Run(state, size, [&] {
-      std::FILE* const file = std::fopen(path.c_str(), "wb");
-      if (file == nullptr || std::fwrite(bytes.data(), bytes.size(), 1, file) != 1) {
-        state.SkipWithError("the bytes could not be written");
-      }
-      if (file != nullptr) {
-        std::fclose(file);
-      }
-    });
-    std::filesystem::remove(path);
-  });
+[[noreturn]] void Fail(const char* what) {
+  std::fprintf(stderr, "%s\n", what);
+  std::exit(EXIT_FAILURE);
 }
 
-// Prints the table as usual and keeps the fastest run of each name.
-class KeepingReporter : public benchmark::ConsoleReporter {
- public:
-  KeepingReporter() : ConsoleReporter(OO_Tabular) {}
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Iteration) {
-        const auto [place, isNew] =
-            fastest.try_emplace(run.run_name.function_name, run.GetAdjustedRealTime());
-        place->second = std::min(place->second, run.GetAdjustedRealTime());
-      }
+// The writes of a picture, and nothing else: the same bytes in the same pieces, unbuffered as well.
+void WritePlainly(const char* path, const Bytes& bytes) {
+  std::FILE* const file = std::fopen(path, "wb");
+  if (file == nullptr) {
+    Fail("the file cannot be opened");
+  }
+  static_cast<void>(std::setvbuf(file, nullptr, _IONBF, 0));
+  std::size_t done = 0;
+  for (const std::size_t piece : {std::size_t{14}, std::size_t{40}, bytes.size() - 54}) {
+    if (std::fwrite(bytes.data() + done, piece, 1, file) != 1) {
+      Fail("the bytes cannot be written");
     }
-    ConsoleReporter::ReportRuns(runs);
+    done += piece;
   }
-  std::map<std::string, double> fastest;
-};
+  std::fclose(file);
+}
+
+std::string MeasureFile(PairedRuns& runs, const Size& size) {
+  const std::filesystem::path path = std::filesystem::temp_directory_path() / "zem_benchmark.bmp";
+  const std::wstring widePath = path.wstring();
+  const Bytes bytes(size.Pixels() * 3 + 54, 0x55);
+  const Bytes frame = MakeYuy2(size);
+  Bytes pixels(size.Pixels() * 3);
+  const auto ours = [&] {
+    if (ConvertYUY2toBMP(widePath.c_str(), frame.data(), size.width, size.height) != 1) {
+      Fail("the picture cannot be written");
+    }
+  };
+  runs.Run(kAllocations * kPairs, ours, [&] { WritePlainly(path.c_str(), bytes); });
+  PairedRuns conversion;
+  conversion.Run(kAllocations * kPairs, ours, [&] {
+    zem::Yuy2ToBgr(zem::PixelKernels().back(), frame.data(), pixels.data(), size.width,
+                   size.height);
+  });
+  std::filesystem::remove(path);
+  return Text("the system's writes: the conversion takes %.2f of the time",
+              1 / conversion.Ratio().median);
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  for (const Size& size : kSizes) {
-    RegisterConversions(size);
-  }
-  RegisterFiles(kSizes[0]);
-  KeepingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  const auto compare = [&](const std::string& ours, const std::string& theirs) {
-    if (reporter.fastest.contains(ours) && reporter.fastest.contains(theirs)) {
-      std::printf("%s takes %.2f times as long as %s\n", ours.c_str(),
-                  reporter.fastest[ours] / reporter.fastest[theirs], theirs.c_str());
-    }
+  Table table(argc, argv, "Frames to pixels, beside libyuv, and a BMP file beside a plain write");
+  const auto conversion = [&](const char* label, const Layout& layout, const Size& size) {
+    table.Row(label, 1e3, " µs",
+              [&](PairedRuns& runs) { return MeasureConversion(runs, layout, size); });
   };
-  const std::string best = zem::PixelKernels().back().name;
-  for (const Size& size : kSizes) {
-    for (const std::string layout : {"planar/", "yuy2/"}) {
-      compare(layout + best + "/" + size.name, layout + "libyuv/" + size.name);
-    }
-  }
-  compare("file/bmp", "file/plain");
+  constexpr Size k1080p = {1920, 1080};
+  constexpr Size k2160p = {3840, 2160};
+  conversion("planar frame, 1080p", kPlanar, k1080p);
+  conversion("planar frame, 2160p", kPlanar, k2160p);
+  conversion("YUY2 frame, 1080p", kYuy2, k1080p);
+  conversion("YUY2 frame, 2160p", kYuy2, k2160p);
+  table.Row("BMP file of a YUY2 frame, 1080p", 1e3, " µs",
+            [&](PairedRuns& runs) { return MeasureFile(runs, k1080p); });
   return 0;
 }

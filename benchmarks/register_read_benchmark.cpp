@@ -1,12 +1,12 @@
 // What the library adds to a register read: the export against the bare property requests that the
-// read consists of, on a camera that costs nothing. The last line prints the difference.
-#include <benchmark/benchmark.h>
-
+// read consists of, on a camera that costs nothing.
 #include <array>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 
 #include "benchmarks/bare_transfer.h"
-#include "benchmarks/keeping_reporter.h"
+#include "benchmarks/paired_runs.h"
 #include "include/ZemUVCExtApi.h"
 #include "platform/simulated/simulated_platform.h"
 #include "tests/support/free_camera.h"
@@ -15,45 +15,60 @@ namespace {
 
 using zem::Direction;
 using zem::benchmarks::BareTransfer;
+using zem::benchmarks::Forget;
+using zem::benchmarks::Keep;
+using zem::benchmarks::PairedRuns;
+using zem::benchmarks::Table;
+using zem::benchmarks::Text;
 using zem::testing::FreeCamera;
 
-void ExportedRegisterRead(benchmark::State& state) {
+// The command and the reply.
+constexpr int kRequests = 2 * zem::benchmarks::kRequestsPerTransfer;
+
+// Counts what it is asked.
+class CountingCamera final : public FreeCamera {
+ public:
+  HRESULT Request(const KSP_NODE& request, void* data, ULONG length,
+                  ULONG* bytesReturned) override {
+    ++requests;
+    return FreeCamera::Request(request, data, length, bytesReturned);
+  }
+
+  int requests = 0;
+};
+
+std::string MeasureRegisterRead(PairedRuns& runs) {
   zem::platform::simulated::TheSystem().recordDebuggerLines = false;
-  FreeCamera camera;
+  CountingCamera camera;
   void* handle = nullptr;
   if (ZEMAPI_OpenDeviceBySourceFilter(&camera, &handle) != 0) {
-    state.SkipWithError("the handle could not be made");
-    return;
+    std::fprintf(stderr, "the handle cannot be made\n");
+    std::exit(EXIT_FAILURE);
   }
   unsigned short value = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(ZEMAPI_GetRegister(handle, 0x123456, &value));
+  camera.requests = 0;
+  ZEMAPI_GetRegister(handle, 0x123456, &value);
+  if (camera.requests != kRequests) {
+    std::fprintf(stderr, "%d requests instead of %d\n", camera.requests, kRequests);
+    std::exit(EXIT_FAILURE);
   }
-  ZEMAPI_CloseDevice(&handle);
-}
-BENCHMARK(ExportedRegisterRead);
-
-// The same fourteen requests, for the command and for the reply.
-void BareRequests(benchmark::State& state) {
-  FreeCamera camera;
   IKsControl* control = &camera;
   std::array<unsigned char, 8> data = {};
-  for (auto _ : state) {
-    // As to the library, any implementation may stand behind the interface.
-    benchmark::DoNotOptimize(control);
-    benchmark::DoNotOptimize(BareTransfer(control, Direction::kSet, 1, data.data(), data.size()));
-    benchmark::DoNotOptimize(BareTransfer(control, Direction::kGet, 2, data.data(), data.size()));
-  }
+  runs.Run(
+      61, [&] { Keep(ZEMAPI_GetRegister(handle, 0x123456, &value)); },
+      [&] {
+        Forget(control);
+        Keep(BareTransfer(control, Direction::kSet, 1, data.data(), data.size()));
+        Keep(BareTransfer(control, Direction::kGet, 2, data.data(), data.size()));
+      });
+  ZEMAPI_CloseDevice(&handle);
+  return Text("requests of the protocol: %d, no more than the bare ones", kRequests);
 }
-BENCHMARK(BareRequests);
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  zem::benchmarks::KeepingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  std::printf("The library adds %.0f ns to a register read.\n",
-              reporter.times["ExportedRegisterRead"] - reporter.times["BareRequests"]);
+  Table table(argc, argv, "A register read, beside its bare requests");
+  table.Row("`ZEMAPI_GetRegister`", 1, " ns", MeasureRegisterRead);
   return 0;
 }

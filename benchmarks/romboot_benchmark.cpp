@@ -1,27 +1,24 @@
 // What burning costs: commands and bytes on the wire for each export that writes a file, and the
-// host's time for a 64 MiB image; and the check sum beside a bare read of the same memory.
+// host's time for a 64 MiB image beside a plain read of the file; and the check sum beside a bare
+// read of the same memory.
 //
 // The protocol's minimum is one command of 32,768 bytes after another: 32 commands and 1,048,576
 // bytes for each MiB, 2,048 and 67,108,864 for this image. A burner that puts a header block last
 // adds its erase and its write, 4,096 bytes each. The program fails when the library sends anything
 // else.
 //
-// Measured (GCC 12, -O3, a 2.6 GHz server core shared with others): the check sum reads 27 GB/s
-// where a bare read reaches 33; reading a 64 MiB image into memory and sending it takes 38 ms of
-// processor time, and 3 ms where the file is read in pieces.
-//
 // The sleep of 10 ms before each command goes on the virtual clock and is not measured.
-#include <benchmark/benchmark.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "benchmarks/keeping_reporter.h"
+#include "benchmarks/paired_runs.h"
 #include "include/ZemUVCExtApi.h"
 #include "platform/scsi.h"
 #include "platform/simulated/simulated_platform.h"
@@ -29,6 +26,12 @@
 
 namespace {
 
+using zem::benchmarks::Keep;
+using zem::benchmarks::PairedRuns;
+using zem::benchmarks::Table;
+using zem::benchmarks::Text;
+
+constexpr int kPairs = 31;
 constexpr std::size_t kImageSize = std::size_t{64} * 1024 * 1024;
 constexpr std::uint64_t kImageCommands = 2048;
 constexpr std::uint64_t kImageBytes = 67108864;
@@ -87,6 +90,18 @@ class File {
 
   std::wstring path() const { return path_.wstring(); }
 
+  // Reads it whole into memory of its own.
+  void ReadWhole() const {
+    std::FILE* const file = std::fopen(path_.c_str(), "rb");
+    const std::size_t length = std::filesystem::file_size(path_);
+    const std::unique_ptr<std::uint8_t[]> memory(new std::uint8_t[length]);
+    if (file == nullptr || std::fread(memory.get(), 1, length, file) != length) {
+      Fail("the file cannot be read");
+    }
+    Keep(memory[0]);
+    std::fclose(file);
+  }
+
  private:
   std::filesystem::path path_;
 };
@@ -108,10 +123,10 @@ std::vector<std::uint8_t> PackagePrefix(std::uint32_t headerBlock) {
 
 using Burner = ZemResult (*)(void*, const wchar_t*, unsigned int*);
 
-// Burns the file again and again. `headerBlocks` is the number of header blocks beside the payload
-// that go over the wire, erased or written.
-void Burn(benchmark::State& state, Burner burner, const std::vector<std::uint8_t>& prefix,
-          std::uint64_t headerBlocks) {
+// Burns the file beside a plain read of it. `headerBlocks` is the number of header blocks beside
+// the payload that go over the wire, erased or written.
+std::string MeasureBurn(PairedRuns& runs, Burner burner, const std::vector<std::uint8_t>& prefix,
+                        std::uint64_t headerBlocks) {
   auto& system = zem::platform::simulated::TheSystem();
   zem::platform::simulated::Reset();
   system.recordDebuggerLines = false;
@@ -122,7 +137,7 @@ void Burn(benchmark::State& state, Burner burner, const std::vector<std::uint8_t
   if (device == nullptr) {
     Fail("there is no session");
   }
-  for (auto _ : state) {
+  const auto burn = [&] {
     wire = {};
     system.sleeps.clear();
     unsigned int address = 0;
@@ -136,61 +151,43 @@ void Burn(benchmark::State& state, Burner burner, const std::vector<std::uint8_t
                    static_cast<unsigned long long>(wire.bytes));
       Fail("more or less than the protocol's minimum");
     }
+  };
+  runs.Run(kPairs, burn, [&] { file.ReadWhole(); });
+  double sleeps = 0;
+  for (const std::uint32_t milliseconds : system.sleeps) {
+    sleeps += milliseconds;
   }
   ZEMROMAPI_CloseDevice(&device);
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
-                          static_cast<std::int64_t>(kImageSize));
+  return Text("requests of the protocol: %llu commands, whose pauses alone take %.1f s",
+              static_cast<unsigned long long>(wire.commands), sleeps / 1e3);
 }
 
-void BurnFw(benchmark::State& state) { Burn(state, ZEMROMAPI_BurnFw, ImagePrefix(), 2); }
-BENCHMARK(BurnFw)->Unit(benchmark::kMillisecond);
-
-void BurnPcCamFw(benchmark::State& state) {
-  Burn(state, ZEMROMAPI_BurnPcCamFw, PackagePrefix(0), 0);
+// The check sum beside the C library's search for a byte that is not there: every byte is read,
+// nothing is written.
+std::string MeasureCheckSum(PairedRuns& runs) {
+  const std::vector<std::uint8_t> memory(kImageSize, 0x5A);
+  runs.Run(
+      kPairs, [&] { Keep(zem::WordSum(memory)); },
+      [&] { Keep(std::memchr(memory.data(), 0xA5, memory.size())); });
+  const double size = static_cast<double>(kImageSize);
+  return Text("memory: %.0f GB/s, the bare read %.0f GB/s", size / runs.First().median,
+              size / runs.Second().median);
 }
-BENCHMARK(BurnPcCamFw)->Unit(benchmark::kMillisecond);
-
-void BurnPcCamFwPnsV2(benchmark::State& state) {
-  Burn(state, ZEMROMAPI_BurnPcCamFwPnsV2, PackagePrefix(kHeaderBlock), 2);
-}
-BENCHMARK(BurnPcCamFwPnsV2)->Unit(benchmark::kMillisecond);
-
-void PartialUpdate(benchmark::State& state) { Burn(state, ZEMROMAPI_PartialUpdate, {}, 0); }
-BENCHMARK(PartialUpdate)->Unit(benchmark::kMillisecond);
-
-void LoadFW2Memory(benchmark::State& state) { Burn(state, ZEMROMAPI_LoadFW2Memory, {}, 0); }
-BENCHMARK(LoadFW2Memory)->Unit(benchmark::kMillisecond);
-
-const std::vector<std::uint8_t>& Memory() {
-  static const std::vector<std::uint8_t> memory(kImageSize, 0x5A);
-  return memory;
-}
-
-void CheckSum(benchmark::State& state) {
-  const auto& memory = Memory();
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(zem::WordSum(memory));
-  }
-}
-BENCHMARK(CheckSum)->Unit(benchmark::kMillisecond);
-
-// The C library's search for a byte that is not there: every byte is read, nothing is written.
-void BareRead(benchmark::State& state) {
-  const auto& memory = Memory();
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(std::memchr(memory.data(), 0xA5, memory.size()));
-  }
-}
-BENCHMARK(BareRead)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  zem::benchmarks::KeepingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  const double size = static_cast<double>(kImageSize) / 1e6;
-  std::printf("Check sum of 64 MiB: %.1f GB/s; a bare read of it: %.1f GB/s.\n",
-              size / reporter.times["CheckSum"], size / reporter.times["BareRead"]);
+  Table table(argc, argv, "ROM boot: an image of 64 MiB, beside a plain read of it");
+  const auto burn = [&](const char* label, Burner burner, const std::vector<std::uint8_t>& prefix,
+                        std::uint64_t headerBlocks) {
+    table.Row(label, 1e6, " ms",
+              [&](PairedRuns& runs) { return MeasureBurn(runs, burner, prefix, headerBlocks); });
+  };
+  burn("`ZEMROMAPI_BurnFw`", ZEMROMAPI_BurnFw, ImagePrefix(), 2);
+  burn("`ZEMROMAPI_BurnPcCamFw`", ZEMROMAPI_BurnPcCamFw, PackagePrefix(0), 0);
+  burn("`ZEMROMAPI_BurnPcCamFwPnsV2`", ZEMROMAPI_BurnPcCamFwPnsV2, PackagePrefix(kHeaderBlock), 2);
+  burn("`ZEMROMAPI_PartialUpdate`", ZEMROMAPI_PartialUpdate, {}, 0);
+  burn("`ZEMROMAPI_LoadFW2Memory`", ZEMROMAPI_LoadFW2Memory, {}, 0);
+  table.Row("check sum of the image", 1e6, " ms", MeasureCheckSum);
   return 0;
 }

@@ -35,7 +35,7 @@ windows_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64-win32 wine wine64 g
 linux_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev)
 
 # What the native build needs.
-native_packages=(cmake ninja-build clang libclang-rt-dev libgtest-dev libbenchmark-dev libyuv-dev
+native_packages=(cmake ninja-build clang libclang-rt-dev libgtest-dev libyuv-dev
   libcli11-dev nlohmann-json3-dev)
 
 # What the tests in a kernel of their own need beside the native build: the machine, and what udev's
