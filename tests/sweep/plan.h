@@ -91,6 +91,13 @@ enum class Content : std::uint8_t {
 // request has been made again before, "{*}" for anything.
 using Says = std::vector<std::wstring>;
 
+// A copy with another value in one of its fields.
+template <class Type, class Field, class Value>
+Type Changed(Type copy, Field Type::*field, Value&& value) {
+  copy.*field = std::forward<Value>(value);
+  return copy;
+}
+
 // What follows a fault.
 struct Reaction {
   enum class Kind : std::uint8_t {
@@ -129,16 +136,8 @@ struct Reaction {
     changed.second = other;
     return changed;
   }
-  Reaction Leaving(std::int8_t open) const {
-    Reaction changed = *this;
-    changed.volumes = open;
-    return changed;
-  }
-  Reaction Saying(Says texts) const {
-    Reaction changed = *this;
-    changed.says = std::move(texts);
-    return changed;
-  }
+  Reaction Leaving(std::int8_t open) const { return Changed(*this, &Reaction::volumes, open); }
+  Reaction Saying(Says texts) const { return Changed(*this, &Reaction::says, std::move(texts)); }
 };
 
 struct Rule {
@@ -182,51 +181,19 @@ struct Step {
   // Its failure is not reported, as a volume's otherwise is.
   bool isSilent = false;
 
-  Step Saying(Says texts) const {
-    Step changed = *this;
-    changed.before = std::move(texts);
-    return changed;
-  }
-  Step SayingBehind(Says texts) const {
-    Step changed = *this;
-    changed.behind = std::move(texts);
-    return changed;
-  }
-  Step Silent() const {
-    Step changed = *this;
-    changed.isSilent = true;
-    return changed;
-  }
-  Step Delivering(std::uint32_t bytes) const {
-    Step changed = *this;
-    changed.delivers = bytes;
-    return changed;
-  }
+  Step Saying(Says texts) const { return Changed(*this, &Step::before, std::move(texts)); }
+  Step SayingBehind(Says texts) const { return Changed(*this, &Step::behind, std::move(texts)); }
+  Step Silent() const { return Changed(*this, &Step::isSilent, true); }
+  Step Delivering(std::uint32_t bytes) const { return Changed(*this, &Step::delivers, bytes); }
   Step Numbered(std::optional<std::uint32_t> held) const {
-    Step changed = *this;
-    changed.number = held;
-    return changed;
+    return Changed(*this, &Step::number, held);
   }
-  Step Leaving(Content content) const {
-    Step changed = *this;
-    changed.leaves = content;
-    return changed;
-  }
-  Step Free() const {
-    Step changed = *this;
-    changed.isFree = true;
-    return changed;
-  }
+  Step Leaving(Content content) const { return Changed(*this, &Step::leaves, content); }
+  Step Free() const { return Changed(*this, &Step::isFree, true); }
   Step Polling(std::uint32_t milliseconds) const {
-    Step changed = *this;
-    changed.pollsFor = milliseconds;
-    return changed;
+    return Changed(*this, &Step::pollsFor, milliseconds);
   }
-  Step Probing() const {
-    Step changed = *this;
-    changed.isProbe = true;
-    return changed;
-  }
+  Step Probing() const { return Changed(*this, &Step::isProbe, true); }
 };
 
 // Requests in turn, and how it ends behind the last.
