@@ -6,22 +6,11 @@
 #include <vector>
 
 #include "ZemUVC.hpp"
+#include "read_file.hpp"
 
 namespace {
 
 constexpr int kMostAttempts = 3;
-
-std::vector<std::uint8_t> ReadFile(const char* path) {
-  std::vector<std::uint8_t> bytes;
-  if (std::FILE* const file = std::fopen(path, "rb")) {
-    std::uint8_t part[4096];
-    while (const std::size_t count = std::fread(part, 1, sizeof(part), file)) {
-      bytes.insert(bytes.end(), part, part + count);
-    }
-    std::fclose(file);
-  }
-  return bytes;
-}
 
 // One line for every tenth of the way.
 class Shown {

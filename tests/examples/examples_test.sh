@@ -22,6 +22,30 @@ expect() {
   fi
 }
 
+# Files to burn: firmware.bin of a camera that runs, version 02 00 00 00 00 01; for one in ROM boot image.bin,
+# short.bin, which has lost its end, blank.bin, from which nothing starts, and the updater.
+python3 - $work <<'PYTHON'
+import sys
+
+def write(name, data):
+    with open(f"{sys.argv[1]}/{name}", "wb") as file:
+        file.write(data)
+
+def some(size):
+    return bytes(number * 7 % 251 for number in range(size))
+
+def number(value):
+    return value.to_bytes(4, "little")
+
+body = some(9980)
+write("firmware.bin", b"ZEMFWIMG" + bytes([2, 0, 0, 0, 0, 1]) + number(sum(body))[:2] + number(10000) + body)
+image = b"VSN_V2FW" + bytes([1, 0]) + number(0) + number(9980) + some(4096) + body
+write("image.bin", image)
+write("short.bin", image[:-1])
+write("blank.bin", image[:18] + b"\xFF" * 4096 + body)
+write("updater.bin", some(1000))
+PYTHON
+
 # ---- enumerate ----
 serial=$(seq -s ' ' -f %.0f 160 191 | xargs printf '%02x ')
 camera="  firmware version: 01 02 03 04 05 06
@@ -43,14 +67,6 @@ expect 1 "the camera did not answer (0x80000001)" read_register '{"cameras": [{"
 expect 1 "no camera (0x80004005)" read_register '{"cameras": []}'
 
 # ---- update_firmware ----
-# An image of the simulated camera: version 02 00 00 00 00 01.
-python3 - $work/firmware.bin <<'PYTHON'
-import sys
-body = bytes(number * 7 % 251 for number in range(9980))
-head = b"ZEMFWIMG" + bytes([2, 0, 0, 0, 0, 1]) + (sum(body) & 0xFFFF).to_bytes(2, "little")
-with open(sys.argv[1], "wb") as image:
-    image.write(head + (len(body) + 20).to_bytes(4, "little") + body)
-PYTHON
 progress=$(seq -f '%.0f %%' 10 10 100)
 progress_517x=$(seq -f '%.0f %%' 10 10 80)
 done="The firmware is burned and its check sum is right. Restart the camera to run it."
@@ -88,3 +104,79 @@ update 1 "attempt 1: ZEMAPI_OpenDevice: the library reports a failure (ZEM_E_FAI
 Nothing was sent." '{"cameras": []}' 516x
 expect 2 "usage: update_firmware 516x|517x IMAGE" update_firmware '{}' 515x
 expect 2 "$work/none: not a file with an image" update_firmware '{}' 516x $work/none
+
+# ---- recover ----
+rm -f $work/flash.img
+flash='"storages": [{"type": "sf", "size": 65536, "file": "'$work/flash.img'"}]'
+look="1 of 6: look for the camera"
+load="found: its boot loader, VSN3
+2 of 6: load the updater and wait for its storage (a wrong updater: five minutes)"
+burn="3 of 6: burn the image"
+compare="4 of 6: read it back and compare"
+restart="5 of 6: restart the camera
+6 of 6: wait for it"
+runs="The camera runs. Firmware version: 01 02 03 04 05 06"
+again="Unplug the camera, plug it in again, and run this once more."
+# in_rom_boot CODE TEXT KEYS [IMAGE]: of a camera in ROM boot.
+in_rom_boot() { expect "$1" "$look"$'\n'"$2" recover "{\"bootLoader\": {$3}}" $work/"${4:-image.bin}" $work/updater.bin; }
+
+in_rom_boot 0 "$load
+$burn
+$compare
+$restart
+$runs" "$flash"
+cmp <(tail -c +19 $work/image.bin) <(head -c 14076 $work/flash.img)
+in_rom_boot 0 "found: an updater runs in it already
+$burn
+$compare
+$restart
+$runs" '"start": "storage"'
+in_rom_boot 4 "$load
+The updater was sent, but no storage showed up: it is neither a volume nor a camera now. Nothing was erased or written.
+Check that $work/updater.bin is the updater of this camera. $again" '"afterJump": "gone"'
+in_rom_boot 4 "$load
+$burn
+ZEMROMAPI_SwitchModePCAM_SF: the library reports a failure (ZEM_E_FAIL, 0x80004005). Nothing was erased or written.
+Check that this camera starts from serial flash." '"storages": [{"type": "spi-nand", "size": 65536}]'
+in_rom_boot 4 "$load
+$burn
+ZEMROMAPI_BurnFw: the library reports a failure (ZEM_E_FAIL, 0x80004005). The camera: it is neither a volume nor a \
+camera now. Without the header block, which is written last, nothing starts from its storage, and it falls back to \
+its boot loader.
+$again" '"faults": ["unplug@14"]'
+in_rom_boot 5 "$load
+$burn
+$compare
+9943 of 14076 bytes of the storage are not those of the image, see $work/image.bin.read.
+Do not unplug or reset the camera, run this once more." '"faults": ["garbage@14"]'
+in_rom_boot 5 "$load
+$burn
+$compare
+The image is burned, but could not be read back.
+Leave the camera as it is and run this once more. If nothing answers then, unplug it and plug it in again." \
+  '"faults": ["refuse@16"]'
+in_rom_boot 6 "$load
+$burn
+$compare
+$restart
+The image is burned, byte by byte as read back, and the camera does not run it: its boot loader answers.
+Check that it is the image of this camera. One that comes back with other USB ids is not found here." '' blank.bin
+
+recover() { expect "$1" "$2" recover "$3" $work/image.bin $work/updater.bin; }
+recover 3 "$look
+There is no camera in ROM boot, and none that runs.
+Nothing was sent. Try another cable and port. Raw volumes need administrator rights, on Linux permission for its \
+/dev/sg." '{"cameras": []}'
+recover 3 "$look
+There is a camera, and it runs its firmware.
+Nothing was sent. A camera that runs is updated, not recovered." '{}'
+recover 3 "$look
+There is a camera in ROM boot, and another one that runs.
+Nothing was sent. Unplug the one that runs." '{"bootLoader": {}, "cameras": [{}, {}]}'
+expect 2 "usage: recover IMAGE UPDATER" recover '{}' $work/image.bin
+for wrong in short.bin:"is not whole" updater.bin:"is no firmware image"; do
+  expect 2 "$work/${wrong%%:*} ${wrong#*:}.
+Nothing was sent." recover '{}' $work/"${wrong%%:*}" $work/updater.bin
+done
+expect 2 "$work/none is no updater.
+Nothing was sent." recover '{}' $work/image.bin $work/none
