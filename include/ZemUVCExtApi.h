@@ -290,7 +290,7 @@ ZEM_API void ZEMAPI_CloseDevice(void** handle);
  * destination's size. The text with its terminator needs 17, so the copy fails: it sets serial[0]
  * to 0 and calls the runtime's invalid-parameter handler, which ends the process unless the host
  * has installed one; on Linux there is no such handler, and SIGABRT ends the process. Kept as it is
- * because callers depend on it.
+ * because callers depend on it. ZEMAPI_GetSensorSN asks the camera.
  *
  * @param handle not used
  * @param serial 16 bytes
@@ -2295,11 +2295,14 @@ ZEM_API int32_t ConvertNV12toBMP(const wchar_t* path, const uint8_t* frame, uint
                                  uint32_t height);
 
 /**
- * Writes pixels as a 24-bit BMP file, in the order in which they lie.
+ * Writes pixels as a 24-bit BMP file, in the order in which they lie, and frees them.
+ *
+ * They have to come from malloc of the Universal C Runtime, on Linux of the C library. What comes
+ * from new, from a static or another runtime or from no heap damages the caller's heap.
  *
  * @param path   file to create or overwrite
- * @param pixels width * height * 3 bytes from malloc of the Universal C Runtime, on Linux of the C
- * library. After a success the function has freed them; after a failure they are still the caller's
+ * @param pixels width * height * 3 bytes. After a success they are freed; after a failure they are
+ *               still the caller's
  * @param width  pixels in a row
  * @param height rows
  * @return 1 for a file written, else 0

@@ -127,6 +127,12 @@ with_pkg_config() {
   eval "\"\$CXX\" \"\$@\" -std=c++17 tests/packages/consumer.cpp -o \"\$work/with-pkg-config/cpp_consumer$suffix\" $flags"
 }
 
+# examples RUN...: those in $work/examples run, and their tests pass.
+examples() {
+  [ "$("$@" "$work/examples/update_firmware$suffix" | tr -d '\r')" = "usage: update_firmware 516x|517x IMAGE" ]
+  ctest --test-dir "$work/examples" --no-tests=error --output-on-failure
+}
+
 windows() {
   suffix=.exe
   unzip -q "$packages/$zip.zip" -d "$work"
@@ -145,9 +151,9 @@ windows() {
   expect_consumers "$work/with-pkg-config" wine
 
   # The examples build where they lie. Without a camera:
-  cmake "${toolchain[@]}" -S "$package/examples" -B "$work/examples"
+  cmake "${toolchain[@]}" -D CMAKE_CROSSCOMPILING_EMULATOR=wine -S "$package/examples" -B "$work/examples"
   cmake --build "$work/examples" -j 1
-  [ "$(wine "$work/examples/update_firmware.exe" | tr -d '\r')" = "usage: update_firmware 516x|517x IMAGE" ]
+  examples wine
 
   [ "$(wine "$package/bin/zemctl.exe" --version | tr -d '\r')" = "zemctl $version" ]
   read_simulated=$(wine "$package/bin/zemctl.exe" --simulator reg get isp 0)
@@ -209,7 +215,7 @@ programs_of() {
 
   cmake -G Ninja -S "$usr/share/doc/libzemuvcextapi-dev/examples" -B "$work/examples" -D "CMAKE_PREFIX_PATH=$usr"
   cmake --build "$work/examples" -j 1
-  [ "$("$work/examples/update_firmware")" = "usage: update_firmware 516x|517x IMAGE" ]
+  examples
 
   [ "$(ZEM_LIBRARY='' PYTHONPATH=python /usr/bin/python3 -B tests/packages/consumer.py)" = "Python $version 0xabcd" ]
 

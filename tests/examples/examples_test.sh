@@ -7,19 +7,36 @@ system=$1
 work=build/example-tests-$system
 mkdir -p $work
 
-# expect CODE TEXT EXAMPLE OPTIONS ARGUMENTS...: the example ends with CODE and prints TEXT.
-expect() {
-  local code=$1 text=$2 example=$3 status=0
-  shift 3
+examples=
+# run EXAMPLE OPTIONS ARGUMENTS...: what it prints goes to $work/out, what it ends with is $status.
+run() {
+  local example=$1
+  shift
+  status=0
+  examples+=${examples:+$'\n'}$example
   if [ "$system" = windows ]; then
     wine build/windows/"${example}_simulated.exe" "$@" 2>&1 | tr -d '\r' >$work/out || status=$?
   else
     build/linux/"${example}_simulated" "$@" >$work/out 2>&1 || status=$?
   fi
+}
+
+# printed CODE TEXT WORDS...: the last run, which WORDS name, ended with CODE and printed TEXT.
+printed() {
+  local code=$1 text=$2
+  shift 2
   if [ "$status" -ne "$code" ] || ! diff <(echo "$text") $work/out; then
-    echo "$example $*: status $status, wanted $code"
+    echo "$*: status $status, wanted $code"
     exit 1
   fi
+}
+
+# expect CODE TEXT EXAMPLE OPTIONS ARGUMENTS...
+expect() {
+  local code=$1 text=$2
+  shift 2
+  run "$@"
+  printed "$code" "$text" "$@"
 }
 
 # Files to burn: firmware.bin of a camera that runs, version 02 00 00 00 00 01; for one in ROM boot image.bin,
@@ -180,3 +197,45 @@ Nothing was sent." recover '{}' $work/"${wrong%%:*}" $work/updater.bin
 done
 expect 2 "$work/none is no updater.
 Nothing was sent." recover '{}' $work/image.bin $work/none
+
+# ---- responsive_window ----
+# used CODE TEXT OPTIONS ACTIONS: somebody uses the window. An update takes long enough for a hundred answers,
+# and a window that takes its messages only between the camera's would be late with most; the machine may be
+# late with some.
+used() {
+  local code=$1 text=$2 answers
+  shift 2
+  run responsive_window "$1" "$2" 517x $work/firmware.bin
+  if answers=$(grep ' answers, ' $work/out); then
+    echo "responsive_window: $answers"
+    read -r asked _ late _ <<<"$answers"
+    [ "$asked" -ge 100 ] && [ $((late * 20)) -le "$asked" ]
+    sed -i '/ answers, /d' $work/out
+  fi
+  printed "$code" "$text" responsive_window "$@"
+}
+if [ $system = windows ]; then
+  used 1 "at first: Ready.
+at last: Ready.
+bar: 0" '{}' look
+  used 0 "at first: Ready.
+at last: Done: the camera's check sum is right. Restart the camera to run it.
+bar: 100" '{}' update
+  used 0 "at first: Ready.
+closed on the way: it stays
+may log off: no
+at last: the window has closed" '{}' update,close
+  used 1 "at first: Ready.
+closed on the way: it stays
+may log off: no
+at last: ZEMAPI_GetCheckSumResult: the camera refused the command (ZEM_E_DEVICE_REFUSED, 0x80000001)|Leave the camera \
+powered and update it once more.
+bar: 99" '{"cameras": [{"faults": ["fail@40"]}]}' update,close
+  expect 2 "usage: responsive_window 516x|517x IMAGE" responsive_window '{}' look 515x
+fi
+
+# Each example has been run, but for grab_frame, which needs a camera of the kernel (tests/kernel).
+wanted=$(cd examples && ls -- *.c *.cpp | sed 's/\..*//' | grep -v '^grab_frame$')
+[ $system = windows ] || wanted=$(grep -v '^responsive_window$' <<<"$wanted")
+diff <(sort -u <<<"$examples") <(echo "$wanted") || { echo "these examples are not run"; exit 1; }
+echo "$(sort -u <<<"$examples" | wc -l) examples run, $(wc -l <<<"$examples") runs compared"
