@@ -25,7 +25,7 @@ Report CheckCamera() {
   try {
     zemuvc::Camera camera = zemuvc::Camera::Open();
     report.version = HexText(camera.GetFirmwareVersion());
-    for (const std::uint16_t value : {0x5A5A, 0xA5A5}) {
+    for (const std::uint16_t value : {std::uint16_t{0x5A5A}, std::uint16_t{0xA5A5}}) {
       camera.SetRegister(kScratchRegister, value);
       if (camera.GetRegister(kScratchRegister) != value) {
         report.reason = "a register does not keep what is written to it";
