@@ -2,11 +2,13 @@
 // them; and a whole BMP file beside a plain write of the same bytes.
 #include <libyuv.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -94,8 +96,8 @@ constexpr Layout kYuy2 = {MakeYuy2, zem::Yuy2ToBgr, Yuy2ByLibyuv};
 
 // Beside the comparison with libyuv: the same arithmetic on rows that stay in the cache, and as
 // many bytes read and written by the C library.
-std::string MeasureConversion(PairedRuns& runs, const Layout& layout, const Size& size) {
-  const zem::PixelKernel& kernel = zem::PixelKernels().back();
+std::string MeasureConversion(PairedRuns& runs, const Layout& layout, const Size& size,
+                              const zem::PixelKernel& kernel) {
   constexpr std::uint32_t kRows = 2;
   const Bytes rows = layout.make({size.width, kRows});
   PairedRuns arithmetic;
@@ -175,9 +177,15 @@ std::string MeasureFile(PairedRuns& runs, const Size& size) {
 
 int main(int argc, char** argv) {
   Table table(argc, argv, "Frames to pixels, beside libyuv, and a BMP file beside a plain write");
-  const auto conversion = [&](const char* label, const Layout& layout, const Size& size) {
-    table.Row(label, 1e3, " µs",
-              [&](PairedRuns& runs) { return MeasureConversion(runs, layout, size); });
+  const std::span<const zem::PixelKernel> kernels = zem::PixelKernels();
+  constexpr std::size_t kAvx2 = 2;
+  const auto conversion = [&](const std::string& label, const Layout& layout, const Size& size) {
+    const auto row = [&](const std::string& name, const zem::PixelKernel& kernel) {
+      table.Row(name, 1e3, " µs",
+                [&](PairedRuns& runs) { return MeasureConversion(runs, layout, size, kernel); });
+    };
+    row(label, kernels.back());
+    row(label + ", without AVX-512", kernels[std::min(kAvx2, kernels.size() - 1)]);
   };
   constexpr Size k1080p = {1920, 1080};
   constexpr Size k2160p = {3840, 2160};
