@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "simulator/camera.h"
+
 namespace zem::simulator::usb {
 
 // Requests of the video class.
@@ -55,6 +57,34 @@ struct Answer {
   static Answer Silent() { return {Kind::kSilent, {}, StallReason::kNone}; }
   static Answer Gone() { return {Kind::kGone, {}, StallReason::kNone}; }
 };
+
+// The reasons in which the kinds of units differ.
+struct StallReasons {
+  StallReason noSuchControl;
+  StallReason wrongLength;
+};
+
+// What a request comes to that the camera took or refused, with what it gave.
+inline Answer AnswerOf(Outcome outcome, std::vector<std::uint8_t> data,
+                       const StallReasons& reasons) {
+  switch (outcome) {
+    case Outcome::kDone:
+      return Answer::Done(std::move(data));
+    case Outcome::kNoSuchControl:
+      return Answer::Stalled(reasons.noSuchControl);
+    case Outcome::kWrongLength:
+      return Answer::Stalled(reasons.wrongLength);
+    case Outcome::kInvalidValue:
+      return Answer::Stalled(StallReason::kOutOfRange);
+    case Outcome::kFailed:
+      return Answer::Stalled(StallReason::kNone);
+    case Outcome::kSilent:
+      return Answer::Silent();
+    case Outcome::kUnplugged:
+      break;
+  }
+  return Answer::Gone();
+}
 
 // A request to one control.
 struct ControlRequest {

@@ -60,23 +60,8 @@ const Row* FindRow(const std::vector<Row>& rows, std::uint8_t selector) {
   return found != rows.end() ? &*found : nullptr;
 }
 
-Answer AnswerOf(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::kDone:
-      return Answer::Done();
-    case Outcome::kNoSuchControl:
-      return Answer::Stalled(StallReason::kInvalidControl);
-    case Outcome::kWrongLength:
-    case Outcome::kInvalidValue:
-      return Answer::Stalled(StallReason::kOutOfRange);
-    case Outcome::kFailed:
-      return Answer::Stalled(StallReason::kNone);
-    case Outcome::kSilent:
-      return Answer::Silent();
-    case Outcome::kUnplugged:
-      break;
-  }
-  return Answer::Gone();
+Answer AnswerOfTerminal(Outcome outcome) {
+  return AnswerOf(outcome, {}, {StallReason::kInvalidControl, StallReason::kOutOfRange});
 }
 
 void AddNumber(Bytes& bytes, std::int32_t number, std::size_t size) {
@@ -177,7 +162,7 @@ class FamilyControls {
       ControlSetting setting;
       if (const Outcome outcome = camera_.GetControl(family_, property, setting);
           outcome != Outcome::kDone) {
-        return AnswerOf(outcome);
+        return AnswerOfTerminal(outcome);
       }
       AddNumber(bytes, ToV4l2(control.unit, setting.value), control.size);
     }
@@ -202,7 +187,7 @@ class FamilyControls {
                                      {platform::FromV4l2(control.unit, number), kManual});
       }
       if (outcome != Outcome::kDone) {
-        return AnswerOf(outcome);
+        return AnswerOfTerminal(outcome);
       }
     }
     return Answer::Done();
@@ -218,7 +203,7 @@ class FamilyControls {
         return Turn(row, request.data);
       case VideoRequest::kGetCurrent: {
         const Outcome outcome = camera_.GetControl(family_, row.property, setting);
-        return outcome == Outcome::kDone ? stateOf(setting.flags) : AnswerOf(outcome);
+        return outcome == Outcome::kDone ? stateOf(setting.flags) : AnswerOfTerminal(outcome);
       }
       case VideoRequest::kGetDefault:
         return stateOf(setting.flags);
@@ -247,10 +232,10 @@ class FamilyControls {
     ControlSetting setting;
     const Outcome outcome = camera_.GetControl(family_, row.property, setting);
     if (outcome != Outcome::kDone) {
-      return AnswerOf(outcome);
+      return AnswerOfTerminal(outcome);
     }
     setting.flags = data[0] == row.automatic ? kAutomatic : kManual;
-    return AnswerOf(camera_.SetControl(family_, row.property, setting));
+    return AnswerOfTerminal(camera_.SetControl(family_, row.property, setting));
   }
 
   Camera& camera_;

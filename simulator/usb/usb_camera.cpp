@@ -44,23 +44,9 @@ bool EndsStream(const SetupPacket& setup) {
   return IsConfiguring(setup) || ClearsHalt(setup, kStreamEndpoint);
 }
 
-Answer AnswerOf(Outcome outcome, Bytes data) {
-  switch (outcome) {
-    case Outcome::kDone:
-      return Answer::Done(std::move(data));
-    case Outcome::kNoSuchControl:
-    case Outcome::kWrongLength:
-      return Answer::Stalled(StallReason::kInvalidRequest);
-    case Outcome::kInvalidValue:
-      return Answer::Stalled(StallReason::kOutOfRange);
-    case Outcome::kFailed:
-      return Answer::Stalled(StallReason::kNone);
-    case Outcome::kSilent:
-      return Answer::Silent();
-    case Outcome::kUnplugged:
-      break;
-  }
-  return Answer::Gone();
+Answer AnswerOfUnit(Outcome outcome, Bytes data = {}) {
+  return AnswerOf(outcome, std::move(data),
+                  {StallReason::kInvalidRequest, StallReason::kInvalidRequest});
 }
 
 }  // namespace
@@ -139,7 +125,7 @@ Answer UsbCamera::RequestUnit(std::size_t unit, const ControlRequest& request) {
       return Answer::Done({static_cast<std::uint8_t>((control->isRead ? kReadable : 0) |
                                                      (control->isWritten ? kWritable : 0))});
     case VideoRequest::kSetCurrent:
-      return AnswerOf(camera_->Set(node, request.selector, request.data), {});
+      return AnswerOfUnit(camera_->Set(node, request.selector, request.data));
     case VideoRequest::kGetCurrent: {
       Bytes bytes(request.length);
       std::uint32_t moved = 0;
@@ -148,7 +134,7 @@ Answer UsbCamera::RequestUnit(std::size_t unit, const ControlRequest& request) {
         return Answer::TooMuch(std::move(bytes));
       }
       bytes.resize(moved);
-      return AnswerOf(outcome, std::move(bytes));
+      return AnswerOfUnit(outcome, std::move(bytes));
     }
     default:
       return Answer::Stalled(StallReason::kInvalidRequest);
