@@ -9,16 +9,16 @@ set(CMAKE_CXX_COMPILER ${zem_tools}-g++-win32)
 set(CMAKE_RC_COMPILER ${zem_tools}-windres)
 
 # The compiler's own specs name the old runtime; these name the new one.
-set(zem_specs ${CMAKE_BINARY_DIR}/ucrt.specs)
-if(NOT EXISTS ${zem_specs})
+set(zem_specs "${CMAKE_BINARY_DIR}/ucrt.specs")
+if(NOT EXISTS "${zem_specs}")
   execute_process(COMMAND ${CMAKE_CXX_COMPILER} -dumpspecs
     OUTPUT_VARIABLE zem_spec_text COMMAND_ERROR_IS_FATAL ANY)
   string(REPLACE "-lmsvcrt" "-lucrt" zem_spec_text "${zem_spec_text}")
-  file(WRITE ${zem_specs} "${zem_spec_text}")
+  file(WRITE "${zem_specs}" "${zem_spec_text}")
 endif()
 
-set(CMAKE_C_FLAGS_INIT "-specs=${zem_specs} -D_UCRT")
-set(CMAKE_CXX_FLAGS_INIT "-specs=${zem_specs} -D_UCRT")
+set(CMAKE_C_FLAGS_INIT "\"-specs=${zem_specs}\" -D_UCRT")
+set(CMAKE_CXX_FLAGS_INIT "\"-specs=${zem_specs}\" -D_UCRT")
 
 # -static: no libgcc, libstdc++ or winpthread beside what is built. No time stamp: the same sources
 # give the same bytes. The debugging data is only the runtime's, and names the folders of this system.
