@@ -4,13 +4,16 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
+#include "device/extension_units.h"
 #include "include/ZemUVC.hpp"
 #include "tests/header/fake_exports.h"
 
@@ -904,6 +907,22 @@ TEST_F(WrappersTest, ViewsOfContainers) {
   EXPECT_EQ(zemuvc::Bytes(zemuvc::Buffer(array)).data(), array);
   static_assert(!std::is_convertible_v<const std::vector<std::uint8_t>&, zemuvc::Buffer>);
   static_assert(!std::is_convertible_v<std::vector<char>&, zemuvc::Bytes>);
+}
+
+// The header repeats what it may not include.
+TEST_F(WrappersTest, UnitsAreThoseOfTheLibrary) {
+  const std::pair<GUID, GUID> units[] = {
+      {zemuvc::kVendorUnit, zem::VendorXu},
+      {zemuvc::kH264Unit, zem::H264Xu},
+      {zemuvc::kSkypeUnit, zem::SkypeXu},
+      {zemuvc::kTirellaUnit, zem::TirellaXu},
+      {zemuvc::kOrvaUnit, zem::OrvaXu},
+      {zemuvc::kEncodingUnit, zem::EncodingUnitXu},
+      {zemuvc::kStreamProbeUnit, zem::StreamProbeXu},
+  };
+  for (std::size_t index = 0; index < std::size(units); ++index) {
+    EXPECT_EQ(std::memcmp(&units[index].first, &units[index].second, sizeof(GUID)), 0) << index;
+  }
 }
 
 TEST_F(WrappersTest, TextGoesBothWays) {
