@@ -33,9 +33,13 @@ bool WriteImage(const wchar_t* path, std::string_view magic, const PackagedSecti
   StoreLe32(&header[10], section.value);
   StoreLe32(&header[14], section.payloadLength);
   const auto write = [&](FileBytes bytes) {
-    return std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    static_cast<void>(std::fwrite(bytes.data(), 1, bytes.size(), file.get()));
   };
-  return write(header) && write(section.bytes) && std::fflush(file.get()) == 0;
+  write(header);
+  write(section.bytes);
+  // What could not be written is seen here at the latest, and stays the file's error.
+  static_cast<void>(std::fflush(file.get()));
+  return std::ferror(file.get()) == 0;
 }
 
 }  // namespace

@@ -6,25 +6,19 @@ or when the page names what is not missed."""
 
 import collections
 import json
+import os
 import pathlib
 import sys
 
+from rooms import ROOMS, files_of
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-ROOMS = ("device", "commands", "transfer", "romboot", "encoding", "media", "exports",
-         "platform/portable", "platform/linux")
+ROOM_OF = {source: room for room in ROOMS for source in files_of(room, ROOT)}
 
 
 def source_of(filename):
-    """Of the project, as a path below its root; none for a system's file."""
-    for part in (filename, filename.split("build/coverage/", 1)[-1]):
-        path = pathlib.PurePath(part)
-        if (ROOT / path).is_file():
-            return str(path.relative_to(ROOT) if path.is_absolute() else path)
-    return None
-
-
-def room_of(source):
-    return next((room for room in ROOMS if source.startswith(room + "/")), None)
+    """As a path below the project's root; the compiler has named it from where it builds."""
+    return os.path.normpath(filename).removeprefix("build/coverage/")
 
 
 def missed_lines(segments):
@@ -67,7 +61,7 @@ def main():
     used = set()
     for entry in counts["data"][0]["files"]:
         source = source_of(entry["filename"])
-        room = source and room_of(source)
+        room = ROOM_OF.get(source)
         if not room:
             continue
         summary = entry["summary"]

@@ -10,7 +10,8 @@ step "build the tests" cmake --build --preset coverage --target zem_tests zem_li
 build=build/coverage
 rm -rf $build/counts
 for tests in zem_tests zem_linux_tests; do
-  export LLVM_PROFILE_FILE=$build/counts/$tests.%p.profraw
+  # Counts of a process are added to the file, so that those of a test's child stay.
+  export LLVM_PROFILE_FILE=$build/counts/$tests.%m.profraw
   step "run $tests" $build/$tests --gtest_brief=1
 done
 llvm-profdata merge -sparse $build/counts/*.profraw -o $build/counts/all.profdata

@@ -144,8 +144,8 @@ class MonikerEnumerator : public ForwardEnumerator<ComObject<IEnumMoniker>> {
       return E_POINTER;
     }
     ULONG made = 0;
-    for (; made < count && next_ < devices_.size(); ++made) {
-      monikers[made] = new Moniker(devices_[next_++], gate_);
+    for (; made < count && next_ < devices_.size(); ++made, ++next_) {
+      monikers[made] = devices_[next_].isNull ? nullptr : new Moniker(devices_[next_], gate_);
     }
     if (fetched != nullptr) {
       *fetched = made;

@@ -29,6 +29,8 @@ struct ListedDevice {
 
   // The result of a binding that hands out its filter all the same; a failure or not.
   HRESULT bindResult = S_OK;
+  // Fetched, it is null, although the enumerator succeeds.
+  bool isNull = false;
   // Asked for its display name, the device succeeds without one.
   bool hasNullName = false;
   // Asked for its properties, the device succeeds without any.

@@ -94,9 +94,8 @@ class Controls {
     return file_.Control(VIDIOC_S_CTRL, &control);
   }
 
-  // Without a switch a property is manual.
+  // Without a switch `values` stay empty: the property is manual.
   int ReadSwitch(std::uint32_t id, SwitchValues& values) const {
-    values = {};
     v4l2_queryctrl description = {};
     if (const int result = id != 0 ? Query(id, description) : -EINVAL; result < 0) {
       return result == -EINVAL ? 0 : result;

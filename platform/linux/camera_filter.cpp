@@ -45,11 +45,9 @@ const GUID& NodeType(const VideoEntity& entity) {
       return kSelectorType;
     case EntityKind::kProcessingUnit:
       return kProcessingType;
-    case EntityKind::kExtensionUnit:
-    case EntityKind::kEncodingUnit:
-      break;
+    default:
+      return kDeviceSpecificType;
   }
-  return kDeviceSpecificType;
 }
 
 // Requests to one extension unit.
@@ -82,44 +80,12 @@ class UnitControls {
   std::uint8_t unit_;
 };
 
-// What the objects of one opened camera share.
-class Camera : public CountedObject<IUnknown> {
- public:
-  explicit Camera(DeviceFile opened) : file(std::move(opened)) {}
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    return QueryOne<IUnknown>(this, IID_IUnknown, iid, object);
-  }
-
-  const VideoEntity* EntityAt(DWORD node) const {
-    return node < topology.count ? &topology.entities[node] : nullptr;
-  }
-
-  bool HasProcessingUnit() const {
-    return Has(
-        [](const VideoEntity& entity) { return entity.kind == EntityKind::kProcessingUnit; });
-  }
-  bool HasCameraTerminal() const {
-    return Has([](const VideoEntity& entity) {
-      return entity.kind == EntityKind::kInputTerminal &&
-             entity.terminalType == kCameraTerminalType;
-    });
-  }
-
-  DeviceFile file;
-  VideoTopology topology;
-
- private:
-  template <class Condition>
-  bool Has(Condition condition) const {
-    return std::any_of(topology.all().begin(), topology.all().end(), condition);
-  }
-};
-
-// IKsControl of one node. A node that does not exist has one too: its requests are what fails.
+// IKsControl of one node, over `file`, which `owner` keeps open. A node that does not exist has one
+// too, without an entity: its requests are what fails.
 class NodeControl : public PropertiesOnlyControl<CountedObject<IKsControl>> {
  public:
-  NodeControl(Camera* camera, DWORD node) : camera_(ComPtr<Camera>::Share(camera)), node_(node) {}
+  NodeControl(IUnknown* owner, const DeviceFile& file, const VideoEntity* entity, DWORD node)
+      : owner_(ComPtr<IUnknown>::Share(owner)), file_(file), entity_(entity), node_(node) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     return QueryOne<IKsControl>(this, IID_IKsControl, iid, object);
@@ -135,17 +101,16 @@ class NodeControl : public PropertiesOnlyControl<CountedObject<IKsControl>> {
       return ResultOfError(kInvalidParameter);
     }
     std::memcpy(&request, property, sizeof(request));
-    const VideoEntity* const entity = camera_->EntityAt(node_);
-    if (entity == nullptr || entity->kind != EntityKind::kExtensionUnit ||
+    if (entity_ == nullptr || entity_->kind != EntityKind::kExtensionUnit ||
         request.NodeId != node_) {
       return ResultOfError(kNotFound);
     }
-    if (!(request.Property.Set == entity->extension)) {
+    if (!(request.Property.Set == entity_->extension)) {
       return ResultOfError(kSetNotFound);
     }
     return request.Property.Id == 0
-               ? ReadInformation(*entity, request.Property.Flags, data, dataLength, bytesReturned)
-               : MoveControl(*entity, request.Property, static_cast<std::uint8_t*>(data),
+               ? ReadInformation(*entity_, request.Property.Flags, data, dataLength, bytesReturned)
+               : MoveControl(*entity_, request.Property, static_cast<std::uint8_t*>(data),
                              dataLength, bytesReturned);
   }
 
@@ -177,7 +142,7 @@ class NodeControl : public PropertiesOnlyControl<CountedObject<IKsControl>> {
     if (property.Id > 0xFF || (!isSet && property.Flags != kGetTopology)) {
       return ResultOfError(kNotFound);
     }
-    const UnitControls controls(camera_->file, unit.id);
+    const UnitControls controls(file_, unit.id);
     const auto selector = static_cast<std::uint8_t>(property.Id);
     const int length = controls.Length(selector);
     if (length < 0) {
@@ -195,14 +160,17 @@ class NodeControl : public PropertiesOnlyControl<CountedObject<IKsControl>> {
     return S_OK;
   }
 
-  ComPtr<Camera> camera_;
+  ComPtr<IUnknown> owner_;
+  const DeviceFile& file_;
+  const VideoEntity* entity_;
   DWORD node_;
 };
 
 class CameraFilter
     : public NodesOnlyTopology<StreamlessFilter<CountedObject<IBaseFilter, IKsTopologyInfo>>> {
  public:
-  explicit CameraFilter(ComPtr<Camera> camera) : camera_(std::move(camera)) {}
+  CameraFilter(DeviceFile file, const VideoTopology& topology)
+      : file_(std::move(file)), topology_(topology) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     if (object == nullptr) {
@@ -210,10 +178,8 @@ class CameraFilter
     }
     *object = nullptr;
     if (iid == IID_IAMVideoProcAmp || iid == IID_IAMCameraControl) {
-      const bool present =
-          iid == IID_IAMVideoProcAmp ? camera_->HasProcessingUnit() : camera_->HasCameraTerminal();
-      return present ? MakeCameraControls(camera_.get(), camera_->file, iid, object)
-                     : E_NOINTERFACE;
+      const bool present = iid == IID_IAMVideoProcAmp ? HasProcessingUnit() : HasCameraTerminal();
+      return present ? MakeCameraControls(AsUnknown(), file_, iid, object) : E_NOINTERFACE;
     }
     if (iid == IID_IKsTopologyInfo) {
       *object = static_cast<IKsTopologyInfo*>(this);
@@ -232,12 +198,12 @@ class CameraFilter
     if (count == nullptr) {
       return E_POINTER;
     }
-    *count = static_cast<DWORD>(camera_->topology.count);
+    *count = static_cast<DWORD>(topology_.count);
     return S_OK;
   }
 
   HRESULT STDMETHODCALLTYPE get_NodeType(DWORD node, GUID* type) override {
-    const VideoEntity* const entity = camera_->EntityAt(node);
+    const VideoEntity* const entity = EntityAt(node);
     if (type == nullptr) {
       return E_POINTER;
     }
@@ -253,7 +219,7 @@ class CameraFilter
     if (!(iid == IID_IKsControl)) {
       return E_NOINTERFACE;
     }
-    auto* const control = new (std::nothrow) NodeControl(camera_.get(), node);
+    auto* const control = new (std::nothrow) NodeControl(AsUnknown(), file_, EntityAt(node), node);
     if (control == nullptr) {
       return ResultOfError(kOutOfMemory);
     }
@@ -262,7 +228,30 @@ class CameraFilter
   }
 
  private:
-  ComPtr<Camera> camera_;
+  IUnknown* AsUnknown() { return static_cast<IBaseFilter*>(this); }
+
+  const VideoEntity* EntityAt(DWORD node) const {
+    return node < topology_.count ? &topology_.entities[node] : nullptr;
+  }
+
+  bool HasProcessingUnit() const {
+    return Has(
+        [](const VideoEntity& entity) { return entity.kind == EntityKind::kProcessingUnit; });
+  }
+  bool HasCameraTerminal() const {
+    return Has([](const VideoEntity& entity) {
+      return entity.kind == EntityKind::kInputTerminal &&
+             entity.terminalType == kCameraTerminalType;
+    });
+  }
+
+  template <class Condition>
+  bool Has(Condition condition) const {
+    return std::any_of(topology_.all().begin(), topology_.all().end(), condition);
+  }
+
+  DeviceFile file_;
+  VideoTopology topology_;
 };
 
 }  // namespace
@@ -273,11 +262,11 @@ HRESULT BindCamera(const VideoDevice& device, IBaseFilter** filter) {
   if (!file) {
     return ResultOfErrno(file.descriptor());
   }
-  auto camera = ComPtr<Camera>::Adopt(new (std::nothrow) Camera(std::move(file)));
-  if (!camera || !device.ReadTopology(camera->topology)) {
+  VideoTopology topology;
+  if (!device.ReadTopology(topology)) {
     return ResultOfError(kOutOfMemory);
   }
-  *filter = new (std::nothrow) CameraFilter(std::move(camera));
+  *filter = new (std::nothrow) CameraFilter(std::move(file), topology);
   return *filter != nullptr ? S_OK : ResultOfError(kOutOfMemory);
 }
 

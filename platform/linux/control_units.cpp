@@ -9,18 +9,16 @@ namespace {
 constexpr std::int32_t kMaximum = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kMinimum = std::numeric_limits<std::int32_t>::min();
 
-// V4L2's units in one of DirectShow's.
+// V4L2's units in one of DirectShow's, where the two differ by a factor.
 std::int64_t RatioOf(ControlUnit unit) {
   switch (unit) {
     case ControlUnit::kDegrees:
       return 3600;
     case ControlUnit::kFStop:
       return 10;
-    case ControlUnit::kAsItIs:
-    case ControlUnit::kExposure:
-      break;
+    default:
+      return 1;
   }
-  return 1;
 }
 
 // Halves go away from zero.

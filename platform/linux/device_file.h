@@ -9,14 +9,10 @@ namespace zem::platform {
 
 class DeviceFile {
  public:
-  DeviceFile() = default;
   // Takes over what kernel::Open returned.
   explicit DeviceFile(int descriptor) : descriptor_(descriptor) {}
   DeviceFile(DeviceFile&& other) noexcept : descriptor_(other.Detach()) {}
-  DeviceFile& operator=(DeviceFile&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
-    return *this;
-  }
+  DeviceFile& operator=(DeviceFile&&) = delete;
   ~DeviceFile() {
     if (descriptor_ >= 0) {
       kernel::Close(descriptor_);
@@ -36,7 +32,7 @@ class DeviceFile {
   }
 
  private:
-  int descriptor_ = -1;
+  int descriptor_;
 };
 
 }  // namespace zem::platform

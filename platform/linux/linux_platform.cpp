@@ -76,11 +76,11 @@ HRESULT CreateDeviceEnumerator(ICreateDevEnum** enumerator) {
 
 void HostFilePath(std::span<wchar_t, kPathCapacity> path, const wchar_t* name) {
   std::array<char, PATH_MAX> program = {};
-  const ssize_t length = ::readlink("/proc/self/exe", program.data(), program.size());
-  const std::string_view whole(program.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-  const std::size_t separator = whole.rfind('/');
+  // Without /proc nothing is written there, and the folder is empty.
+  static_cast<void>(::readlink("/proc/self/exe", program.data(), program.size() - 1));
+  const std::string_view whole = program.data();
   std::array<wchar_t, kPathCapacity> folder = {};
-  WidenText(whole.substr(0, separator != std::string_view::npos ? separator : 0), folder);
+  WidenText(whole.substr(0, whole.rfind('/')), folder);
   FormatWide(path, L"%s/%s", folder.data(), name);
 }
 

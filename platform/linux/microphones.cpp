@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sound/asound.h>
+#include <sys/ioctl.h>
 
 #include <algorithm>
 #include <array>

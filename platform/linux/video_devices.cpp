@@ -73,7 +73,6 @@ PathText VideoDevice::DevicePath() const {
 PathText VideoDevice::FriendlyName() const { return ReadAttribute(VideoFolder(number), "name"); }
 
 bool VideoDevice::ReadTopology(VideoTopology& topology) const {
-  topology.count = 0;
   const ByteBuffer descriptors = AllocateBytes(kMaxDescriptors);
   if (descriptors == nullptr) {
     return false;

@@ -1,10 +1,11 @@
-"""Compiles mutated files and links them with the unchanged rest of the native test program.
+"""Compiles mutated files and links them with the unchanged rest of the native test programs.
 
 The tests, the simulator and the flags are those of the native build; the library's own files are
 compiled here, one by one, from a copy of their folders. Nothing is written outside the build
 folder."""
 
 import json
+import os
 import re
 import shlex
 import shutil
@@ -12,11 +13,16 @@ import subprocess
 from collections import defaultdict
 from pathlib import Path
 
-TARGET = "zem_tests"
+PROGRAMS = ("zem_tests", "zem_linux_tests")
 LIBRARY = "libZemUVCExtApi.a"
-_OBJECTS = "ZemUVCExtApi.dir/"  # where the build has the library's
+# Where the build has the library's objects, and which programs are linked with them.
+_PARTS = {"ZemUVCExtApi.dir/": PROGRAMS, "zem_linux_platform.dir/": ("zem_linux_tests",),
+          "zem_linux_kernel.dir/": ("zem_tests",)}
 LIBRARY_FOLDERS = ("include", "platform", "device", "commands", "transfer", "romboot", "encoding", "media",
                    "exports")
+
+# A cache for what stays the same from run to run, where the build has one too.
+_LAUNCHER = os.environ.get("CMAKE_CXX_COMPILER_LAUNCHER", "").split()
 
 # For the comparison of what two sources come to.
 _PLAIN = ["-O1", "-fno-sanitize=all", "-frandom-seed=0"]
@@ -32,9 +38,11 @@ class Build:
         self._folder = folder
         self.tree = folder / "tree"
         self._copy_library(root)
-        self._flags = self._read_flags(root)  # of each .cpp file of the library
-        self._link_words = self._read_link_command()
-        self.sources = sorted(self._flags)
+        self._flags = {}  # of each .cpp file of the library
+        self._units = {}  # what it is compiled into by the native build
+        self._sources = {name: [] for name in PROGRAMS}
+        self._read_sources(root)
+        self._link_words = {name: self._read_link_command(name) for name in PROGRAMS}
         self._includers = defaultdict(set)  # of each file of the library, itself among them
         self._plain_objects = {}  # of unchanged sources, by what is compiled together
 
@@ -43,26 +51,23 @@ class Build:
         for name in LIBRARY_FOLDERS:
             shutil.copytree(root / name, self.tree / name)
 
-    def _read_flags(self, root):
+    def _read_sources(self, root):
         commands = json.loads((self._native / "compile_commands.json").read_text(encoding="utf-8"))
-        found = {}
         for command in commands:
             words = shlex.split(command["command"])
-            if _OBJECTS not in words[words.index("-o") + 1]:
-                continue
+            output = words[words.index("-o") + 1]
+            programs = next((programs for part, programs in _PARTS.items() if part in output), ())
             path = Path(command["file"])
-            for source in _sources_of(path):
-                try:
-                    name = source.relative_to(root)
-                except ValueError:
-                    continue
-                if name.parts[0] in LIBRARY_FOLDERS:
-                    found[str(name)] = self._own_flags(words, str(path), root)
-        return found
+            for source in _sources_of(path) if programs else ():
+                name = str(source.relative_to(root))
+                self._flags[name] = self._own_flags(words, str(path), root)
+                self._units[name] = output
+                for program in programs:
+                    self._sources[program].append(name)
 
     def _own_flags(self, words, source, root):
-        """The flags of a compile command without its source, output, debug symbols and launcher, for
-        the copy of the sources."""
+        """The compiler and its flags, for the copy of the sources: a compile command without its
+        source, output, debug symbols and launcher."""
         compiler = next(index for index, word in enumerate(words) if re.search(r"\+\+(-\d+)?$", word))
         kept = [words[compiler]]
         rest = iter(words[compiler + 1 :])
@@ -73,16 +78,17 @@ class Build:
                 kept.append(f"-I{self.tree}" if word == f"-I{root}" else word)
         return tuple(kept)
 
-    def _read_link_command(self):
-        commands = subprocess.run(["ninja", "-C", str(self._native), "-t", "commands", TARGET],
+    def _read_link_command(self, program):
+        commands = subprocess.run(["ninja", "-C", str(self._native), "-t", "commands", program],
                                   check=True, capture_output=True, text=True).stdout.splitlines()
-        link = next(line for line in reversed(commands) if f"-o {TARGET}" in line)
+        link = next(line for line in reversed(commands) if f"-o {program} " in line)
         words = [word for word in shlex.split(link) if word not in (":", "&&")]
         if LIBRARY not in words:
-            raise BuildError(f"{TARGET} is not linked with {LIBRARY}")
+            raise BuildError(f"{program} is not linked with {LIBRARY}")
         output = words.index("-o")
         del words[output : output + 2]
-        return [self._own_copy(word) for word in words if word not in (LIBRARY, "-g")]
+        return [self._own_copy(word) for word in words
+                if word not in (LIBRARY, "-g", "-g1") and not any(part in word for part in _PARTS)]
 
     def _own_copy(self, word):
         """Of an object or archive of the native build, a copy without debug symbols, which nobody
@@ -103,39 +109,42 @@ class Build:
             output = self._base_object(source)
             output.parent.mkdir(parents=True, exist_ok=True)
             depfile = output.with_suffix(".d")
-            if not self._compile(source, output, ["-MMD", "-MF", str(depfile)], self.tree):
+            dependencies = ["-MMD", "-MF", str(depfile)]
+            if not self._compile(source, output, dependencies, self.tree, launcher=_LAUNCHER):
                 raise BuildError(f"{source} does not compile")
             return source, _read_depfile(depfile, self.tree)
 
-        for source, files in pool.map(compile_one, self.sources):
+        for source, files in pool.map(compile_one, sorted(self._flags)):
             for file in files:
                 self._includers[file].add(source)
 
     def _base_object(self, source):
         return self._folder / "objects" / f"{source}.o"
 
-    def includers(self, path):
-        return sorted(self._includers[path])
+    def programs_with(self, path):
+        """The programs that have a part made of `path`."""
+        return [name for name in PROGRAMS if self._includers[path].intersection(self._sources[name])]
 
     # ---- a mutant ----
 
     def object_groups(self, path):
-        """What must be compiled when `path` has changed: sources that are compiled together because
-        their room and flags are the same."""
+        """What must be compiled when `path` has changed: sources that the native build compiles
+        together as well."""
         groups = defaultdict(list)
-        for source in self.includers(path):
-            groups[Path(source).parts[0], self._flags[source]].append(source)
+        for source in sorted(self._includers[path]):
+            groups[self._units[source]].append(source)
         return [tuple(group) for group in groups.values()]
 
     def compile_changed(self, path, text, folder):
-        """The objects of all that depends on `path` with `text` in it; None if it does not compile."""
+        """The objects of all that depends on `path` with `text` in it, each with its sources; None if
+        it does not compile."""
         overlay = self._lay(path, text, folder)
         objects = []
         for number, group in enumerate(self.object_groups(path)):
             output = folder / f"changed{number}.o"
             if not self._compile_group(group, output, [], overlay):
                 return None
-            objects.append(output)
+            objects.append((group, output))
         return objects
 
     def same_code(self, path, original, text, folder):
@@ -168,23 +177,25 @@ class Build:
         together.write_text("".join(f'#include "{source}"\n' for source in group), encoding="utf-8")
         return self._compile(group[0], output, flags, overlay, "together.cpp")
 
-    def _compile(self, source, output, flags, overlay, input_name=None):
+    def _compile(self, source, output, flags, overlay, input_name=None, launcher=()):
         compiler, *own = self._flags[source]
-        command = [compiler, f"-I{overlay}", *own, "-g0", *flags, "-c", "-o", str(output),
+        command = [*launcher, compiler, f"-I{overlay}", *own, "-g0", *flags, "-c", "-o", str(output),
                    input_name or source]
         return subprocess.run(command, cwd=overlay, capture_output=True, check=False).returncode == 0
 
-    def link(self, program, path=None, objects=()):
-        """Links the test program with `objects` in the place of what depends on `path`. They come
-        first: of an inline function the linker keeps the first copy."""
-        replaced = set(self.includers(path)) if path is not None else set()
-        unchanged = [str(self._base_object(source)) for source in self.sources if source not in replaced]
-        compiler, *others = self._link_words
-        words = [compiler, "-fuse-ld=lld", "-o", str(program),
-                 *map(str, objects), *unchanged, *others]
+    def link(self, name, program, path=None, objects=()):
+        """Links the test program `name` with `objects` in the place of what depends on `path`; an
+        object is given with its sources. They come first: of an inline function the linker keeps the
+        first copy."""
+        replaced = self._includers[path] if path is not None else set()
+        changed = [str(output) for group, output in objects if group[0] in self._sources[name]]
+        unchanged = [str(self._base_object(source)) for source in self._sources[name]
+                     if source not in replaced]
+        compiler, *others = self._link_words[name]
+        words = [compiler, "-fuse-ld=lld", "-o", str(program), *changed, *unchanged, *others]
         result = subprocess.run(words, capture_output=True, text=True, check=False)
         if result.returncode != 0:
-            raise BuildError(f"the test program does not link:\n{result.stderr}")
+            raise BuildError(f"{name} does not link:\n{result.stderr}")
 
 
 def _sources_of(path):

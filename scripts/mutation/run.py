@@ -10,34 +10,19 @@ import sys
 from concurrent.futures import FIRST_COMPLETED, ThreadPoolExecutor, wait
 from pathlib import Path
 
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
+
 import equivalents
-from build import Build
+from build import PROGRAMS, Build
 from mutants import Sources, draw_order
+from rooms import ROOMS, files_of
 from testing import Tests, run_tests
 
 ROOT = Path(__file__).resolve().parents[2]
 FOLDER = ROOT / "build" / "mutation"
 KNOWN = Path(__file__).with_name("equivalents.txt")
 
-# Folders and the patterns of their files. Of platform/ the parts that native tests run: what is
-# below platform/windows runs under Wine only, and platform/simulated belongs to the tests.
-ROOMS = {
-    "device": ("device/*",),
-    "commands": ("commands/*",),
-    "transfer": ("transfer/*",),
-    "romboot": ("romboot/*",),
-    "encoding": ("encoding/*",),
-    "media": ("media/*",),
-    "exports": ("exports/*",),
-    "platform": ("platform/*", "platform/portable/*"),
-}
 GOAL = 97  # of 100 that are not equivalent
-
-
-def files_of(room, tree):
-    """The sources of a room, relative to the tree that they are in."""
-    return sorted(str(path.relative_to(tree)) for pattern in ROOMS[room]
-                  for path in tree.glob(pattern) if path.suffix in (".cpp", ".h"))
 
 
 def sites_of_rooms(sources, tree):
@@ -72,20 +57,24 @@ class Runner:
         self.tree = self._build.tree
         self.sources = Sources(self.tree, [path for room in ROOMS
                                            for path in files_of(room, self.tree)])
+        self._tests = {}  # of each program
+        self._limits = {}
         self._verdicts = open(FOLDER / "verdicts.txt", "w", encoding="utf-8")
 
     def prepare(self):
-        """Builds the unchanged program and sees its tests pass."""
+        """Builds the unchanged programs and sees their tests pass."""
         self._build.compile_unchanged(self._pool)
-        program = FOLDER / "unchanged"
-        self._build.link(program)
-        self._tests = Tests(program, FOLDER)
-        run = run_tests(program, "*", FOLDER, 3600)
-        if run.failure:
-            sys.exit(f"the tests fail without any mutant: {run.failure}")
-        # Twice what all the tests take, and a little for a start on a busy machine.
-        self._limit = int(2 * run.seconds) + 10
-        print(f"the tests pass in {run.seconds:.0f} s of processor time", flush=True)
+        for name in PROGRAMS:
+            program = FOLDER / "unchanged"
+            self._build.link(name, program)
+            report = FOLDER / "tests.json"
+            run = run_tests(program, "*", FOLDER, 3600, report)
+            if run.failure:
+                sys.exit(f"the tests fail without any mutant: {run.failure}")
+            self._tests[name] = Tests(report)
+            # Twice what all the tests take, and a little for a start on a busy machine.
+            self._limits[name] = int(2 * run.seconds) + 10
+            print(f"{name} pass in {run.seconds:.1f} s of processor time", flush=True)
 
     def judge_all(self, mutants, count, known):
         """The verdicts on the first `count` mutants that compile. Takes the mutants in their order,
@@ -128,17 +117,28 @@ class Runner:
         if objects is None:
             return Verdict(mutant, "broken")
         program = folder / "program"
-        self._build.link(program, mutant.path, objects)
-        filters = self._tests.filters(self._first_rooms(mutant.path))
-        for number, test_filter in enumerate(filters):
-            run = run_tests(program, test_filter, folder, self._limit)
+        linked = None
+        for name, test_filter in self._plan(mutant.path):
+            if linked is not None and self._build.same_code(mutant.path, original, changed, folder):
+                return Verdict(mutant, "equivalent", "the same code")
+            if name != linked:
+                self._build.link(name, program, mutant.path, objects)
+                linked = name
+            run = run_tests(program, test_filter, folder, self._limits[name])
             if run.failure:
                 return Verdict(mutant, "killed", run.failure)
-            if number == 0 and self._build.same_code(mutant.path, original, changed, folder):
-                return Verdict(mutant, "equivalent", "the same code")
         if any(entry.matches(mutant) for entry in known):
             return Verdict(mutant, "equivalent", "listed")
         return Verdict(mutant, "survived")
+
+    def _plan(self, path):
+        """Programs and filters of their tests, those first that look at the file itself."""
+        programs = self._build.programs_with(path)
+        if Path(path).parent.name == "linux":
+            programs.reverse()
+        rooms = self._first_rooms(path)
+        return [(name, test_filter) for name in programs
+                for test_filter in self._tests[name].filters(rooms)]
 
     def _first_rooms(self, path):
         """The rooms whose tests look at a file first: its own, and those it speaks for."""
@@ -164,10 +164,10 @@ def share(row):
 
 
 def print_table(results):
-    print(f"\n{'room':10} {'mutants':>8} {'killed':>7} {'equivalent':>11} {'survived':>9} {'share':>7}")
+    print(f"\n{'room':15} {'mutants':>8} {'killed':>7} {'equivalent':>11} {'survived':>9} {'share':>7}")
     for room, verdicts in results.items():
         row = counts(verdicts)
-        print(f"{room:10} {len(verdicts):8} {row['killed']:7} {row['equivalent']:11} "
+        print(f"{room:15} {len(verdicts):8} {row['killed']:7} {row['equivalent']:11} "
               f"{row['survived']:9} {share(row):6.1f}%")
 
 
@@ -186,10 +186,17 @@ def listed_but_killed(results, known, runner):
                 yield entry, verdict.detail
 
 
+def named_rooms(text):
+    rooms = text.split(",")
+    if unknown := set(rooms) - set(ROOMS):
+        raise argparse.ArgumentTypeError(f"no such room: {', '.join(sorted(unknown))}")
+    return rooms
+
+
 def main():
     parser = argparse.ArgumentParser(prog="scripts/mutation.sh", description=__doc__)
-    parser.add_argument("room", nargs="?", choices=[*ROOMS, "all"], default="all", metavar="ROOM",
-                        help=f"one of {', '.join(ROOMS)}; all of them without it")
+    parser.add_argument("rooms", nargs="?", type=named_rooms, default=list(ROOMS), metavar="ROOM,...",
+                        help=f"of {', '.join(ROOMS)}; all of them without it")
     parser.add_argument("count", nargs="?", type=int, default=100, metavar="COUNT",
                         help="mutants of each room (100)")
     parser.add_argument("--seed", default="1", help="which mutants are drawn (1)")
@@ -210,14 +217,13 @@ def main():
 def run(arguments):
     runner = Runner(arguments.workers)
     known = equivalents.parse(KNOWN.read_text(encoding="utf-8"))
-    rooms = list(ROOMS) if arguments.room == "all" else [arguments.room]
     sites = sites_of_rooms(runner.sources, runner.tree)
     wrong = [f"stale entry, matches no mutant: {entry}" for entry in stale_entries(known, sites)]
 
     print(f"seed {arguments.seed}, {arguments.count} mutants of each room", flush=True)
     runner.prepare()
     results = {}
-    for room in rooms:
+    for room in arguments.rooms:
         drawn = [mutant for mutant in draw_order(sites[room], arguments.seed)
                  if arguments.only in describe(mutant)]
         verdicts = runner.judge_all(drawn, arguments.count, known)

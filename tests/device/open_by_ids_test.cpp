@@ -236,6 +236,14 @@ TEST_F(OpenByIdsTest, NameThatIsNullIsNone) {
   ZEMAPI_CloseDevice(&handle);
 }
 
+TEST_F(OpenByIdsTest, DeviceThatIsNullEndsTheSearch) {
+  ListNothing();
+  List(DisplayName(0x5A45, 0x8C00), std::make_shared<zem::simulator::Camera>()).isNull = true;
+  List(DisplayName(0x5A45, 0x8C00), std::make_shared<zem::simulator::Camera>());
+  EXPECT_EQ(FailToOpen(), ZEM_E_FAIL);
+  EXPECT_TRUE(boundFilters.empty());
+}
+
 TEST_F(OpenByIdsTest, FilterOfAFailedBindingIsGivenBack) {
   ListNothing();
   List(DisplayName(0x5A45, 0x8C00), std::make_shared<zem::simulator::Camera>()).bindResult =

@@ -125,6 +125,21 @@ TEST_F(CommandLogTest, CommitFieldsDifferInTheCapabilityLine) {
           StreamFields("\t\tbmSVCCapabilityModes=0x35 0x36 0x37 0x%.1 X0x38 0x39 0x3A 0x3B\r\n"));
 }
 
+TEST_F(CommandLogTest, WidthsOfSmallRateControlNumbers) {
+  LogTransfer(Direction::kGet, zem::EncodingUnitXu, 3, std::vector<std::uint8_t>(28), 0);
+  EXPECT_EQ(TakeLog(), Header("Get") +
+                           "EU Rate Control \r\n"
+                           "\t\tdwSliceMode=0x00000000\r\n"
+                           "\t\tdwAverageBitRate=0x00000000\r\n"
+                           "\t\tdwPeakBitRate=0x00000000\r\n"
+                           "\t\tdwLeakyBucketSize=0x00000000\r\n"
+                           "\t\tdwQpPrime_I[3]=0x00, 0x00, 0x00\r\n"
+                           "\t\tdwQpPrime_P[3]=0x00, 0x00, 0x00\r\n"
+                           "\t\tdwQpPrime_B[3]=0x00, 0x00, 0x00\r\n"
+                           "\t\tbRateControlMethod=0x00\r\n"
+                           "\t\twLayerID=0x0000\r\n");
+}
+
 TEST_F(CommandLogTest, WidthsOfSmallNumbers) {
   LogTransfer(Direction::kSet, zem::StreamProbeXu, 23, std::vector<std::uint8_t>(51), 0);
   EXPECT_EQ(TakeLog(),

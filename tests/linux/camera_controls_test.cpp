@@ -125,6 +125,31 @@ TEST_F(CameraControlsTest, PropertiesThatV4l2OrTheCameraLacks) {
   EXPECT_EQ(ZEMAPI_SetVideoProcAmp(handle_, 0, 0, kManualFlag), kNotFoundResult);
 }
 
+// The control's own description is all that is asked of a camera for a property without a switch.
+TEST_F(CameraControlsTest, PropertiesWithoutASwitch) {
+  const std::pair<ZemLong, std::uint32_t> kVideo[] = {{1, V4L2_CID_CONTRAST},
+                                                      {3, V4L2_CID_SATURATION},
+                                                      {4, V4L2_CID_SHARPNESS},
+                                                      {5, V4L2_CID_GAMMA},
+                                                      {8, V4L2_CID_BACKLIGHT_COMPENSATION}};
+  const std::pair<ZemLong, std::uint32_t> kTerminal[] = {{0, V4L2_CID_PAN_ABSOLUTE},
+                                                         {1, V4L2_CID_TILT_ABSOLUTE},
+                                                         {3, V4L2_CID_ZOOM_ABSOLUTE},
+                                                         {5, V4L2_CID_IRIS_ABSOLUTE}};
+  for (const auto& [property, control] : kVideo) {
+    v4l2()[control] = {0, 10, 1, 5, 5};
+    kernel.calls.clear();
+    VideoRange(property);
+    EXPECT_EQ(kernel.calls, (std::vector<std::string>{"video0 c0445624"})) << property;
+  }
+  for (const auto& [property, control] : kTerminal) {
+    v4l2()[control] = {0, 36000, 1, 5, 5};
+    kernel.calls.clear();
+    CameraRange(property);
+    EXPECT_EQ(kernel.calls, (std::vector<std::string>{"video0 c0445624"})) << property;
+  }
+}
+
 TEST_F(CameraControlsTest, AutomaticAndManualBySwitch) {
   const std::pair<ZemLong, std::pair<std::uint32_t, std::uint32_t>> kSwitches[] = {
       {0, {V4L2_CID_BRIGHTNESS, V4L2_CID_AUTOBRIGHTNESS}},
@@ -267,11 +292,14 @@ TEST_F(CameraControlsTest, EveryRequestFails) {
     EXPECT_EQ(run(), ZEM_OK);
     EXPECT_EQ(kernel.calls.size(), static_cast<std::size_t>(calls));
     for (int call = 0; call < calls; ++call) {
-      kernel.calls.clear();
-      kernel.failingCall = call;
-      kernel.failure = -ENODEV;
-      EXPECT_EQ(run(), kNotConnectedResult) << call;
-      EXPECT_EQ(kernel.calls.size(), static_cast<std::size_t>(call) + 1);
+      for (const auto& [error, expected] :
+           {std::pair(ENODEV, kNotConnectedResult), std::pair(EPERM, kAccessDeniedResult)}) {
+        kernel.calls.clear();
+        kernel.failingCall = call;
+        kernel.failure = -error;
+        EXPECT_EQ(run(), expected) << call;
+        EXPECT_EQ(kernel.calls.size(), static_cast<std::size_t>(call) + 1);
+      }
     }
   }
 }

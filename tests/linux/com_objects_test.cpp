@@ -14,6 +14,8 @@ using zem::ComPtr;
 using zem::testing::BeforeAllocation;
 using zem::testing::kInvalidParameterResult;
 using zem::testing::kNoInterfaceResult;
+using zem::testing::kNotFoundResult;
+using zem::testing::kNotImplementedResult;
 using zem::testing::kOutOfMemoryResult;
 using zem::testing::kPointerResult;
 using zem::testing::LinuxTest;
@@ -198,7 +200,71 @@ TEST_F(ComObjectsTest, PropertiesAreNotWritten) {
       S_OK);
   VARIANT value;
   zem::platform::InitVariant(&value);
-  EXPECT_EQ(properties->Write(L"FriendlyName", &value), static_cast<ZemResult>(0x80004001U));
+  EXPECT_EQ(properties->Write(L"FriendlyName", &value), kNotImplementedResult);
+}
+
+TEST_F(ComObjectsTest, AFilterHasNoStreams) {
+  const ComPtr<IBaseFilter> filter = Filter();
+  EXPECT_EQ(filter->GetClassID(nullptr), kNotImplementedResult);
+  EXPECT_EQ(filter->Stop(), kNotImplementedResult);
+  EXPECT_EQ(filter->Pause(), kNotImplementedResult);
+  EXPECT_EQ(filter->Run(0), kNotImplementedResult);
+  EXPECT_EQ(filter->GetState(0, nullptr), kNotImplementedResult);
+  EXPECT_EQ(filter->SetSyncSource(nullptr), kNotImplementedResult);
+  EXPECT_EQ(filter->GetSyncSource(nullptr), kNotImplementedResult);
+  EXPECT_EQ(filter->EnumPins(nullptr), kNotImplementedResult);
+  EXPECT_EQ(filter->FindPin(L"pin", nullptr), kNotImplementedResult);
+  EXPECT_EQ(filter->QueryFilterInfo(nullptr), kNotImplementedResult);
+  EXPECT_EQ(filter->JoinFilterGraph(nullptr, L"name"), kNotImplementedResult);
+  EXPECT_EQ(filter->QueryVendorInfo(nullptr), kNotImplementedResult);
+}
+
+TEST_F(ComObjectsTest, AMonikerIsNamedAndBoundOnly) {
+  const ComPtr<IMoniker> moniker = Moniker();
+  EXPECT_EQ(moniker->GetClassID(nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->IsDirty(), kNotImplementedResult);
+  EXPECT_EQ(moniker->Load(nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->Save(nullptr, 0), kNotImplementedResult);
+  EXPECT_EQ(moniker->GetSizeMax(nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->Reduce(nullptr, 0, nullptr, nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->ComposeWith(nullptr, 0, nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->Enum(1, nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->IsEqual(nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->Hash(nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->IsRunning(nullptr, nullptr, nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->GetTimeOfLastChange(nullptr, nullptr, nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->Inverse(nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->CommonPrefixWith(nullptr, nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->RelativePathTo(nullptr, nullptr), kNotImplementedResult);
+  EXPECT_EQ(moniker->ParseDisplayName(nullptr, nullptr, nullptr, nullptr, nullptr),
+            kNotImplementedResult);
+  EXPECT_EQ(moniker->IsSystemMoniker(nullptr), kNotImplementedResult);
+}
+
+TEST_F(ComObjectsTest, AnEnumeratorOnlyGoesForward) {
+  const ComPtr<IEnumMoniker> devices = Cameras();
+  EXPECT_EQ(devices->Skip(1), kNotImplementedResult);
+  EXPECT_EQ(devices->Reset(), kNotImplementedResult);
+  EXPECT_EQ(devices->Clone(nullptr), kNotImplementedResult);
+}
+
+TEST_F(ComObjectsTest, ATopologyHasNodesOnlyAndTheyTakePropertiesOnly) {
+  const ComPtr<IKsTopologyInfo> topology = Topology();
+  DWORD count = 7;
+  EXPECT_EQ(topology->get_NumCategories(&count), S_OK);
+  EXPECT_EQ(count, 0U);
+  count = 7;
+  EXPECT_EQ(topology->get_NumConnections(&count), S_OK);
+  EXPECT_EQ(count, 0U);
+  EXPECT_EQ(topology->get_NumCategories(nullptr), kPointerResult);
+  EXPECT_EQ(topology->get_NumConnections(nullptr), kPointerResult);
+  GUID category = {};
+  EXPECT_EQ(topology->get_Category(0, &category), kNotFoundResult);
+  EXPECT_EQ(topology->get_ConnectionInfo(0, nullptr), kNotFoundResult);
+  EXPECT_EQ(topology->get_NodeName(0, nullptr, 0, nullptr), kNotFoundResult);
+  const ComPtr<IKsControl> node = Node();
+  EXPECT_EQ(node->KsMethod(nullptr, 0, nullptr, 0, nullptr), kNotImplementedResult);
+  EXPECT_EQ(node->KsEvent(nullptr, 0, nullptr, 0, nullptr), kNotImplementedResult);
 }
 
 // Every allocation of an operation fails in turn, all behind it succeed.
@@ -233,10 +299,12 @@ TEST_F(ComObjectsTest, OpeningWithoutMemoryLeavesNothingOpen) {
     }
     return opened;
   });
-  // The system's objects, the handle, and the nodes' controls that the look for the vendor unit
-  // asks for: to that look a unit that cannot be asked is none.
-  std::vector<ZemResult> expected(7, kOutOfMemoryResult);
-  expected.insert(expected.end(), {ZEM_E_FAIL, 1, 1, 1});
+  // The system's objects, the device's name, without which it is passed over, the camera's
+  // descriptors and its filter, the handle, and the nodes' controls that the look for the vendor
+  // unit asks for: to that look a unit that cannot be asked is none.
+  std::vector<ZemResult> expected(4, kOutOfMemoryResult);
+  expected.insert(expected.end(),
+                  {ZEM_E_FAIL, kOutOfMemoryResult, kOutOfMemoryResult, ZEM_E_FAIL, 1, 1, 1});
   EXPECT_EQ(results, expected);
   EXPECT_EQ(kernel.openFiles(), 0);
 }

@@ -144,6 +144,28 @@ TEST_F(DiscoveryTest, FilesForMetadataAreNoCamerasAndFurtherCaptureFilesAre) {
             L"/dev/v4l/by-path/pci-0000:00:14.0-usbv2-0:1:1.0-video-index2");
 }
 
+TEST_F(DiscoveryTest, AsManyAsTheDriverNumbers) {
+  AddCamera(0, "1-1");
+  for (unsigned number = 1; number < 256; ++number) {
+    kernel.AddLink("class/video4linux/video" + std::to_string(number),
+                   PortFolder("1-1") + "/1-1:1.0/video4linux/video0");
+  }
+  EXPECT_EQ(Cameras(), Texts(256, L"usb#vid_5a45&pid_8c00&mi_00#1-1"));
+}
+
+TEST_F(DiscoveryTest, TheIndexIsADecimalNumber) {
+  AddVideoFile(7, "1-1", 10);
+  AddCamera(0, "1-1");
+  EXPECT_EQ(Cameras(),
+            (Texts{L"usb#vid_5a45&pid_8c00&mi_00#1-1", L"usb#vid_5a45&pid_8c00&mi_00#1-1&10"}));
+}
+
+TEST_F(DiscoveryTest, AFileWithoutAnIndexIsTheFirst) {
+  AddCamera(0, "1-1");
+  kernel.Remove("class/video4linux/video0/index");
+  EXPECT_EQ(Cameras(), (Texts{L"usb#vid_5a45&pid_8c00&mi_00#1-1"}));
+}
+
 TEST_F(DiscoveryTest, OfFilesThatMayNotBeOpenedTheFirstCounts) {
   AddCamera(0, "1-1")->openResult = -EACCES;
   AddVideoFile(1, "1-1", 1)->openResult = -EACCES;

@@ -51,9 +51,33 @@ TEST(ErrorsTest, AnyOtherErrorIsAGeneralFailure) {
   EXPECT_EQ(ErrorOfErrno(100000), 31U);
 }
 
-TEST(ErrorsTest, TextsOfErrorsThatAreNotOfTheTable) {
-  EXPECT_STREQ(TextOfError(2), L"There is no such device.");
-  EXPECT_STREQ(TextOfError(1235), L"The request was aborted.");
+TEST(ErrorsTest, EveryText) {
+  const std::pair<std::uint32_t, const wchar_t*> kTexts[] = {
+      {1, L"The device does not take this request."},
+      {2, L"There is no such device."},
+      {4, L"Too many files are open."},
+      {5, L"Access is denied."},
+      {6, L"The handle is invalid."},
+      {14, L"There is not enough memory."},
+      {21, L"The device is not ready."},
+      {24, L"The length does not suit the request."},
+      {31, L"A device attached to the system is not functioning."},
+      {50, L"The request is not supported."},
+      {87, L"The parameter is incorrect."},
+      {121, L"The device did not answer in time."},
+      {170, L"The device is in use."},
+      {234, L"More data is available."},
+      {998, L"Invalid access to memory."},
+      {1117, L"The request could not be carried out because of a device error."},
+      {1167, L"The device is not connected."},
+      {1168, L"There is no such control."},
+      {1170, L"The device has no such unit."},
+      {1235, L"The request was aborted."},
+      {5023, L"The device is not in the state for this request."},
+  };
+  for (const auto& [error, text] : kTexts) {
+    EXPECT_STREQ(TextOfError(error), text) << error;
+  }
   EXPECT_EQ(TextOfError(3), nullptr);
 }
 

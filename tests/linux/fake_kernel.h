@@ -64,7 +64,7 @@ class FakeKernel {
   TemporaryFolder folder_;
   std::string sysFolder_;
   std::map<int, std::string> opened_;
-  int nextDescriptor_ = 3;
+  int nextDescriptor_ = 0;
 };
 
 }  // namespace zem::testing

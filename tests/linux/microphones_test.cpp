@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,10 +16,13 @@
 namespace {
 
 using zem::ComPtr;
+using zem::testing::BeforeAllocation;
 using zem::testing::FakeDevice;
+using zem::testing::kAccessDeniedResult;
 using zem::testing::kInvalidParameterResult;
 using zem::testing::kNoInterfaceResult;
 using zem::testing::kNotConnectedResult;
+using zem::testing::kNotImplementedResult;
 using zem::testing::kOutOfMemoryResult;
 using zem::testing::kPointerResult;
 using zem::testing::LinuxTest;
@@ -155,16 +159,47 @@ TEST_F(MicrophonesTest, ItsObjectsTellTheirInterfaces) {
   EXPECT_EQ(kernel.openFiles(), 0);
 }
 
+TEST_F(MicrophonesTest, AMixerHasALevelOnly) {
+  AddUsbCard(3, "1-1")->elements = {{"Mic Capture Volume", 0, 100, {10, 10}}};
+  IBaseFilter* audio = nullptr;
+  ASSERT_EQ(ZEMAPI_AudioOpenDeviceByPath(kUsbName, &audio), ZEM_OK);
+  ComPtr<IAMAudioInputMixer> mixer;
+  ASSERT_EQ(audio->QueryInterface(zem::IID_IAMAudioInputMixer, mixer.ReceiveVoid()), S_OK);
+  ZEMAPI_AudioCloseDevice(&audio);
+  EXPECT_EQ(mixer->put_Enable(1), kNotImplementedResult);
+  EXPECT_EQ(mixer->get_Enable(nullptr), kNotImplementedResult);
+  EXPECT_EQ(mixer->put_Mono(1), kNotImplementedResult);
+  EXPECT_EQ(mixer->get_Mono(nullptr), kNotImplementedResult);
+  EXPECT_EQ(mixer->put_Pan(0), kNotImplementedResult);
+  EXPECT_EQ(mixer->get_Pan(nullptr), kNotImplementedResult);
+  EXPECT_EQ(mixer->put_Loudness(1), kNotImplementedResult);
+  EXPECT_EQ(mixer->get_Loudness(nullptr), kNotImplementedResult);
+  EXPECT_EQ(mixer->put_Treble(0), kNotImplementedResult);
+  EXPECT_EQ(mixer->get_Treble(nullptr), kNotImplementedResult);
+  EXPECT_EQ(mixer->get_TrebleRange(nullptr), kNotImplementedResult);
+  EXPECT_EQ(mixer->put_Bass(0), kNotImplementedResult);
+  EXPECT_EQ(mixer->get_Bass(nullptr), kNotImplementedResult);
+  EXPECT_EQ(mixer->get_BassRange(nullptr), kNotImplementedResult);
+}
+
 TEST_F(MicrophonesTest, WithoutMemoryNothingStaysOpen) {
   AddUsbCard(3, "1-1")->elements = {{"Mic Capture Volume", 0, 100, {10, 10}}};
   IBaseFilter* audio = nullptr;
   ASSERT_EQ(ZEMAPI_AudioOpenDeviceByPath(kUsbName, &audio), ZEM_OK);
-  void* object = &object;
-  {
-    const MemoryExhausted exhausted;
+  // First the list of the card's elements, then the mixer has no memory.
+  for (const int served : {0, 1}) {
+    void* object = &object;
+    int asked = 0;
+    std::optional<MemoryExhausted> exhausted;
+    const BeforeAllocation count([&] {
+      if (asked++ == served) {
+        exhausted.emplace();
+      }
+    });
     EXPECT_EQ(audio->QueryInterface(zem::IID_IAMAudioInputMixer, &object), kOutOfMemoryResult);
+    EXPECT_EQ(asked, served + 1);
+    EXPECT_EQ(object, nullptr);
   }
-  EXPECT_EQ(object, nullptr);
   ZEMAPI_AudioCloseDevice(&audio);
   EXPECT_EQ(kernel.openFiles(), 0);
 }
@@ -203,15 +238,28 @@ TEST_F(MicrophonesTest, ALevelThatCannotBeReadSaysWhy) {
   ZEMAPI_AudioCloseDevice(&audio);
   double level = 0.75;
   kernel.failingCall = static_cast<int>(kernel.calls.size());
-  kernel.failure = -ENODEV;
-  EXPECT_EQ(mixer->get_MixLevel(&level), kNotConnectedResult);
+  kernel.failure = -EPERM;
+  EXPECT_EQ(mixer->get_MixLevel(&level), kAccessDeniedResult);
   kernel.failingCall = static_cast<int>(kernel.calls.size());
-  EXPECT_EQ(mixer->put_MixLevel(0.5), kNotConnectedResult);
+  EXPECT_EQ(mixer->put_MixLevel(0.5), kAccessDeniedResult);
 }
 
 TEST_F(MicrophonesTest, ACardThatOnlyPlaysIsNoMicrophone) {
   AddCard(0, "devices/pci0000:00/0000:00:1f.3", false);
   EXPECT_EQ(SetVolume(L"sound#Webcam", 75), ZEM_E_FAIL);
+}
+
+TEST_F(MicrophonesTest, AnyOfTheStreamsThatACardMayHaveMakesAMicrophone) {
+  AddCard(0, "devices/pci0000:00/0000:00:1f.3", false)->elements = {
+      {"Capture Volume", 0, 100, {0}}};
+  kernel.AddFile("class/sound/pcmC0D32c/dev", "116:24\n");
+  EXPECT_EQ(SetVolume(L"sound#Webcam", 75), ZEM_E_FAIL);
+  for (const char* const stream : {"0", "31"}) {
+    const std::string folder = std::string("class/sound/pcmC0D") + stream + "c";
+    kernel.AddFile(folder + "/dev", "116:24\n");
+    EXPECT_EQ(SetVolume(L"sound#Webcam", 75), ZEM_OK) << stream;
+    kernel.Remove(folder);
+  }
 }
 
 TEST_F(MicrophonesTest, PropertiesOfEitherKind) {
@@ -323,14 +371,17 @@ TEST_F(MicrophonesTest, EveryCallFails) {
   card->elements = {{"Mic Capture Volume", 0, 100, {1}}};
   ASSERT_EQ(SetVolume(kUsbName, 40), ZEM_OK);
   // Open, both lists, the description, the setting. What cannot be described is no level.
-  const ZemResult kExpected[] = {kNotConnectedResult, kNotConnectedResult, kNotConnectedResult,
-                                 kNoInterfaceResult, kNotConnectedResult};
+  constexpr int kDescription = 3;
   ASSERT_EQ(kernel.calls.size(), 5U);
-  for (int call = 0; call < 5; ++call) {
-    kernel.calls.clear();
-    kernel.failingCall = call;
-    kernel.failure = -ENODEV;
-    EXPECT_EQ(SetVolume(kUsbName, 50), kExpected[call]) << call;
+  for (const auto& [error, expected] :
+       {std::pair(ENODEV, kNotConnectedResult), std::pair(EPERM, kAccessDeniedResult)}) {
+    for (int call = 0; call < 5; ++call) {
+      kernel.calls.clear();
+      kernel.failingCall = call;
+      kernel.failure = -error;
+      EXPECT_EQ(SetVolume(kUsbName, 50), call == kDescription ? kNoInterfaceResult : expected)
+          << call;
+    }
   }
   EXPECT_EQ(card->elements[0].values[0], 40);
 }

@@ -5,6 +5,7 @@
 
 namespace zem::testing {
 
+inline constexpr auto kNotImplementedResult = static_cast<ZemResult>(0x80004001U);
 inline constexpr auto kNoInterfaceResult = static_cast<ZemResult>(0x80004002U);
 inline constexpr auto kPointerResult = static_cast<ZemResult>(0x80004003U);
 inline constexpr auto kInvalidFunctionResult = static_cast<ZemResult>(0x80070001U);

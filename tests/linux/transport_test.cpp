@@ -1,6 +1,7 @@
 // Requests to extension units over the driver: lengths, short answers, failures.
 #include <linux/uvcvideo.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@ namespace {
 using zem::ComPtr;
 using zem::testing::FakeCamera;
 using zem::testing::FakeControl;
+using zem::testing::kAccessDeniedResult;
 using zem::testing::kInvalidFunctionResult;
 using zem::testing::kInvalidParameterResult;
 using zem::testing::kMoreDataResult;
@@ -73,6 +75,22 @@ TEST_F(LinuxTransportTest, WritesAControlOfItsOwnLength) {
   EXPECT_EQ(Set({0xA0, 0xA1, 0xA2, 0xA3, 0xA4, 0xA5, 0xA6, 0xA7}, count), ZEM_OK);
   EXPECT_EQ(count, 8U);
   EXPECT_EQ(camera().queries, (Lines{"GET_LEN 3.2 2", "SET_CUR 3.2 8 a0 a1 a2 a3 a4 a5 a6 a7"}));
+}
+
+TEST_F(LinuxTransportTest, AnImageGoesOutChunkByChunk) {
+  camera().controls[{3, 3}] = {64, Bytes(64)};
+  Bytes image(128, 0xA1);
+  std::fill(image.begin() + 64, image.end(), std::uint8_t{0xA2});
+  EXPECT_EQ(ZEMUVCEXT_WriteFWData(image.data(), 128, nullptr, 0), ZEM_OK);
+  const auto chunk = [](const char* byte) {
+    std::string line = "SET_CUR 3.3 64";
+    for (int count = 0; count < 64; ++count) {
+      line += byte;
+    }
+    return line;
+  };
+  EXPECT_EQ(camera().queries, (Lines{"GET_LEN 3.3 2", "GET_CUR 3.3 64", "GET_LEN 3.3 2",
+                                     chunk(" a1"), "GET_LEN 3.3 2", chunk(" a2")}));
 }
 
 TEST_F(LinuxTransportTest, AShorterBufferIsToldTheLengthAndNothingMoves) {
@@ -256,7 +274,8 @@ TEST_F(LinuxTransportTest, EveryRequestOfATransferFails) {
            std::vector<std::pair<int, ZemResult>>{{ESHUTDOWN, kNotConnectedResult},
                                                   {ETIMEDOUT, kTimeoutResult},
                                                   {EPIPE, static_cast<ZemResult>(0x8007001FU)},
-                                                  {ENOENT, kNotFoundResult}}) {
+                                                  {ENOENT, kNotFoundResult},
+                                                  {EPERM, kAccessDeniedResult}}) {
         kernel.calls.clear();
         kernel.failingCall = call;
         kernel.failure = -error;

@@ -353,8 +353,8 @@ TEST_F(VolumesTest, TheBootLoaderIsFound) {
   command.CloseVolume();
   // The two that were tried in vain stay open, as on Windows.
   EXPECT_EQ(kernel.openFiles(), 2);
-  kernel.Close(3);
-  kernel.Close(4);
+  kernel.Close(0);
+  kernel.Close(1);
 }
 
 // A real kernel told a failed command's residue, and the next attempt asked for nothing.

@@ -1,8 +1,12 @@
 // WAV files byte by byte, and what happens when they cannot be written.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <string>
 #include <system_error>
 #include <vector>
 
@@ -48,6 +52,17 @@ TEST_F(WavFileTest, OneSecondOfMonoSpeech) {
                              0x80, 0x3E, 0,   0,   0x00, 0x7D, 0, 0, 2,   0,   16,  0,    //
                              'd',  'a',  't', 'a', 0x00, 0x7D, 0, 0}));
   EXPECT_TRUE(std::equal(samples.begin(), samples.end(), file.begin() + 44));
+}
+
+TEST_F(WavFileTest, APipeHasNoLengthToBePacked) {
+  const std::string path = (folder_.path() / "raw").string();
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  // So that opening it does not wait for the other side.
+  const int held = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(held, 0);
+  EXPECT_EQ(Pack(1, 16000, 16), 0);
+  EXPECT_FALSE(folder_.Exists("wav"));
+  close(held);
 }
 
 TEST_F(WavFileTest, RatesAreCutToTheirFields) {

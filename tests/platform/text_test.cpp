@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <string>
 
 #include "platform/bytes.h"
 #include "platform/platform.h"
@@ -40,6 +41,12 @@ TEST(FormatTest, WideStringsAndCutting) {
   EXPECT_STREQ(text.data(), L"ab|001f");
   zem::platform::FormatWide(text, L"%s", L"0123456789");
   EXPECT_STREQ(text.data(), L"0123456");
+}
+
+TEST(FormatTest, AFormatLongerThanTheBuffersIsCutToThem) {
+  std::array<wchar_t, 5000> text = {};
+  zem::platform::FormatWide(text, std::wstring(6000, L'x').c_str());
+  EXPECT_EQ(std::wstring(text.data()), std::wstring(4094, L'x'));
 }
 
 }  // namespace

@@ -1,17 +1,21 @@
 """Tests of what scripts/mutation.sh makes its mutants with. Run as a program."""
 
+import json
 import pathlib
 import sys
+import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(ROOT / "scripts" / "mutation"))
+sys.path[:0] = [str(ROOT / "scripts" / "mutation"), str(ROOT / "scripts")]
 
 import equivalents  # noqa: E402
 import run  # noqa: E402
 from families import Families  # noqa: E402
 from mutants import Sources, draw_order, enumerate_mutants, number_groups, text_mutations  # noqa: E402
+from rooms import ROOMS, files_of  # noqa: E402
+from testing import Tests  # noqa: E402
 from tokens import tokenize  # noqa: E402
 
 
@@ -157,6 +161,29 @@ class DrawTest(unittest.TestCase):
         self.assertEqual(told("// A remark.\nint x();\n" + self.SOURCE), told(self.SOURCE))
 
 
+class FilterTest(unittest.TestCase):
+    SUITES = {"device": ("OpenTest", {"quick": "0.001s", "slow": "2.5s"}),
+              "transfer": ("SendTest", {"quick": "0s", "slow": "0.3s"})}
+
+    def filters(self, rooms):
+        suites = [{"name": suite, "testsuite": [
+            {"name": name, "time": time, "file": f"/x/tests/{room}/a_test.cpp"}
+            for name, time in tests.items()]} for room, (suite, tests) in self.SUITES.items()]
+        with tempfile.TemporaryDirectory() as folder:
+            report = pathlib.Path(folder) / "report.json"
+            report.write_text(json.dumps({"testsuites": suites}), encoding="utf-8")
+            return Tests(report).filters(rooms)
+
+    def test_quick_tests_of_the_room_come_first_and_slow_ones_of_others_last(self):
+        self.assertEqual(self.filters(["device"]),
+                         ["OpenTest.*-OpenTest.slow", "*-OpenTest.*:OpenTest.slow:SendTest.slow",
+                          "OpenTest.slow", "SendTest.slow"])
+
+    def test_a_room_without_tests_has_those_of_all(self):
+        self.assertEqual(self.filters(["media"]),
+                         ["*-OpenTest.slow:SendTest.slow", "OpenTest.slow:SendTest.slow"])
+
+
 class EquivalentsTest(unittest.TestCase):
     LIST = "# remark\n\na/b.cpp: int c = 0; => int c = {number};\n    Set before\n    it is read.\n"
 
@@ -184,7 +211,7 @@ class EquivalentsTest(unittest.TestCase):
     def test_each_entry_of_the_list_is_a_mutant_that_there_is(self):
         known = equivalents.parse(run.KNOWN.read_text(encoding="utf-8"))
         self.assertTrue(known)
-        sources = Sources(ROOT, [path for room in run.ROOMS for path in run.files_of(room, ROOT)])
+        sources = Sources(ROOT, [path for room in ROOMS for path in files_of(room, ROOT)])
         self.assertEqual(run.stale_entries(known, run.sites_of_rooms(sources, ROOT)), [])
 
     def test_an_entry_needs_a_reason_and_a_change(self):

@@ -11,28 +11,27 @@ thread_local bool exhausted = false;
 thread_local std::size_t wanted = 0;
 thread_local std::function<void()> beforeAllocation;
 
-// Whether an allocation fails.
-bool Fails(std::size_t size) {
+}  // namespace
+
+// The library asks for memory with these forms only. What they hand out is released by the forms
+// that belong to the ones they call.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return zem::testing::AllocationFails(size) ? nullptr : ::operator new(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return zem::testing::AllocationFails(size) ? nullptr : ::operator new[](size);
+}
+
+namespace zem::testing {
+
+bool AllocationFails(std::size_t size) {
   if (beforeAllocation) {
     beforeAllocation();
   }
   wanted = exhausted ? std::max(wanted, size) : wanted;
   return exhausted;
 }
-
-}  // namespace
-
-// The library asks for memory with these forms only. What they hand out is released by the forms
-// that belong to the ones they call.
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return Fails(size) ? nullptr : ::operator new(size);
-}
-
-void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return Fails(size) ? nullptr : ::operator new[](size);
-}
-
-namespace zem::testing {
 
 MemoryExhausted::MemoryExhausted() {
   exhausted = true;

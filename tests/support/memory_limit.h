@@ -6,6 +6,9 @@
 
 namespace zem::testing {
 
+// What each allocation that may fail without an exception asks: whether it does.
+bool AllocationFails(std::size_t size);
+
 // As long as it lives, allocations that may fail without an exception do; others go on.
 class MemoryExhausted {
  public:
