@@ -1,18 +1,24 @@
-"""Prints what tests missed of the library: coverage.py COUNTS PAGE, with llvm-cov's export and the page
-that names what may be missed, a row of a table for each: | file | text of the line | why |.
+"""Prints what tests missed of the library: coverage.py COUNTS [--write], with llvm-cov's export.
+
+docs/coverage.md names what may be missed, a row of a table for each: | file | text of the line | why |.
+Its table by room has the same numbers, and beside them the share of the mutants that are killed, from
+docs/mutation.md; --write puts them there.
 
 The last line is "lines X %, branches Y %". Fails when something is missed that the page does not name,
-or when the page names what is not missed."""
+when the page names what is not missed, or when it has other numbers."""
 
 import collections
 import json
 import os
 import pathlib
+import re
 import sys
 
-from rooms import ROOMS, files_of
+from rooms import ROOMS, files_of, read_rows, with_rows
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+PAGE = ROOT / "docs" / "coverage.md"
+MUTATION_PAGE = ROOT / "docs" / "mutation.md"
 ROOM_OF = {source: room for room in ROOMS for source in files_of(room, ROOT)}
 
 
@@ -45,7 +51,7 @@ def half_taken(branches):
 
 def reasons_in(page):
     named = {}
-    for row in page.read_text(encoding="utf-8").splitlines():
+    for row in page.splitlines():
         # Within a cell a bar is written as a table has to.
         cells = [cell.strip().replace(r"\|", "|") for cell in row.strip().strip("|").split(" | ")]
         if len(cells) == 3 and cells[0].startswith("`"):
@@ -55,7 +61,8 @@ def reasons_in(page):
 
 def main():
     counts = json.loads(pathlib.Path(sys.argv[1]).read_text(encoding="utf-8"))
-    named = reasons_in(pathlib.Path(sys.argv[2]))
+    page = PAGE.read_text(encoding="utf-8")
+    named = reasons_in(page)
     totals = collections.defaultdict(lambda: [0, 0, 0, 0])
     unnamed = []
     used = set()
@@ -78,21 +85,32 @@ def main():
                 unnamed.append(f"{source}:{number}: {text[number - 1].strip()}")
 
     def percent(part, whole):
-        return f"{100 * part / whole:.2f}" if whole else "-"
+        return f"{100 * part / whole:.2f}"
 
-    print(f"{'room':<20}{'lines':>8}{'%':>9}{'branches':>10}{'%':>9}")
-    for room in ROOMS:
-        lines, ran, branches, taken = totals[room]
-        print(f"{room:<20}{lines:>8}{percent(ran, lines):>9}{branches:>10}{percent(taken, branches):>9}")
+    def cells(counts):
+        lines, ran, branches, taken = counts
+        return [str(lines), percent(ran, lines), str(branches), percent(taken, branches)]
+
+    mutants = {room: row[-1] for room, row in read_rows(MUTATION_PAGE.read_text(encoding="utf-8")).items()}
+    rows = {room: [*cells(totals[room]), mutants.get(room, "-")] for room in ROOMS}
+    print(f"{'room':<15}{'lines':>8}{'%':>9}{'branches':>10}{'%':>9}{'mutants killed':>17}")
+    for room, (lines, ran, branches, taken, killed) in rows.items():
+        print(f"{room:<15}{lines:>8}{ran:>9}{branches:>10}{taken:>9}{killed:>17}")
     print(f"missed and named: {len(used & set(named))} places")
     for line in unnamed:
         print(f"missed: {line}")
     stale = sorted(set(named) - used)
     for source, text in stale:
         print(f"named, but not missed: {source}: {text}")
-    lines, ran, branches, taken = (sum(column) for column in zip(*totals.values()))
-    print(f"lines {percent(ran, lines)} %, branches {percent(taken, branches)} %")
-    return 1 if unnamed or stale else 0
+    _, ran, _, taken = cells([sum(column) for column in zip(*totals.values())])
+    result = f"lines {ran} %, branches {taken} %"
+    measured = re.sub(r"lines [0-9.]+ %, branches [0-9.]+ %", result, with_rows(page, rows))
+    if "--write" in sys.argv:
+        PAGE.write_text(measured, encoding="utf-8")
+    elif measured != page:
+        print("docs/coverage.md has other numbers: scripts/coverage.sh --write puts these there")
+    print(result)
+    return 1 if unnamed or stale or PAGE.read_text(encoding="utf-8") != measured else 0
 
 
 sys.exit(main())

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# How much of the library the native tests run through, room by room; see docs/coverage.md. Ends with
-# "lines X %, branches Y %", and fails when something is missed that docs/coverage.md does not name.
+# coverage.sh [--write]: how much of the library the native tests run through, room by room. Ends with
+# "lines X %, branches Y %", and fails when something is missed that docs/coverage.md does not name, or
+# when its table has other numbers; --write puts them there.
 source "$(dirname "$0")/setup.sh"
 
 step "packages" install_missing "${native_packages[@]}" llvm python3
@@ -18,4 +19,4 @@ llvm-profdata merge -sparse $build/counts/*.profraw -o $build/counts/all.profdat
 # It warns of functions that differ between the two programs: those of their own tests.
 llvm-cov export -skip-functions -instr-profile $build/counts/all.profdata \
   $build/zem_tests -object $build/zem_linux_tests >$build/counts/all.json 2>build/log/llvm-cov.log
-exec python3 -B scripts/coverage.py $build/counts/all.json docs/coverage.md
+exec python3 -B scripts/coverage.py $build/counts/all.json "$@"

@@ -15,11 +15,12 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 import equivalents
 from build import PROGRAMS, Build
 from mutants import Sources, draw_order
-from rooms import ROOMS, files_of
+from rooms import ROOMS, files_of, read_rows, with_rows
 from testing import Tests, run_tests
 
 ROOT = Path(__file__).resolve().parents[2]
 FOLDER = ROOT / "build" / "mutation"
+PAGE = ROOT / "docs" / "mutation.md"
 KNOWN = Path(__file__).with_name("equivalents.txt")
 
 GOAL = 97  # of 100 that are not equivalent
@@ -171,6 +172,15 @@ def print_table(results):
               f"{row['survived']:9} {share(row):6.1f}%")
 
 
+def write_table(results):
+    page = PAGE.read_text(encoding="utf-8")
+    rows = read_rows(page)
+    for room, verdicts in results.items():
+        row = counts(verdicts)
+        rows[room] = [str(len(verdicts)), *map(str, row.values()), f"{share(row):.0f} %"]
+    PAGE.write_text(with_rows(page, rows), encoding="utf-8")
+
+
 def listed_but_killed(results, known, runner):
     """Entries that the tests contradict. Of a line that stands several times in its file another
     one may be meant."""
@@ -202,6 +212,8 @@ def main():
     parser.add_argument("--seed", default="1", help="which mutants are drawn (1)")
     parser.add_argument("--only", default="", metavar="TEXT",
                         help="those whose line in the list of survivors has this text")
+    parser.add_argument("--write", action="store_true",
+                        help="put the rows of these rooms into the table of docs/mutation.md")
     parser.add_argument("--workers", type=int, default=os.cpu_count(), help="how many at a time")
     arguments = parser.parse_args()
 
@@ -234,6 +246,8 @@ def run(arguments):
         wrong += [f"listed as equivalent, but {killer} fails: {entry}"
                   for entry, killer in listed_but_killed(verdicts, known, runner)]
     print_table(results)
+    if arguments.write:
+        write_table(results)
     if wrong:
         print("\n" + "\n".join(wrong))
     good = not wrong and all(share(counts(verdicts)) >= GOAL for verdicts in results.values())

@@ -145,8 +145,18 @@ TEST_F(MicrophonesTest, ItsObjectsTellTheirInterfaces) {
   void* object = &object;
   EXPECT_EQ(audio->QueryInterface(zem::IID_IKsTopologyInfo, &object), kNoInterfaceResult);
   EXPECT_EQ(object, nullptr);
+  for (const GUID& own : {zem::IID_IBaseFilter, zem::IID_IUnknown}) {
+    ComPtr<IUnknown> same;
+    EXPECT_EQ(audio->QueryInterface(own, same.ReceiveVoid()), S_OK);
+    EXPECT_EQ(same.get(), audio);
+  }
   ComPtr<IAMAudioInputMixer> mixer;
   ASSERT_EQ(audio->QueryInterface(zem::IID_IAMAudioInputMixer, mixer.ReceiveVoid()), S_OK);
+  for (const GUID& own : {zem::IID_IAMAudioInputMixer, zem::IID_IUnknown}) {
+    ComPtr<IUnknown> same;
+    EXPECT_EQ(mixer->QueryInterface(own, same.ReceiveVoid()), S_OK);
+    EXPECT_EQ(same.get(), mixer.get());
+  }
   EXPECT_EQ(mixer->get_MixLevel(nullptr), kPointerResult);
   object = &object;
   EXPECT_EQ(mixer->QueryInterface(zem::IID_IBaseFilter, &object), kNoInterfaceResult);

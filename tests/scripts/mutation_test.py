@@ -14,7 +14,7 @@ import equivalents  # noqa: E402
 import run  # noqa: E402
 from families import Families  # noqa: E402
 from mutants import Sources, draw_order, enumerate_mutants, number_groups, text_mutations  # noqa: E402
-from rooms import ROOMS, files_of  # noqa: E402
+from rooms import ROOMS, files_of, read_rows, with_rows  # noqa: E402
 from testing import Tests  # noqa: E402
 from tokens import tokenize  # noqa: E402
 
@@ -182,6 +182,28 @@ class FilterTest(unittest.TestCase):
     def test_a_room_without_tests_has_those_of_all(self):
         self.assertEqual(self.filters(["media"]),
                          ["*-OpenTest.slow:SendTest.slow", "OpenTest.slow:SendTest.slow"])
+
+
+class PageTest(unittest.TestCase):
+    def rows(self, page):
+        return read_rows((ROOT / "docs" / page).read_text(encoding="utf-8"))
+
+    def test_the_table_has_every_room_and_none_below_the_goal(self):
+        rows = self.rows("mutation.md")
+        self.assertEqual(list(rows), list(ROOMS))
+        for room, (mutants, killed, equivalent, survived, share) in rows.items():
+            self.assertEqual(int(mutants), int(killed) + int(equivalent) + int(survived), room)
+            self.assertEqual(share, f"{100 * int(killed) / (int(killed) + int(survived)):.0f} %", room)
+            self.assertGreaterEqual(int(share.removesuffix(" %")), run.GOAL, room)
+
+    def test_the_page_on_coverage_has_the_same_shares(self):
+        self.assertEqual({room: cells[-1] for room, cells in self.rows("coverage.md").items()},
+                         {room: cells[-1] for room, cells in self.rows("mutation.md").items()})
+
+    def test_rows_are_put_into_the_table_in_the_rooms_order(self):
+        page = "a\n\n| Room | N |\n|---|---:|\n| media | 1 |\n\nb\n"
+        self.assertEqual(with_rows(page, {"media": ["2"], "device": ["3"]}),
+                         "a\n\n| Room | N |\n|---|---:|\n| device | 3 |\n| media | 2 |\n\nb\n")
 
 
 class EquivalentsTest(unittest.TestCase):
