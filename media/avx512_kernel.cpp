@@ -12,13 +12,14 @@ struct ByteIndices {
 };
 
 // Where packing puts a pixel's byte.
-constexpr std::size_t PackedPlace(std::size_t pixel) {
+consteval std::size_t PackedPlace(std::size_t pixel) {
   return pixel % 32 / 8 * 16 + pixel / 32 * 8 + pixel % 8;
 }
 
 // Where each byte of 64 bytes of pixels, the `part`th of three, comes from: for blue and green the
 // packed blue with the packed green behind it, for red the packed red.
-constexpr ByteIndices SourcesOfPixels(std::size_t part) {
+template <std::size_t part>
+consteval ByteIndices SourcesOfPixels() {
   ByteIndices sources = {};
   for (std::size_t byte = 0; byte < 64; ++byte) {
     const std::size_t place = part * 64 + byte;
@@ -29,7 +30,8 @@ constexpr ByteIndices SourcesOfPixels(std::size_t part) {
 }
 
 // The bytes that are red.
-constexpr __mmask64 RedOfPixels(std::size_t part) {
+template <std::size_t part>
+consteval __mmask64 RedOfPixels() {
   __mmask64 red = 0;
   for (std::size_t byte = 0; byte < 64; ++byte) {
     red |= __mmask64{(part * 64 + byte) % kBgrBytes == 2} << byte;
@@ -38,7 +40,8 @@ constexpr __mmask64 RedOfPixels(std::size_t part) {
 }
 
 // Words u, v, u, v, ... of 16 pairs, beginning with `pair`, out of U with V behind them.
-constexpr ByteIndices SourcesOfChroma(std::size_t pair) {
+template <std::size_t pair>
+consteval ByteIndices SourcesOfChroma() {
   ByteIndices sources = {};
   for (std::size_t byte = 0; byte < 64; byte += 2) {
     sources.bytes[byte] = static_cast<std::uint8_t>(pair + byte / 4 + byte / 2 % 2 * 64);
@@ -97,7 +100,7 @@ struct Avx512 {
     const Register us = _mm512_castsi256_si512(LoadHalf(u));
     const Register vs = _mm512_castsi256_si512(LoadHalf(v));
     const auto words = [=]<std::size_t pair>() {
-      static constexpr ByteIndices kSources = SourcesOfChroma(pair);
+      static constexpr ByteIndices kSources = SourcesOfChroma<pair>();
       constexpr __mmask64 kLowBytes = 0x5555555555555555;
       const Register chroma =
           _mm512_maskz_permutex2var_epi8(kLowBytes, us, Load(kSources.bytes), vs);
@@ -113,8 +116,8 @@ struct Avx512 {
     const Register green = _mm512_packus_epi16(greenLow, greenHigh);
     const Register red = _mm512_packus_epi16(redLow, redHigh);
     const auto store = [=]<std::size_t part>() {
-      static constexpr ByteIndices kSources = SourcesOfPixels(part);
-      constexpr __mmask64 kRed = RedOfPixels(part);
+      static constexpr ByteIndices kSources = SourcesOfPixels<part>();
+      constexpr __mmask64 kRed = RedOfPixels<part>();
       const Register sources = Load(kSources.bytes);
       const Register blueGreen = _mm512_permutex2var_epi8(blue, sources, green);
       _mm512_storeu_si512(bgr + part * 64,

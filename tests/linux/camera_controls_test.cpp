@@ -269,6 +269,10 @@ TEST_F(CameraControlsTest, NullOutputsAreRefused) {
   EXPECT_EQ(ZEMAPI_GetVideoProcAmp(handle_, 0, &number, nullptr), kPointerResult);
   EXPECT_EQ(ZEMAPI_GetVideoProcAmpRange(handle_, 0, &number, &number, &number, &number, nullptr),
             kPointerResult);
+  v4l2()[V4L2_CID_PAN_ABSOLUTE] = {0, 3600, 3600, 0, 0};
+  EXPECT_EQ(ZEMAPI_GetCameraControl(handle_, 0, nullptr, &number), kPointerResult);
+  EXPECT_EQ(ZEMAPI_GetCameraControlRange(handle_, 0, nullptr, &number, &number, &number, &number),
+            kPointerResult);
 }
 
 // Every ioctl of each operation failing in turn.

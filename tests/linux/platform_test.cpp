@@ -97,6 +97,7 @@ TEST(LinuxPlatformTest, FilesByWidePath) {
   EXPECT_EQ(platform::OpenFile(folder.Path("none").c_str(), L"rb"), nullptr);
   EXPECT_EQ(platform::OpenFile(folder.path().wstring().c_str(), L"rb"), nullptr) << "a folder";
   EXPECT_EQ(platform::OpenFile(std::wstring(5000, L'a').c_str(), L"wb"), nullptr);
+  EXPECT_EQ(platform::OpenFile(wide.c_str(), L"\u20AC\u20AC\u20AC"), nullptr) << "no mode";
 }
 
 // A wait that a signal interrupts goes on until its end; the signal's own work is done.

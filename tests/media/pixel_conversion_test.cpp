@@ -102,6 +102,31 @@ TEST_P(KernelTest, Yuy2GivesTheStatedBytesForAllTriples) {
   }
 }
 
+// Frames have rows in pairs only where there is chroma for all of them.
+TEST_P(KernelTest, OneRowOfPlanesIsConvertedAlone) {
+  constexpr std::size_t kWidth = 192;
+  Bytes luma(kWidth);
+  Bytes u(kWidth / 2);
+  Bytes v(kWidth / 2);
+  for (std::size_t pair = 0; pair < kWidth / 2; ++pair) {
+    luma[2 * pair] = static_cast<std::uint8_t>(pair * 5);
+    luma[2 * pair + 1] = static_cast<std::uint8_t>(255 - pair);
+    u[pair] = static_cast<std::uint8_t>(pair * 3);
+    v[pair] = static_cast<std::uint8_t>(200 - pair * 2);
+  }
+  Bytes bgr(kWidth * 3 + 3, 0x55);
+  GetParam().convertPlanar(luma.data(), u.data(), v.data(), bgr.data(), kWidth, kWidth, 1);
+  const std::vector<Pixel>& all = AllExpected();
+  for (std::size_t column = 0; column < kWidth; ++column) {
+    Pixel pixel;
+    std::memcpy(&pixel, &bgr[column * 3], sizeof(pixel));
+    const std::size_t triple =
+        (std::size_t{u[column / 2]} * 256 + v[column / 2]) * 256 + luma[column];
+    EXPECT_TRUE(pixel == all[triple]) << column;
+  }
+  EXPECT_EQ(Bytes(bgr.end() - 3, bgr.end()), Bytes(3, 0x55)) << "behind the row";
+}
+
 TEST_P(KernelTest, PlanarGivesTheStatedBytesForAllTriples) {
   constexpr std::size_t kLuma = std::size_t{kAllWidth} * kAllHeight;
   Bytes frame(kLuma * 3 / 2);

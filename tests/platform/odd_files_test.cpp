@@ -1,4 +1,4 @@
-// Files that cannot be measured, that change while they are read, or that are opened in no mode.
+// Files that cannot be measured, and files that change while they are read.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -82,13 +82,6 @@ TEST_F(OddFileTest, APipeIsNotReadAsAFile) {
   ASSERT_GE(held, 0);
   EXPECT_FALSE(zem::ReadWholeFile(folder_.Path("pipe").c_str(), 0));
   close(held);
-}
-
-TEST_F(OddFileTest, AModeThatIsNoneOpensNothing) {
-  folder_.Write("file", {1});
-  EXPECT_EQ(platform::OpenFile(folder_.Path("file").c_str(), L"\u20AC\u20AC\u20AC"), nullptr)
-      << "longer than any mode";
-  EXPECT_EQ(platform::OpenFile(folder_.Path("file").c_str(), L"x"), nullptr);
 }
 
 }  // namespace

@@ -41,6 +41,8 @@ TEST(FormatTest, WideStringsAndCutting) {
   EXPECT_STREQ(text.data(), L"ab|001f");
   zem::platform::FormatWide(text, L"%s", L"0123456789");
   EXPECT_STREQ(text.data(), L"0123456");
+  zem::platform::FormatWide(text, L"s%s", L"x");
+  EXPECT_STREQ(text.data(), L"sx");
 }
 
 TEST(FormatTest, AFormatLongerThanTheBuffersIsCutToThem) {
