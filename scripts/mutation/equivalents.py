@@ -6,12 +6,12 @@ number. The reason for it, or for several entries, is indented below:
     room/file.cpp: ULONG moved = 0; => ULONG moved = {number};
         The transport sets it before anyone looks at it.
 
-{number} stands for any number. A line that begins with # is a remark."""
+{number} stands for any number, {anything} for anything. A line that begins with # is a remark."""
 
 import re
 from dataclasses import dataclass
 
-_NUMBER = r"-?(?:0[xX][0-9A-Fa-f]+|[0-9.]+)[uUlLfF]*"
+_PLACEHOLDERS = {"{number}": r"-?(?:0[xX][0-9A-Fa-f]+|[0-9.]+)[uUlLfF]*", "{anything}": ".*"}
 
 
 @dataclass(frozen=True)
@@ -26,7 +26,8 @@ class Entry:
                 and re.fullmatch(self._pattern(), mutant.after) is not None)
 
     def _pattern(self):
-        return _NUMBER.join(re.escape(part) for part in self.after.split("{number}"))
+        return "".join(_PLACEHOLDERS.get(part, re.escape(part))
+                       for part in re.split(r"(\{number\}|\{anything\})", self.after))
 
     def __str__(self):
         return f"{self.path}: {self.before} => {self.after}"

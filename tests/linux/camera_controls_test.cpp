@@ -117,6 +117,8 @@ TEST_F(CameraControlsTest, PropertiesThatV4l2OrTheCameraLacks) {
     EXPECT_EQ(ZEMAPI_GetCameraControlRange(handle_, property, &numbers[0], &numbers[1], &numbers[2],
                                            &numbers[3], &numbers[4]),
               kNotFoundResult);
+    EXPECT_EQ(ZEMAPI_GetCameraControl(handle_, property, &numbers[0], &numbers[1]),
+              kNotFoundResult);
   }
   EXPECT_TRUE(kernel.calls.empty());
   EXPECT_EQ(ZEMAPI_GetVideoProcAmp(handle_, 0, &numbers[0], &numbers[1]), kNotFoundResult);

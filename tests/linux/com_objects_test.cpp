@@ -313,7 +313,14 @@ TEST_F(ComObjectsTest, AControlWithoutMemoryIsOutOfMemory) {
   const ComPtr<IBaseFilter> filter = Filter();
   const ComPtr<IKsTopologyInfo> topology = Topology();
   const ComPtr<IMoniker> moniker = Moniker();
+  ComPtr<IPropertyBag> properties;
+  ASSERT_EQ(
+      moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag, properties.ReceiveVoid()),
+      S_OK);
   const MemoryExhausted exhausted;
+  VARIANT value;
+  zem::platform::InitVariant(&value);
+  EXPECT_EQ(properties->Read(L"DevicePath", &value, nullptr), kOutOfMemoryResult);
   void* object = nullptr;
   EXPECT_EQ(moniker->BindToStorage(nullptr, nullptr, zem::IID_IPropertyBag, &object),
             kOutOfMemoryResult);

@@ -220,6 +220,14 @@ class EquivalentsTest(unittest.TestCase):
         self.assertFalse(any(entry.matches(mutant) for mutant in
                              mutants_of("int c = 0; // x", path="a/b.cpp")))
 
+    def test_an_entry_may_stand_for_any_mutant_of_a_line(self):
+        (entry,) = equivalents.parse("a/b.cpp: Fetch(c * 2); => {anything}\n  Why.\n")
+        mutants = mutants_of("{\n  Fetch(c * 2);\n}", path="a/b.cpp")
+        self.assertGreater(len(mutants), 5)
+        self.assertTrue(all(entry.matches(mutant) for mutant in mutants))
+        self.assertFalse(any(entry.matches(mutant) for mutant in
+                             mutants_of("{\n  Fetch(c * 3);\n}", path="a/b.cpp")))
+
     def test_an_entry_that_matches_nothing_is_stale(self):
         entries = equivalents.parse(self.LIST)
         self.assertEqual(equivalents.stale(entries, mutants_of("int c = 0;", path="a/b.cpp")), [])
