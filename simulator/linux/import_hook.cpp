@@ -6,6 +6,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -96,21 +98,30 @@ ImportHook::ImportHook(const HeldLibrary& library, const char* name, std::uintpt
     throw std::runtime_error(std::string("the library does not import ") + name);
   }
   original_ = *slots_.front();
-  Write(replacement);
+  if (!Write(replacement)) {
+    const std::string reason = std::strerror(errno);
+    Write(original_);
+    throw std::runtime_error(std::string("the library's import ") + name +
+                             " cannot be written: " + reason);
+  }
 }
 
+// What could be written once can be again.
 ImportHook::~ImportHook() { Write(original_); }
 
-void ImportHook::Write(std::uintptr_t function) const {
+bool ImportHook::Write(std::uintptr_t function) const {
   const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
   for (std::uintptr_t* const slot : slots_) {
     // The loader has made the slots read-only once they were filled.
     void* const start =
         reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(slot) / page * page);
-    static_cast<void>(::mprotect(start, page, PROT_READ | PROT_WRITE));
+    if (::mprotect(start, page, PROT_READ | PROT_WRITE) != 0) {
+      return false;
+    }
     *slot = function;
     static_cast<void>(::mprotect(start, page, PROT_READ));
   }
+  return true;
 }
 
 }  // namespace zem::simulator

@@ -26,7 +26,7 @@ class ImportHook {
   // Replaces the function that `library` imports under this name until this object goes away, which
   // must be before any hook of the same function that was there. The loader must have filled the
   // library's slots when it loaded it (-z now). Throws std::runtime_error when the library imports
-  // no such function.
+  // no such function, or its slots cannot be written.
   template <class Function>
   ImportHook(const HeldLibrary& library, const char* name, Function* replacement)
       : ImportHook(library, name, reinterpret_cast<std::uintptr_t>(replacement)) {}
@@ -42,7 +42,8 @@ class ImportHook {
 
  private:
   ImportHook(const HeldLibrary& library, const char* name, std::uintptr_t replacement);
-  void Write(std::uintptr_t function) const;
+  // Whether all slots could be written, in their order; errno tells why not.
+  bool Write(std::uintptr_t function) const;
 
   std::vector<std::uintptr_t*> slots_;
   std::uintptr_t original_ = 0;
