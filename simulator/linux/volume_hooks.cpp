@@ -12,7 +12,7 @@
 
 #include "simulator/linux/drive_folder.h"
 #include "simulator/linux/generic_answer.h"
-#include "simulator/linux/import_hook.h"
+#include "simulator/linux/volume_imports.h"
 #include "simulator/volume.h"
 
 namespace zem::simulator {
@@ -109,13 +109,8 @@ int CloseFileOrVolume(int descriptor) {
 }  // namespace
 
 struct VolumeHooks::Hooks {
-  HeldLibrary library = HoldLibrary();
-  ImportHook openFolder{library, "opendir", OpenFolderOrDrives};
-  ImportHook readFolder{library, "readdir", ReadFolderOrDrives};
-  ImportHook closeFolder{library, "closedir", CloseFolderOrDrives};
-  ImportHook open{library, "open", OpenFileOrVolume};
-  ImportHook control{library, "ioctl", ControlFileOrVolume};
-  ImportHook close{library, "close", CloseFileOrVolume};
+  VolumeImports imports{{OpenFolderOrDrives, ReadFolderOrDrives, CloseFolderOrDrives,
+                         OpenFileOrVolume, ControlFileOrVolume, CloseFileOrVolume}};
 };
 
 VolumeHooks::VolumeHooks(const std::vector<std::shared_ptr<BootLoader>>& bootLoaders)

@@ -20,7 +20,7 @@
 #include "platform/linux/generic_errors.h"
 #include "platform/linux/sysfs.h"
 #include "simulator/linux/drive_folder.h"
-#include "simulator/linux/import_hook.h"
+#include "simulator/linux/volume_imports.h"
 #include "tools/zemctl/camera/generic_request.h"
 #include "tools/zemctl/camera/library_wait_linux.h"
 #include "tools/zemctl/camera/simulated_volumes.h"
@@ -40,12 +40,7 @@ using zem::simulator::kGenericFolder;
 struct Watching {
   VolumeWatch watch;
   VolumeSource* source;
-  decltype(&::opendir) openFolder;
-  decltype(&::readdir) readFolder;
-  decltype(&::closedir) closeFolder;
-  decltype(&::open) open;
-  decltype(&::ioctl) control;
-  decltype(&::close) close;
+  zem::simulator::VolumeFunctions before;
   decltype(&::clock_nanosleep) sleep;
   zem::simulator::DriveFolder drives;
 };
@@ -57,17 +52,17 @@ const void* HandleOf(int descriptor) {
 }
 
 DIR* OpenFolderWatched(const char* path) {
-  return path == kGenericFolder ? watching->drives.Open() : watching->openFolder(path);
+  return path == kGenericFolder ? watching->drives.Open() : watching->before.openFolder(path);
 }
 
 dirent* ReadFolderWatched(DIR* folder) {
   return watching->drives.Owns(folder) ? watching->drives.Read(folder)
-                                       : watching->readFolder(folder);
+                                       : watching->before.readFolder(folder);
 }
 
 int CloseFolderWatched(DIR* folder) {
   if (!watching->drives.Owns(folder)) {
-    return watching->closeFolder(folder);
+    return watching->before.closeFolder(folder);
   }
   watching->drives.Close(folder);
   return 0;
@@ -83,7 +78,7 @@ VolumeOpening OpenGeneric(unsigned place, int flags, int& descriptor) {
     return {kNoSuchVolume};
   }
   VolumeOpening opening = {0, std::string(kGenericFile) + std::to_string(numbers[place])};
-  descriptor = watching->open(opening.path.c_str(), flags);
+  descriptor = watching->before.open(opening.path.c_str(), flags);
   if (descriptor < 0) {
     opening.error = errno == ENOENT ? kNoSuchVolume : zem::platform::ErrorOfErrno(errno);
   }
@@ -97,7 +92,7 @@ int OpenWatched(const char* path, int flags, ...) {  // NOLINT(cert-dcl50-cpp): 
   va_end(further);
   const std::optional<unsigned> place = zem::simulator::DrivePlaceOf(path);
   if (!place) {
-    return watching->open(path, flags, mode);
+    return watching->before.open(path, flags, mode);
   }
   const std::string drive = {static_cast<char>('C' + *place), ':'};
   int descriptor = -1;
@@ -107,7 +102,7 @@ int OpenWatched(const char* path, int flags, ...) {  // NOLINT(cert-dcl50-cpp): 
       opening = OpenGeneric(*place, flags, descriptor);
     } else if (opening = watching->source->OpenVolume(drive); opening.isOpen()) {
       // A descriptor of its own, behind which there is nothing.
-      descriptor = watching->open("/dev/null", O_RDWR | O_CLOEXEC);
+      descriptor = watching->before.open("/dev/null", O_RDWR | O_CLOEXEC);
     }
     watching->watch.record().NoteOpening(drive, opening);
   }
@@ -126,7 +121,7 @@ int ControlWatched(int descriptor, unsigned long code, ...) {  // NOLINT(cert-dc
   void* const argument = va_arg(further, void*);
   va_end(further);
   if (code != SG_IO || !watching->watch.Knows(HandleOf(descriptor))) {
-    return watching->control(descriptor, code, argument);
+    return watching->before.control(descriptor, code, argument);
   }
   auto& header = *static_cast<sg_io_hdr*>(argument);
   GenericRequest request(header);
@@ -135,7 +130,7 @@ int ControlWatched(int descriptor, unsigned long code, ...) {  // NOLINT(cert-dc
       watching->source != nullptr
           ? watching->watch.Control(HandleOf(descriptor), request, *watching->source)
           : watching->watch.Control(HandleOf(descriptor), request, [&] {
-              result = watching->control(descriptor, code, argument);
+              result = watching->before.control(descriptor, code, argument);
               return result < 0 ? zem::platform::ErrorOfErrno(errno)
                                 : zem::platform::ErrorOfGeneric(header);
             });
@@ -147,7 +142,7 @@ int ControlWatched(int descriptor, unsigned long code, ...) {  // NOLINT(cert-dc
 
 int CloseWatched(int descriptor) {
   watching->watch.Closed(HandleOf(descriptor));
-  return watching->close(descriptor);
+  return watching->before.close(descriptor);
 }
 
 int SleepWatched(clockid_t /*clock*/, int /*flags*/, const timespec* time, timespec* /*left*/) {
@@ -160,12 +155,8 @@ int SleepWatched(clockid_t /*clock*/, int /*flags*/, const timespec* time, times
 
 struct WatchedVolumes::Hooks {
   HeldLibrary library = HoldLibrary();
-  ImportHook openFolder{library, "opendir", OpenFolderWatched};
-  ImportHook readFolder{library, "readdir", ReadFolderWatched};
-  ImportHook closeFolder{library, "closedir", CloseFolderWatched};
-  ImportHook open{library, "open", OpenWatched};
-  ImportHook control{library, "ioctl", ControlWatched};
-  ImportHook close{library, "close", CloseWatched};
+  zem::simulator::VolumeImports volumes{{OpenFolderWatched, ReadFolderWatched, CloseFolderWatched,
+                                         OpenWatched, ControlWatched, CloseWatched}};
   ImportHook sleep{library, "clock_nanosleep", SleepWatched};
 };
 
@@ -180,12 +171,7 @@ WatchedVolumes::WatchedVolumes(ScsiRecord& record, VolumeSource* source)
   }
   watching = new Watching{VolumeWatch(record),
                           source,
-                          hooks_->openFolder.Before<decltype(::opendir)>(),
-                          hooks_->readFolder.Before<decltype(::readdir)>(),
-                          hooks_->closeFolder.Before<decltype(::closedir)>(),
-                          hooks_->open.Before<decltype(::open)>(),
-                          hooks_->control.Before<decltype(::ioctl)>(),
-                          hooks_->close.Before<decltype(::close)>(),
+                          hooks_->volumes.Before(),
                           hooks_->sleep.Before<decltype(::clock_nanosleep)>(),
                           {}};
 }
