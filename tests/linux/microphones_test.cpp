@@ -1,5 +1,6 @@
 // Sound cards that record, and their level over ALSA's control interface.
 #include <sound/asound.h>
+#include <sys/ioctl.h>
 
 #include <cerrno>
 #include <cstring>
