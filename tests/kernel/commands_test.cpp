@@ -334,6 +334,16 @@ TEST_F(Commands, StreamsAndMulticast) {
                            "set 3.4 25 01 00 05 d0 02 ff ff", "get 3.5 00 00 00 00 00 00 00 00"}));
 }
 
+// Pictures are in the test of the example that takes one.
+TEST(Media, SoundOfAFile) {
+  zem::testing::WriteText("/tmp/samples.raw", "abcd");
+  EXPECT_EQ(PackWavFile(L"/tmp/samples.raw", L"/tmp/samples.wav", 1, 16000, 16), 1);
+  EXPECT_EQ(zem::testing::ReadText("/tmp/samples.wav"),
+            std::string("RIFF\x28\0\0\0WAVEfmt \x10\0\0\0\1\0\1\0"
+                        "\x80\x3e\0\0\0\x7d\0\0\2\0\x10\0data\4\0\0\0abcd",
+                        48));
+}
+
 // NOLINTEND(bugprone-suspicious-missing-comma)
 
 }  // namespace
