@@ -1,5 +1,6 @@
 #include "tests/sweep/run.h"
 
+#include <sched.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -29,6 +30,19 @@ int NextFile() {
   const int file = dup(STDERR_FILENO);
   close(file);
   return file;
+}
+
+// Whether more files are open than when `next` was the next one's number. A sanitizer that limits
+// the memory opens one for a moment now and then, on a thread of its own.
+bool IsFileLeft(int next) {
+  constexpr int kLooks = 100;
+  for (int look = 0; look < kLooks; ++look) {
+    if (NextFile() <= next) {
+      return false;
+    }
+    sched_yield();
+  }
+  return true;
 }
 
 // The usual arguments, but for data that is like no answer; keeps an eye on the memory that the
@@ -108,7 +122,7 @@ class World final : public Wire {
     const int file = NextFile();
     RunOperation();
     isRunning_ = false;
-    Require(NextFile() == file, "a file is left open");
+    Require(!IsFileLeft(file), "a file is left open");
     Require(system.ComBalance() - com == follower_.reads() + binds_ + plan_.com,
             "COM is initialised " + std::to_string(system.ComBalance() - com) + " times, not " +
                 std::to_string(follower_.reads() + binds_ + plan_.com));
