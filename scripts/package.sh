@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # package.sh [FOLDER]: makes the packages, in build/packages or FOLDER: a zip for Windows, Debian packages
-# for this system, and the check sums of them all. The same commit gives the same bytes.
+# for this system, and the check sums of them all. The same sources give the same bytes.
 #
 # Not by CPack: its zip has the files in the order in which the file system happens to list them.
 source "$(dirname "$0")/setup.sh"
 
 out=$(realpath -m "${1:-build/packages}")
 work=$zem_root/build/packaging
-export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)} TZ=UTC
+export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(release_time)} TZ=UTC
 umask 022
 # Nobody can be reached by mail.
 maintainer="the ZemUVCExtApi authors <authors@zemuvcextapi.invalid>"
@@ -17,7 +17,7 @@ mkdir -p "$out"
 rm -rf "$work" "$out"/*.{zip,deb}
 mkdir "$work"
 
-# same_times FOLDER: every file in it has the commit's time.
+# same_times FOLDER: every file in it has the release's time.
 same_times() { find "$1" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +; }
 
 # bill_of_materials BUILD STAGE FOLDER NAME VERSION [STAGE...]: what is in it, and under which licences.

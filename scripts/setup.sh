@@ -27,6 +27,14 @@ install_missing() {
     --no-install-recommends "${missing[@]}" >/dev/null
 }
 
+# The first second of the day on which CHANGELOG.md says that its newest version was made. What is packed has
+# this time, whatever a checkout gives the files, and wherever no git is.
+release_time() {
+  local day
+  day=$(sed -n '/^## /{s/.*(\(.*\))$/\1/p;q}' CHANGELOG.md)
+  date -u -d "${day:?CHANGELOG.md does not say when}" +%s
+}
+
 # What the Windows build and Wine need.
 windows_packages=(cmake ninja-build g++ g++-mingw-w64-x86-64-win32 wine wine64 googletest
   libcli11-dev nlohmann-json3-dev)

@@ -30,7 +30,7 @@ same_version() { [ "$2" = "$version" ] || fail "$1 has the version \"$2\""; }
 versions() {
   local stage=$work/$zip file usr=$work/libzemuvcextapi-dev/usr tools=$work/zemuvc-tools/usr
   same_version header "$(echo ZEM_VERSION | cpp -P -include "$stage/include/ZemUVCExtApi.h" | tail -n 1 | tr -d '" ')"
-  same_version CHANGELOG.md "$(sed -n '/^## /{s/^## //p;q}' "$stage/CHANGELOG.md")"
+  same_version CHANGELOG.md "$(sed -n '/^## /{s/^## \([^ ]*\) .*/\1/p;q}' "$stage/CHANGELOG.md")"
   for file in "$stage"/{bin/*.{dll,exe},python/zemuvc/*.dll}; do
     same_version "$file" "$(strings -e l "$file" | grep -A1 '^ProductVersion$' | tail -n 1)"
   done
@@ -76,7 +76,7 @@ contents() {
   diff <(cd "$work/$zip" && find . -type f ! -path ./SHA256SUMS -printf '%P\n' | sort) \
     <(cut -c 67- "$work/$zip/SHA256SUMS")
   zipinfo -1 "$packages/$zip.zip" | same_list windows
-  python3 -B scripts/checks/zip_for_windows.py "$packages/$zip.zip" "$(git log -1 --format=%ct)"
+  python3 -B scripts/checks/zip_for_windows.py "$packages/$zip.zip" "$(release_time)"
   # The DLL of the package is the one that the tests run with.
   cmp build/windows/ZemUVCExtApi.dll "$work/$zip/bin/ZemUVCExtApi.dll"
   for package in libzemuvcextapi1 libzemuvcextapi-dev zemuvc-tools; do
