@@ -237,48 +237,42 @@ run 7 'the camera is gone' "$camera_516x" --simulator-fault leave@319 update han
 
 # ---- Ctrl-C ----
 
-# stop_at LINE POLLS CODE: Ctrl-C once the update of a camera that is busy for so many polls has shown
-# LINE.
-stop_at() {
-  python3 - "$zemctl" "$state" "$image" "$out" "$@" <<'PYTHON'
-import signal, subprocess, sys, time
-zemctl, state, image, out, line, polls, code = sys.argv[1:]
-options = '{"cameras":[{"chip":"516x","burnPolls":%s}]}' % polls
+# stop_burning CAMERAS ARGUMENT...: Ctrl-C once so many cameras have answered that they burn; the tool
+# then ends with 12.
+stop_burning() {
+  python3 - "$zemctl" "$work/stopped.trace" "$out" "$@" <<'PYTHON'
+import pathlib, signal, subprocess, sys, time
+zemctl, trace, out, cameras, *arguments = sys.argv[1:]
+trace = pathlib.Path(trace)
+# Several cameras have a trace each.
+def traces():
+    return trace.parent.glob(trace.name + "*")
+for old in traces():
+    old.unlink()
+def burning():
+    return sum('"selector":5,"length":8,"moved":8,"data":"81 ' in path.read_text("utf-8") for path in traces())
 with open(out, "w") as output:
     run = subprocess.Popen(
-        [*zemctl.split(), "--simulator", "--yes", "--state", state, "--simulator-options", options,
-         "update", "firmware", "--chip", "516x", image],
+        [*zemctl.split(), "--trace", str(trace), "--simulator", "--yes", *arguments],
         stdout=output, stderr=subprocess.STDOUT,
         preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
 deadline = time.monotonic() + 30
-while run.poll() is None and line not in open(out).read() and time.monotonic() < deadline:
-    time.sleep(0.02)
-run.send_signal(signal.SIGINT)
-sys.exit(run.wait(30) != int(code))
-PYTHON
-}
-rm -f "$state"
-stop_at 'burn: 70 %' 500 12
-says 'Camera: the camera was told to burn and goes on by itself. Next: leave the camera powered'
-run 0 'firmware version:   02 00 00 00 00 01' "$camera_516x" info
-
-# A whole line stops.
-python3 - "$zemctl" "$image" "$out" <<'PYTHON'
-import signal, subprocess, sys, time
-zemctl, image, out = sys.argv[1:]
-cameras = ",".join('{"name":"%s","chip":"516x","burnPolls":500}' % name for name in "AB")
-with open(out, "w") as output:
-    run = subprocess.Popen(
-        [*zemctl.split(), "--simulator", "--yes", "--simulator-options", '{"cameras":[%s]}' % cameras,
-         "update", "firmware", "--chip", "516x", image, "--all"],
-        stdout=output, stderr=subprocess.STDOUT,
-        preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
-deadline = time.monotonic() + 30
-while run.poll() is None and open(out).read().count("burn: 70 %") < 2 and time.monotonic() < deadline:
+while run.poll() is None and burning() < int(cameras) and time.monotonic() < deadline:
     time.sleep(0.02)
 run.send_signal(signal.SIGINT)
 sys.exit(run.wait(30) != 12)
 PYTHON
+}
+rm -f "$state"
+stop_burning 1 --state "$state" --simulator-options '{"cameras":[{"chip":"516x","burnPolls":500}]}' \
+  update firmware --chip 516x "$image"
+says 'Camera: the camera was told to burn and goes on by itself. Next: leave the camera powered'
+run 0 'firmware version:   02 00 00 00 00 01' "$camera_516x" info
+
+# A whole line stops.
+stop_burning 2 --simulator-options \
+  '{"cameras":[{"name":"A","chip":"516x","burnPolls":500},{"name":"B","chip":"516x","burnPolls":500}]}' \
+  update firmware --chip 516x "$image" --all
 says 'stopped by the user: 2 of 2 cameras failed'
 says '  camera state:   the camera was told to burn and goes on by itself'
 
