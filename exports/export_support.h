@@ -4,7 +4,6 @@
 // MaybeNull(pointer); a bare one does not compile.
 #pragma once
 
-#include <algorithm>
 #include <type_traits>
 
 #include "device/device_handle.h"
@@ -55,8 +54,7 @@ T* Bare(const MaybeNull<T>& argument) {
 // Runs `operation(target, arguments...)`, unless a required pointer is null.
 template <class Target, class Operation, class... Arguments>
 ZemResult RunOn(Target& target, Operation operation, Arguments... arguments) {
-  const bool anyMissing = std::max({false, IsMissing(arguments)...});
-  return anyMissing ? kRefused : operation(target, Bare(arguments)...);
+  return (IsMissing(arguments) || ...) ? kRefused : operation(target, Bare(arguments)...);
 }
 
 // Runs `operation(filter, arguments...)` on the handle's device. A null handle gives kNoDevice, and

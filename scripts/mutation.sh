@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# mutation.sh [ROOM,...] [COUNT] [--seed SEED] [--only TEXT] [--workers N]: which one-token faults in the
-# library the tests notice. Takes an hour for all rooms; see docs/mutation.md.
+# mutation.sh [ROOM,...] [COUNT] [--seed SEED] [--only TEXT] [--workers N] [--write]: which one-token faults
+# in the library the tests notice. Takes an hour for all rooms; see docs/mutation.md.
 source "$(dirname "$0")/setup.sh"
 
 step "packages" install_missing "${native_packages[@]}" lld python3

@@ -45,9 +45,11 @@ const GUID& NodeType(const VideoEntity& entity) {
       return kSelectorType;
     case EntityKind::kProcessingUnit:
       return kProcessingType;
-    default:
-      return kDeviceSpecificType;
+    case EntityKind::kExtensionUnit:
+    case EntityKind::kEncodingUnit:
+      break;
   }
+  return kDeviceSpecificType;
 }
 
 // Requests to one extension unit.

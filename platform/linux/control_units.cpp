@@ -16,9 +16,11 @@ std::int64_t RatioOf(ControlUnit unit) {
       return 3600;
     case ControlUnit::kFStop:
       return 10;
-    default:
-      return 1;
+    case ControlUnit::kAsItIs:
+    case ControlUnit::kExposure:
+      break;
   }
+  return 1;
 }
 
 // Halves go away from zero.
