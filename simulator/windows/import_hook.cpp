@@ -65,17 +65,24 @@ ImportHook::ImportHook(HMODULE module, const char* name, FARPROC replacement)
     throw std::runtime_error(std::string("the module does not import ") + name);
   }
   original_ = *slot_;
-  Write(reinterpret_cast<ULONGLONG>(replacement));
+  if (!Write(reinterpret_cast<ULONGLONG>(replacement))) {
+    throw std::runtime_error(std::string("the module's import ") + name +
+                             " cannot be written: error " + std::to_string(GetLastError()));
+  }
 }
 
+// What could be written once can be again.
 ImportHook::~ImportHook() { Write(original_); }
 
-void ImportHook::Write(ULONGLONG function) const {
+bool ImportHook::Write(ULONGLONG function) const {
   // The system makes the table read-only once it is filled.
   DWORD protection = 0;
-  VirtualProtect(slot_, sizeof(*slot_), PAGE_READWRITE, &protection);
+  if (VirtualProtect(slot_, sizeof(*slot_), PAGE_READWRITE, &protection) == FALSE) {
+    return false;
+  }
   *slot_ = function;
   VirtualProtect(slot_, sizeof(*slot_), protection, &protection);
+  return true;
 }
 
 }  // namespace zem::simulator

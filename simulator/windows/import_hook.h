@@ -30,7 +30,7 @@ class ImportHook {
  public:
   // Replaces the import `name` of `module`, from whichever library it comes, until this object goes
   // away; `module` must stay loaded that long. Throws std::runtime_error when the module imports no
-  // such function.
+  // such function, or its table cannot be written.
   ImportHook(HMODULE module, const char* name, FARPROC replacement);
   ~ImportHook();
   ImportHook(const ImportHook&) = delete;
@@ -43,7 +43,7 @@ class ImportHook {
   FARPROC original() const { return reinterpret_cast<FARPROC>(original_); }
 
  private:
-  void Write(ULONGLONG function) const;
+  bool Write(ULONGLONG function) const;
 
   ULONGLONG* slot_ = nullptr;  // the entry in the module's import address table
   ULONGLONG original_ = 0;

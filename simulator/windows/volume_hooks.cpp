@@ -77,22 +77,19 @@ BOOL WINAPI CloseFileOrVolume(HANDLE handle) {
 
 }  // namespace
 
-VolumeHooks::VolumeHooks(const std::vector<std::shared_ptr<BootLoader>>& bootLoaders, bool areOnly)
-    : library_(HoldLibrary()) {
+VolumeHooks::VolumeHooks(const std::vector<std::shared_ptr<BootLoader>>& bootLoaders,
+                         bool areOnly) {
+  const HeldModule library = HoldLibrary();  // which throws before there are volumes
   areOnlyVolumes = areOnly;
   for (const auto& bootLoader : bootLoaders) {
     volumes.emplace_back(bootLoader);
   }
-  create_.emplace(library_.get(), "CreateFileW", AsImport(OpenFileOrVolume));
-  control_.emplace(library_.get(), "DeviceIoControl", AsImport(ControlFileOrVolume));
-  close_.emplace(library_.get(), "CloseHandle", AsImport(CloseFileOrVolume));
+  imports_.emplace(VolumeFunctions{OpenFileOrVolume, ControlFileOrVolume, CloseFileOrVolume});
 }
 
 // The volumes stay as long as any import leads to them.
 VolumeHooks::~VolumeHooks() {
-  close_.reset();
-  control_.reset();
-  create_.reset();
+  imports_.reset();
   volumes.clear();
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "simulator/volume.h"
-#include "simulator/windows/import_hook.h"
+#include "simulator/windows/volume_imports.h"
 
 namespace zem::simulator {
 
@@ -22,10 +22,7 @@ class VolumeHooks {
   VolumeHooks& operator=(const VolumeHooks&) = delete;
 
  private:
-  HeldModule library_;
-  std::optional<ImportHook> create_;
-  std::optional<ImportHook> control_;
-  std::optional<ImportHook> close_;
+  std::optional<VolumeImports> imports_;
 };
 
 }  // namespace zem::simulator

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "include/ZemUVCExtApi.h"
-#include "simulator/windows/import_hook.h"
+#include "simulator/windows/volume_imports.h"
 #include "tests/support/request_block.h"
 #include "tests/windows/support/debugger_capture.h"
 #include "tests/windows/support/simulator_guard.h"
@@ -18,6 +18,7 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 using Lines = std::vector<std::wstring>;
 using zem::simulator::ImportHook;
+using zem::simulator::VolumeImports;
 using zem::testing::DebuggerCapture;
 using zem::testing::RequestBlock;
 using zem::testing::SimulatorGuard;
@@ -112,18 +113,14 @@ class RecordedVolumeTest : public ::testing::Test {
  protected:
   RecordedVolumeTest()
       : library_(GetModuleHandleW(L"ZemUVCExtApi.dll")),
-        open_(library_, "CreateFileW", AsImport(RecordOpen)),
-        control_(library_, "DeviceIoControl", AsImport(RecordControl)),
-        close_(library_, "CloseHandle", AsImport(RecordClose)) {
+        imports_({RecordOpen, RecordControl, RecordClose}) {
     calls = {};
   }
 
   HMODULE library_;
 
  private:
-  ImportHook open_;
-  ImportHook control_;
-  ImportHook close_;
+  VolumeImports imports_;
 };
 
 TEST_F(RecordedVolumeTest, ProbeOpensVolumesSharedForReadingAndWriting) {

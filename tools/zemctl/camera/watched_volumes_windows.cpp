@@ -5,7 +5,7 @@
 #include <memory>
 #include <set>
 
-#include "simulator/windows/import_hook.h"
+#include "simulator/windows/volume_imports.h"
 #include "tools/zemctl/camera/pass_through_request.h"
 #include "tools/zemctl/camera/traced_volumes.h"
 #include "tools/zemctl/camera/watched_volumes.h"
@@ -22,9 +22,7 @@ using zem::simulator::ImportHook;
 struct Watching {
   VolumeWatch watch;
   VolumeSource* source;
-  decltype(&CreateFileW) open;
-  decltype(&DeviceIoControl) control;
-  decltype(&CloseHandle) close;
+  zem::simulator::VolumeFunctions before;
   decltype(&Sleep) sleep;
   // Handles to a source's volumes are addresses in here.
   std::set<std::unique_ptr<char>> handles;
@@ -40,7 +38,7 @@ HANDLE WINAPI OpenWatched(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_AT
                           DWORD creation, DWORD flags, HANDLE pattern) {
   const auto drive = path != nullptr ? VolumeWatch::DriveOf(path) : std::optional<std::string>();
   if (!drive) {
-    return watching->open(path, access, share, security, creation, flags, pattern);
+    return watching->before.open(path, access, share, security, creation, flags, pattern);
   }
   if (!watching->watch.record().MayOpen(*drive)) {
     return Refuse(ERROR_FILE_NOT_FOUND);
@@ -53,7 +51,7 @@ HANDLE WINAPI OpenWatched(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_AT
       handle = watching->handles.insert(std::make_unique<char>()).first->get();
     }
   } else {
-    handle = watching->open(path, access, share, security, creation, flags, pattern);
+    handle = watching->before.open(path, access, share, security, creation, flags, pattern);
     // Why a volume cannot be opened is not told apart: there are always some, such as the system's.
     opening.error = handle != INVALID_HANDLE_VALUE ? 0 : kNoSuchVolume;
   }
@@ -67,16 +65,16 @@ HANDLE WINAPI OpenWatched(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_AT
 BOOL WINAPI ControlWatched(HANDLE handle, DWORD code, LPVOID input, DWORD inputSize, LPVOID output,
                            DWORD outputSize, LPDWORD returned, LPOVERLAPPED overlapped) {
   if (!watching->watch.Knows(handle) || input == nullptr) {
-    return watching->control(handle, code, input, inputSize, output, outputSize, returned,
-                             overlapped);
+    return watching->before.control(handle, code, input, inputSize, output, outputSize, returned,
+                                    overlapped);
   }
   PassThroughRequest request(input);
   const std::uint32_t error =
       watching->source != nullptr
           ? watching->watch.Control(handle, request, *watching->source)
           : watching->watch.Control(handle, request, [&] {
-              return watching->control(handle, code, input, inputSize, output, outputSize, returned,
-                                       overlapped) != FALSE
+              return watching->before.control(handle, code, input, inputSize, output, outputSize,
+                                              returned, overlapped) != FALSE
                          ? std::uint32_t{0}
                          : std::uint32_t{GetLastError()};
             });
@@ -87,7 +85,7 @@ BOOL WINAPI ControlWatched(HANDLE handle, DWORD code, LPVOID input, DWORD inputS
 BOOL WINAPI CloseWatched(HANDLE handle) {
   const bool isSource = watching->source != nullptr && watching->watch.Knows(handle);
   watching->watch.Closed(handle);
-  return isSource ? TRUE : watching->close(handle);
+  return isSource ? TRUE : watching->before.close(handle);
 }
 
 void WINAPI SleepWatched(DWORD milliseconds) {
@@ -98,9 +96,7 @@ void WINAPI SleepWatched(DWORD milliseconds) {
 
 struct WatchedVolumes::Hooks {
   HeldModule library = zem::simulator::HoldLibrary();
-  ImportHook open{library.get(), "CreateFileW", AsImport(OpenWatched)};
-  ImportHook control{library.get(), "DeviceIoControl", AsImport(ControlWatched)};
-  ImportHook close{library.get(), "CloseHandle", AsImport(CloseWatched)};
+  zem::simulator::VolumeImports volumes{{OpenWatched, ControlWatched, CloseWatched}};
   ImportHook sleep{library.get(), "Sleep", AsImport(SleepWatched)};
 };
 
@@ -112,9 +108,7 @@ WatchedVolumes::WatchedVolumes(ScsiRecord& record, VolumeSource* source)
   }
   watching = new Watching{VolumeWatch(record),
                           source,
-                          Before<decltype(CreateFileW)>(hooks_->open),
-                          Before<decltype(DeviceIoControl)>(hooks_->control),
-                          Before<decltype(CloseHandle)>(hooks_->close),
+                          hooks_->volumes.Before(),
                           Before<decltype(Sleep)>(hooks_->sleep),
                           {}};
 }
