@@ -61,6 +61,10 @@ export WINEPREFIX=$zem_root/build/wine
 export WINEDEBUG=-all
 export WINEDLLOVERRIDES='winemenubuilder.exe,winedbg.exe,mscoree,mshtml='
 unset DISPLAY
+# Where the system lets a program choose its addresses; a container may not.
+if setarch --addr-no-randomize true 2>/dev/null; then
+  PATH=$zem_root/scripts/wine:$PATH
+fi
 
 # step WHAT COMMAND...: one line on the screen; what the command prints goes to a file of build/log, and
 # is shown if it fails.
