@@ -39,6 +39,13 @@ std::optional<Block> ImageTuning::RunIspCommand(const Block& command) {
   switch (command[0]) {
     case 0x0C:
       return Block{0, '2', '4', 'M', 'a', 'r', '0', '5'};
+    case 0x03:
+    case 0x08:
+    case 0x09:
+    case 0x0D:
+    case 0x0E:
+      unreadSettings[command[0]] = command;
+      return Block{kAcceptedStatus};
     case 0x10:
       recordingMode = command[1];
       return Block{kAcceptedStatus};

@@ -26,6 +26,16 @@ TEST(SimulatedTuningTest, SettingsAreKept) {
   EXPECT_EQ(tuning.minQp, 20);
 }
 
+TEST(SimulatedTuningTest, SettingsThatNoCommandReadsAreKept) {
+  ImageTuning tuning;
+  for (const Block& command :
+       {Block{0x03, 160, 90}, Block{0x08, 5}, Block{0x09, 2}, Block{0x0D, 1}, Block{0x0E, 3}}) {
+    EXPECT_EQ(tuning.RunIspCommand(command), Block{});
+    EXPECT_EQ(tuning.unreadSettings.at(command[0]), command);
+  }
+  EXPECT_EQ(tuning.unreadSettings.size(), 5U);
+}
+
 TEST(SimulatedTuningTest, GainsAndSettingsAreReadBack) {
   ImageTuning tuning;
   EXPECT_EQ(tuning.RunIspCommand({0x11, 0x02, 1, 2, 3, 4, 5, 6}), Block{});

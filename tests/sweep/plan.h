@@ -219,8 +219,6 @@ struct Plan {
   std::vector<std::uint8_t> before = {};
   // The simulated camera has a serial flash that is protected.
   bool isProtected = false;
-  // The simulated camera does not know the command, and would refuse it; it accepts it here.
-  bool isUnknown = false;
 };
 
 // Null for a name that has none.

@@ -142,13 +142,6 @@ Plan ReturnedCommand(Rule reply, std::uint16_t command = 1) {
   return Of({{Set(command), Returned()}, {Get(replySelector), std::move(reply)}});
 }
 
-// One that the simulated camera does not know.
-Plan UnknownIsp() {
-  Plan plan = Isp();
-  plan.isUnknown = true;
-  return plan;
-}
-
 Plan One(const Request& request, Rule rule) { return Of({{request, std::move(rule)}}); }
 
 // ---- Raw access ----
@@ -884,11 +877,11 @@ std::vector<NamedPlan> MakePlans() {
       // Calls without a handle
       {"ZEMUVCEXT_DoAF", Isp()},
       {"ZEMUVCEXT_SetFps", Isp()},
-      {"ZEMUVCEXT_SetResolution", UnknownIsp()},
+      {"ZEMUVCEXT_SetResolution", Isp()},
       {"ZEMUVCEXT_SetIFrame", Isp()},
-      {"ZEMUVCEXT_SetVideoQuality", UnknownIsp()},
+      {"ZEMUVCEXT_SetVideoQuality", Isp()},
       {"ZEMUVCEXT_SetBitRate", Isp()},
-      {"ZEMUVCEXT_SetFlickMode", UnknownIsp()},
+      {"ZEMUVCEXT_SetFlickMode", Isp()},
       {"ZEMUVCEXT_GetRegister", Isp()},
       {"ZEMUVCEXT_SetRegister", Isp()},
       {"ZEMUVCEXT_GetSensorRegister", Isp()},
@@ -897,8 +890,8 @@ std::vector<NamedPlan> MakePlans() {
       {"ZEMUVCEXT_SetSensorRegisterW", Isp()},
       {"ZEMUVCEXT_GetFWVersion", Isp()},
       {"ZEMUVCEXT_GetFWBuildDay", Isp(kAny)},
-      {"ZEMUVCEXT_SetH264Mode", UnknownIsp()},
-      {"ZEMUVCEXT_SetWDR", UnknownIsp()},
+      {"ZEMUVCEXT_SetH264Mode", Isp()},
+      {"ZEMUVCEXT_SetWDR", Isp()},
       {"ZEMUVCEXT_IspCommand", Command(1, 2, RawJudgedReply())},
       {"ZEMUVCEXT_IspCommandEx", Command(6, 7, RawJudgedReply(), 16)},
       {"ZEMUVCEXT_VcpCommand", Command(4, 5, RawJudgedReply())},

@@ -239,10 +239,7 @@ class World final : public Wire {
   Bytes AskHealthy(const Request& request, std::span<const std::uint8_t> sent) {
     constexpr std::size_t kCdb = 16;
     if (request.target != Request::Target::kVolume) {
-      std::optional<Bytes> answer = AskCamera(*healthyCamera_, request, sent);
-      if (plan_.isUnknown && request.IsRead() && answer) {
-        answer->front() = 0;
-      }
+      const std::optional<Bytes> answer = AskCamera(*healthyCamera_, request, sent);
       Require(answer.has_value(), "the simulated camera refuses " + TextOf(request));
       return answer.value_or(Bytes());
     }
