@@ -46,6 +46,16 @@ class Unit:
         if self.file.suffix == ".c":
             self.words += ["-xc"]
 
+    def keep(self, sources):
+        """The rest of its room is not read again: another build has it as well."""
+        if sources != self.sources:
+            self.sources = sources
+            self.file = OUT / self.folder.name / self.file.relative_to(self.folder)
+            self.file.parent.mkdir(parents=True, exist_ok=True)
+            self.file.write_text("// NOLINTBEGIN(bugprone-suspicious-include)\n" +
+                                 "".join(f'#include "{source}"\n' for source in sources) +
+                                 "// NOLINTEND(bugprone-suspicious-include)\n", encoding="utf-8")
+
     def name(self):
         first = self.sources[0].relative_to(ROOT)
         rest = len(self.sources) - 1
@@ -121,7 +131,8 @@ def includes_of(path):
 
 
 def units_of_builds(pattern):
-    """Every unit that reads a source which no unit before it has read."""
+    """Every unit that has a source which no unit before it has, with these sources only. What asks for
+    the system is another source on each."""
     seen = set()
     for build in BUILDS:
         commands = ROOT / "build" / build / "compile_commands.json"
@@ -131,13 +142,17 @@ def units_of_builds(pattern):
             if not pathlib.Path(entry["file"]).exists():
                 continue  # A build makes it, and has not yet.
             unit = Unit(build, entry)
-            inside = [source for source in unit.sources
-                      if ROOT in source.parents and ROOT / "build" not in source.parents]
-            if not inside or seen.issuperset(inside) or not any(
-                    re.search(pattern, str(source.relative_to(ROOT))) for source in inside):
-                continue
-            seen.update(inside)
-            yield unit
+            def kind_of(source):
+                asks = re.search(r"\b(_WIN32|__linux__)\b", source.read_text(encoding="utf-8"))
+                return source, bool(asks) and build == "windows"
+
+            new = [source for source in unit.sources
+                   if ROOT in source.parents and ROOT / "build" not in source.parents
+                   and kind_of(source) not in seen]
+            if any(re.search(pattern, str(source.relative_to(ROOT))) for source in new):
+                seen.update(map(kind_of, new))
+                unit.keep(new)
+                yield unit
 
 
 def main():

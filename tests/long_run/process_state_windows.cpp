@@ -1,13 +1,20 @@
-#include <psapi.h>
+// The first one is for the others.
+// clang-format off
 #include <windows.h>
+#include <psapi.h>
 #include <winternl.h>
+// clang-format on
 
 #include <algorithm>
 #include <vector>
 
+#include "simulator/windows/import_hook.h"
 #include "tests/long_run/process_state.h"
 
 namespace {
+
+using zem::simulator::AsImport;
+using zem::simulator::ImportHook;
 
 // From the system's list of all handles: Wine's GetProcessHandleCount gives 0.
 std::uint64_t OpenHandles() {

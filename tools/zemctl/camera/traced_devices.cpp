@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "simulator/device_list.h"
+#include "tools/zemctl/camera/only_device.h"
 #include "tools/zemctl/camera/system_devices.h"
 #include "tools/zemctl/camera/watched_camera.h"
 #include "tools/zemctl/frame/bytes.h"
