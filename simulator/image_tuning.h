@@ -24,8 +24,8 @@ class ImageTuning {
   // Features of the ISP command 0xFF by their sub-code; those never set read 0.
   std::map<std::uint8_t, std::uint8_t> features;
   std::array<std::uint8_t, 6> miscSettings = {};
-  // The last of each ISP command that sets what no command reads: resolution, video quality, flicker
-  // mode, H.264 mode, wide dynamic range.
+  // The last of each ISP command that sets what no command reads: resolution, video quality,
+  // flicker mode, H.264 mode, wide dynamic range.
   std::map<std::uint8_t, Block> unreadSettings;
   // Three 16-bit gains as they pass over the wire.
   std::array<std::uint8_t, 6> gains = {0x00, 0x01, 0x00, 0x01, 0x00, 0x01};
