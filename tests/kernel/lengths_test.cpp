@@ -116,7 +116,7 @@ TEST(Errors, OfACameraThatIsUnplugged) {
   EXPECT_EQ(ZEMAPI_ZemExtGet(camera, 2, data.data(), 8, &count), kNotConnectedResult)
       << "in a request";
   EXPECT_EQ(count, 0U);
-  EXPECT_TRUE(WaitUntil([] { return zem::testing::EntriesOf(zem::testing::kCameras).empty(); }));
+  EXPECT_TRUE(WaitUntil(zem::testing::IsCameraGone));
   EXPECT_EQ(ZEMAPI_ZemExtGet(camera, 2, data.data(), 8, &count), kNotConnectedResult)
       << "behind it";
   void* second = nullptr;

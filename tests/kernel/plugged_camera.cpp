@@ -190,6 +190,8 @@ Lines HeadsOf(Lines transfers) {
 
 bool IsCameraThere() { return HasReadyFiles(kCameras) && !EntriesOf("/dev/v4l/by-path").empty(); }
 
+bool IsCameraGone() { return EntriesOf("/sys/bus/media/devices").empty(); }
+
 bool IsStorageThere() { return HasReadyFiles(kStorages) && !EntriesOf("/dev", "sg").empty(); }
 
 PluggedCamera::PluggedCamera(const std::string& options) {

@@ -51,6 +51,10 @@ inline constexpr const char* kStorages = "/sys/class/scsi_generic";
 bool IsCameraThere();
 bool IsStorageThere();
 
+// Whether the kernel has taken a camera away whole. Who closes one in the moment before may bring
+// the kernel down: its media device loses its parts to both at once.
+bool IsCameraGone();
+
 // The simulator's options for a camera in ROM boot.
 inline constexpr const char* kInRomBoot = R"({"cameras": [], "bootLoader": {}})";
 

@@ -13,6 +13,7 @@ namespace {
 
 using zem::testing::EntriesOf;
 using zem::testing::HeadsOf;
+using zem::testing::IsCameraGone;
 using zem::testing::IsCameraThere;
 using zem::testing::IsStorageThere;
 using zem::testing::kCameras;
@@ -57,7 +58,9 @@ class RomBoot : public ::testing::Test {
   // Sends the running camera into ROM boot.
   static void Enter() {
     const OpenedCamera camera;
+    EXPECT_FALSE(IsCameraGone());
     EXPECT_EQ(ZEMAPI_ResetToRomboot_VCP8(camera), 0);
+    EXPECT_TRUE(WaitUntil(IsCameraGone));
   }
 
   // An image for the storage: 4,096 bytes of header block, and a payload.

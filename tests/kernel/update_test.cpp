@@ -8,9 +8,11 @@
 
 namespace {
 
+using zem::testing::IsCameraGone;
 using zem::testing::Lines;
 using zem::testing::OpenedCamera;
 using zem::testing::PluggedCamera;
+using zem::testing::WaitUntil;
 using Bytes = std::vector<unsigned char>;
 
 // An image of 1,044 bytes that the simulated camera takes for firmware of version 02 00 00 00 00
@@ -79,6 +81,7 @@ TEST_F(Updates, UnpluggedOnTheWay) {
     const PluggedCamera plugged(KeepingCamera(R"("chip": "516x", "faults": ["unplug@4"])"));
     const OpenedCamera camera;
     EXPECT_NE(ZEMAPI_UpdateFW_516x(camera, image.data(), 1044, nullptr, 0, 0), 0);
+    EXPECT_TRUE(WaitUntil(IsCameraGone));
   }
   const PluggedCamera plugged(KeepingCamera(R"("chip": "516x")"));
   ExpectVersion({1, 2, 3, 4, 5, 6});
